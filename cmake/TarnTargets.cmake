@@ -1,0 +1,59 @@
+# Helpers shared by every folder's CMakeLists.txt.
+
+# Adds each listed folder that has a CMakeLists.txt of its own.
+function(tarn_add_folders)
+  foreach(folder IN LISTS ARGN)
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/CMakeLists.txt)
+      add_subdirectory(${folder})
+    endif()
+  endforeach()
+endfunction()
+
+# Warnings and sanitizer flags for one of our targets.
+function(tarn_target_options target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra)
+  if(TARN_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+  endif()
+  if(TARN_TSAN)
+    target_compile_options(${target} PRIVATE -fsanitize=thread -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=thread)
+  endif()
+endfunction()
+
+# tarn_add_library(name SOURCES ... LINKS ...): a static library of one source folder.
+function(tarn_add_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PUBLIC ${ARG_LINKS})
+  set_target_properties(${name} PROPERTIES AUTOMOC ON)
+  tarn_target_options(${name})
+endfunction()
+
+# tarn_add_test(name SOURCES ... LINKS ... [GUI] [QTEST]): a test program
+# registered with CTest.  GoogleTest programs get a main that makes the Qt
+# application object first (QApplication with GUI, on the offscreen platform
+# unless QT_QPA_PLATFORM says otherwise); QTEST programs bring their own main.
+function(tarn_add_test name)
+  cmake_parse_arguments(ARG "GUI;QTEST" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  set_target_properties(${name} PROPERTIES AUTOMOC ON
+    RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  target_link_libraries(${name} PRIVATE ${ARG_LINKS})
+  tarn_target_options(${name})
+  if(ARG_QTEST)
+    target_link_libraries(${name} PRIVATE Qt6::Test)
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES ENVIRONMENT QT_QPA_PLATFORM=offscreen)
+  else()
+    if(ARG_GUI)
+      target_link_libraries(${name} PRIVATE tarn_gtest_main_gui)
+    else()
+      target_link_libraries(${name} PRIVATE tarn_gtest_main)
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
+      PROPERTIES ENVIRONMENT QT_QPA_PLATFORM=offscreen)
+  endif()
+endfunction()

@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs every test with CTest.
+#   scripts/test.sh            all tests, in build/
+#   scripts/test.sh -R name    only the tests whose name matches
+set -euo pipefail
+source "$(dirname "$0")/common.sh"
+
+tarn_install_missing "${TARN_BUILD_PACKAGES[@]}"
+tarn_build "$TARN_ROOT/build" -DCMAKE_BUILD_TYPE=Release -DTARN_BUILD_TESTS=ON
+cd "$TARN_ROOT/build"
+QT_QPA_PLATFORM=offscreen ctest --output-on-failure --parallel "$(nproc)" "$@"
