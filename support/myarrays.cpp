@@ -9,13 +9,13 @@
 namespace {
 
 // Element count to byte count.  A count that cannot be honoured (negative, or
-// a product that would overflow) turns into a request for the largest size,
-// which the allocator refuses with its own exception.
+// a product that would overflow) fails as the allocator would fail for the
+// largest size: with std::bad_alloc.
 template <typename T>
 std::size_t byteCount(std::int64_t count)
 {
     if (count < 0 || std::uint64_t(count) > std::numeric_limits<std::size_t>::max() / sizeof(T))
-        return std::numeric_limits<std::size_t>::max();
+        throw std::bad_alloc();
     return std::size_t(count) * sizeof(T);
 }
 
