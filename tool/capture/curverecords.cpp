@@ -1,0 +1,400 @@
+#include "tool/capture/curverecords.h"
+
+#include "support/myarrays.h"
+#include "tool/capture/numbertext.h"
+#include "tool/capture/pointtext.h"
+#include "tool/capture/toolfields.h"
+
+#include <cmath>
+#include <utility>
+
+const char *const CurveElementName = "Curve2D";
+const char *const CurveConditionName = "TJ";
+const char *const FinishedCurveTemperature = "25";
+
+namespace {
+
+const QString &elementName()
+{
+    static const QString name = QString::fromLatin1(CurveElementName);
+    return name;
+}
+
+const QString &conditionName()
+{
+    static const QString name = QString::fromLatin1(CurveConditionName);
+    return name;
+}
+
+CGraphInfoData *newPrototype()
+{
+    auto *record = new CGraphInfoData;
+    record->AddCondition(conditionName(), QStringLiteral("Junction temperature"),
+                         QStringLiteral("oC"), QStringLiteral("0"));
+    return record;
+}
+
+// The comparison of the list's sort: the difference of the low 32 bits of
+// the keys, taken as a 32-bit number as it wraps.
+int compareKeys(const CGraphInfoData *a, const CGraphInfoData *b)
+{
+    const std::uint32_t d = std::uint32_t(std::uint64_t(a->sortKey)) - std::uint32_t(std::uint64_t(b->sortKey));
+    return int(std::int32_t(d));
+}
+
+} // namespace
+
+void AddCurveRecordType(CDTypeLib &typeLib)
+{
+    auto *type = new CDType(CurveRecordType);
+    auto *curves = new CArrayOfPtr(&CGraphInfoData::Destruct_GraphInfoData,
+                                   &CGraphInfoData::Copy_GraphInfoData);
+    curves->AddPtr(newPrototype());
+    const CGenericType value(curves, 0);
+    type->Add(new CDTypeElement(elementName(), QStringLiteral("Curve vs. Tc"), QString(), 4, value));
+    typeLib.Add(type);
+}
+
+CDTypeLib &TraceliftTypeLib()
+{
+    static CDTypeLib lib;
+    return lib;
+}
+
+std::int64_t SortKeyFromText(const QString &text)
+{
+    const QByteArray bytes = text.toLatin1();
+    const double v = std::floor(PlainToDouble(std::string_view(bytes.constData(), std::size_t(bytes.size()))) * 1000.0 + 0.45);
+    if (v != v)
+        return 0;
+    if (v <= -9.2e18)
+        return INT64_MIN;
+    if (v >= 9.2e18)
+        return INT64_MAX;
+    return std::int64_t(v);
+}
+
+bool CCurveRecords::Init(CDTypeLib &typeLib)
+{
+    if (typeLib.IsEmpty())
+        AddCurveRecordType(typeLib);
+    CDeviceDatabase database;
+    database.Init(typeLib);
+    m_deviceDatabase = database;
+    m_curveList = nullptr;
+    m_currentCurve = nullptr;
+    m_currentElement = nullptr;
+    m_curveCount = 0;
+
+    CDeviceData *record = nullptr;
+    if (m_deviceDatabase.GetData().GetSize() == 0) {
+        CDType *type = nullptr;
+        int index = 0;
+        if (!m_deviceDatabase.GetType_TypeConstant(CurveRecordType, type, index))
+            return false;
+        int count = 0;
+        m_deviceDatabase.Add(m_deviceDatabase.New_CDeviceData(type), index, count);
+        record = m_deviceDatabase.GetData().GetAt(index);
+    } else {
+        record = m_deviceDatabase.GetData().GetAt(0);
+    }
+    if (!record)
+        return false;
+
+    CGenericType *value = record->GetValue(elementName());
+    if (!value || value->GetKind() != CGenericType::KindArray || !value->GetArray())
+        return false;
+    m_curveList = value;
+    m_currentElement = record->GetType()->GetAt(elementName());
+    m_curveCount = Size();
+
+    CGraphInfoData *last = Template();
+    if (!last || !last->IsTemplate()) {
+        CGraphInfoData *templ = last ? new CGraphInfoData(*last) : newPrototype();
+        templ->RemoveAllPoints();
+        SetTemperature(templ, QString());
+        templ->sortKey = last ? last->sortKey + 1 : 0;
+        templ->flags |= CGraphInfoData::FlagTemplate;
+        List()->AddPtr(templ);
+        ++m_curveCount;
+    }
+    m_currentCurve = Template();
+    return true;
+}
+
+CArrayOfPtr *CCurveRecords::List() const
+{
+    return m_curveList ? m_curveList->GetArray() : nullptr;
+}
+
+int CCurveRecords::Size() const
+{
+    const CArrayOfPtr *list = List();
+    return list ? list->GetSize() : 0;
+}
+
+CGraphInfoData *CCurveRecords::At(int index) const
+{
+    const CArrayOfPtr *list = List();
+    return list ? static_cast<CGraphInfoData *>(list->GetPtrAt(index)) : nullptr;
+}
+
+CGraphInfoData *CCurveRecords::Template() const
+{
+    return At(Size() - 1);
+}
+
+bool CCurveRecords::CurrentIsTemplate() const
+{
+    return m_currentCurve && m_currentCurve->IsTemplate();
+}
+
+void CCurveRecords::SetTemperature(CGraphInfoData *record, const QString &text)
+{
+    record->SetConditionValue(conditionName(), text);
+    record->sortKey = SortKeyFromText(text);
+}
+
+void CCurveRecords::Sort()
+{
+    CArrayOfPtr *list = List();
+    if (!list || list->GetSize() < 3)
+        return;
+    // An insertion sort: the lists are short, it keeps equal keys in their
+    // order, and it stays within bounds whatever the comparison says.
+    void **items = list->GetData();
+    const int n = list->GetSize() - 1;
+    for (int i = 1; i < n; ++i) {
+        void *item = items[i];
+        int j = i;
+        while (j > 0 && compareKeys(static_cast<CGraphInfoData *>(items[j - 1]),
+                                    static_cast<CGraphInfoData *>(item)) > 0) {
+            items[j] = items[j - 1];
+            --j;
+        }
+        items[j] = item;
+    }
+}
+
+void CCurveRecords::RemoveEmptyRecords()
+{
+    CArrayOfPtr *list = List();
+    if (!list)
+        return;
+    auto otherHasPoints = [this](int skip) {
+        for (int k = 0; k < Size(); ++k) {
+            const CGraphInfoData *r = At(k);
+            if (k != skip && !r->IsTemplate() && r->GetPointCount() > 0)
+                return true;
+        }
+        return false;
+    };
+    for (int i = 0; i < Size(); ++i) {
+        CGraphInfoData *r = At(i);
+        if (r->IsTemplate() || r->GetPointCount() != 0 || r->sortKey != 0 || !otherHasPoints(i))
+            continue;
+        const bool wasCurrent = r == m_currentCurve;
+        list->RemoveItem(i);
+        if (wasCurrent)
+            m_currentCurve = Template();
+        --m_curveCount;
+        --i;
+    }
+}
+
+bool CCurveRecords::SaveFields(const CToolFields &fields)
+{
+    CGraphInfoData *target = Template();
+    if (!target)
+        return false;
+    CGraphInfoData *current = m_currentCurve;
+    const bool real = current && !current->IsTemplate();
+    const QString finished = QString::fromLatin1(FinishedCurveTemperature);
+    if (real && current->ConditionValue(conditionName()) != finished) {
+        SetTemperature(current, finished);
+        Sort();
+    }
+
+    const CAxisValues v = ReadAxisValues(fields);
+    if (fields.exchangeXY) {
+        target->flags |= CGraphInfoData::FlagAxesExchanged;
+        target->xMin = v.yAtFirst;
+        target->xMax = v.yAtSecond;
+        target->yMin = v.xAtFirst;
+        target->yMax = v.xAtSecond;
+        target->xLog = v.yLog;
+        target->yLog = v.xLog;
+        target->xUnitExponent = v.yUnitExponent;
+        target->yUnitExponent = v.xUnitExponent;
+    } else {
+        target->flags &= ~std::uint32_t(CGraphInfoData::FlagAxesExchanged);
+        target->xMin = v.xAtFirst;
+        target->xMax = v.xAtSecond;
+        target->yMin = v.yAtFirst;
+        target->yMax = v.yAtSecond;
+        target->xLog = v.xLog;
+        target->yLog = v.yLog;
+        target->xUnitExponent = v.xUnitExponent;
+        target->yUnitExponent = v.yUnitExponent;
+    }
+
+    if (real) {
+        int count = current->GetPointCount();
+        CMyDoubleArray pairs;
+        ParsePointText(fields.points, count, pairs, true);
+        current->points.SetSize(count);
+        double *p = current->points.GetData();
+        const int a = fields.exchangeXY ? 1 : 0;
+        for (int i = 0; i < count; ++i) {
+            p[2 * i] = pairs[2 * i + a];
+            p[2 * i + 1] = pairs[2 * i + 1 - a];
+        }
+    }
+    return true;
+}
+
+int CCurveRecords::CurrentPairs(bool exchanged, CMyDoubleArray &pairs) const
+{
+    const int count = m_currentCurve ? m_currentCurve->GetPointCount() : 0;
+    pairs.SetSize(2 * count);
+    for (int i = 0; i < count; ++i) {
+        double x = 0, y = 0;
+        m_currentCurve->GetPoint(i, x, y);
+        pairs[2 * i] = exchanged ? y : x;
+        pairs[2 * i + 1] = exchanged ? x : y;
+    }
+    return count;
+}
+
+QString CCurveRecords::CurrentPointText(bool exchanged) const
+{
+    CMyDoubleArray pairs;
+    const int count = CurrentPairs(exchanged, pairs);
+    return FormatPointText(pairs.GetData(), count);
+}
+
+bool CCurveRecords::AddCurve(const CToolFields &fields)
+{
+    if (m_currentCurve)
+        SaveFields(fields);
+    CArrayOfPtr *list = List();
+    CGraphInfoData *templ = Template();
+    if (!list || !templ)
+        return false;
+    auto *curve = new CGraphInfoData(*templ);
+    curve->flags &= ~std::uint32_t(CGraphInfoData::FlagTemplate);
+    curve->RemoveAllPoints();
+    SetTemperature(curve, QString());
+    int index = Size();
+    for (int i = 0; i < Size(); ++i)
+        if (At(i)->sortKey >= 0) {
+            index = i;
+            break;
+        }
+    list->InsertPtrAt(index, curve);
+    m_currentCurve = curve;
+    return Size() > m_curveCount + 1;
+}
+
+void CCurveRecords::FinishTrace(const CToolFields &fields)
+{
+    if (m_currentCurve && !m_currentCurve->IsTemplate())
+        SetTemperature(m_currentCurve, QString::fromLatin1(FinishedCurveTemperature));
+    Sort();
+    SaveFields(fields);
+    RemoveEmptyRecords();
+}
+
+void CCurveRecords::ResetCurrentCurve()
+{
+    if (!m_currentCurve)
+        return;
+    m_currentCurve->RemoveAllPoints();
+    SetTemperature(m_currentCurve, QString::fromLatin1(FinishedCurveTemperature));
+}
+
+CSavePlan CCurveRecords::PrepareSaving(const CToolFields &fields, int deviceKind)
+{
+    CSavePlan plan;
+    if (!SaveFields(fields))
+        return plan;
+    Sort();
+    RemoveEmptyRecords();
+
+    const bool otherKind = deviceKind == 595;
+    auto refuse = [&](CGraphInfoData *curve, int id, const QString &argument) {
+        m_currentCurve = curve;
+        plan.messageId = id;
+        plan.messageArgument = argument;
+        return plan;
+    };
+
+    bool first = true;
+    std::int64_t previousKey = 0;
+    bool haveReference = false;
+    double firstReference = 0, lastReference = 0;
+    for (int i = 0; i < Size(); ++i) {
+        CGraphInfoData *curve = At(i);
+        if (curve->IsTemplate())
+            continue;
+        const int count = curve->GetPointCount();
+        double firstX = 0, lastX = 0, y = 0;
+        curve->GetPoint(0, firstX, y);
+        curve->GetPoint(count - 1, lastX, y);
+        if (first) {
+            first = false;
+            previousKey = curve->sortKey;
+            if (count > 0) {
+                firstReference = firstX;
+                lastReference = lastX;
+                haveReference = true;
+            } else if (Size() >= 3) {
+                return refuse(curve, 27535, QString());
+            }
+            continue;
+        }
+        if (curve->sortKey == previousKey)
+            return refuse(curve, otherKind ? 27548 : 27534, QString::number(curve->sortKey / 1000));
+        if (count == 0)
+            return refuse(curve, 27535, QString());
+        if (!otherKind && haveReference && (firstX != firstReference || lastX != lastReference)) {
+            const double span = lastReference - firstReference;
+            if (std::fabs((firstReference - firstX) / span) > 0.1
+                || std::fabs((lastReference - lastX) / span) > 0.1)
+                return refuse(curve, 27536, fields.xName);
+        }
+        previousKey = curve->sortKey;
+    }
+
+    CGraphInfoData *templ = Template();
+    if (templ->xMin > templ->xMax)
+        std::swap(templ->xMin, templ->xMax);
+    if (templ->yMin > templ->yMax)
+        std::swap(templ->yMin, templ->yMax);
+    for (int i = 0; i < Size(); ++i) {
+        CGraphInfoData *curve = At(i);
+        if (curve->IsTemplate())
+            continue;
+        curve->xUnitExponent = templ->xUnitExponent;
+        curve->yUnitExponent = templ->yUnitExponent;
+        curve->xMin = templ->xMin;
+        curve->xMax = templ->xMax;
+        curve->yMin = templ->yMin;
+        curve->yMax = templ->yMax;
+        curve->xLog = templ->xLog;
+        curve->yLog = templ->yLog;
+        if (curve->GetPointCount() > 0)
+            plan.toWrite.append(curve);
+    }
+    plan.ok = true;
+    return plan;
+}
+
+void CCurveRecords::TakeOverLoadedFile()
+{
+    m_curveCount = Size();
+    if (CGraphInfoData *last = Template()) {
+        last->RemoveAllPoints();
+        last->flags &= ~std::uint32_t(CGraphInfoData::FlagTemplate);
+    }
+}
