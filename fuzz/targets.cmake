@@ -1,2 +1,4 @@
 # One line per fuzz target:
 #   tarn_add_fuzz(fuzz_<what> SOURCES fuzz_<what>.cpp LINKS <library>)
+tarn_add_fuzz(fuzz_pointtext SOURCES fuzz_pointtext.cpp LINKS tarn_capture)
+tarn_add_fuzz(fuzz_pointtextfile SOURCES fuzz_pointtextfile.cpp LINKS tarn_capture)
