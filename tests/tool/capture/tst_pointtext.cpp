@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cmath>
 #include <vector>
 
@@ -115,22 +114,4 @@ TEST(NumberText, ConvertsAsTheCLocale)
     EXPECT_EQ(flag, 0);
     EXPECT_EQ(FromFloatExStr("", flag), 0.0);
     EXPECT_EQ(flag, 0);
-}
-
-TEST(NumberText, IgnoresTheProcessLocale)
-{
-    // A locale with a decimal comma must not change the point text.
-    const char *const german[] = {"de_DE.UTF-8", "de_DE.utf8", "de_DE"};
-    const char *set = nullptr;
-    for (const char *name : german)
-        if ((set = std::setlocale(LC_NUMERIC, name)))
-            break;
-    if (!set)
-        GTEST_SKIP() << "no German locale installed";
-    QString text;
-    AppendPointText(text, 1.5, 0.25);
-    const std::vector<double> got = parse(text);
-    std::setlocale(LC_NUMERIC, "C");
-    EXPECT_EQ(text, "(1.5,0.25)");
-    EXPECT_EQ(got, (std::vector<double>{1.5, 0.25}));
 }

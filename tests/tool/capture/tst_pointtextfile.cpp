@@ -47,23 +47,16 @@ TEST(PointTextFile, WritesTwelveDigitsThatReadBack)
     ASSERT_EQ(table.values.GetRows(), 3);
     for (int i = 0; i < 6; ++i)
         EXPECT_EQ(table.values.GetData()[i], curve.points.GetData()[i]) << i;
-}
 
-TEST(PointTextFile, HeaderNeedsBothNamesAndFollowsTheExchange)
-{
-    QTemporaryDir dir;
-    const QString path = dir.filePath("c.txt");
-    const CGraphInfoData curve = curveOf({1, 2});
+    // The header needs both names, and follows the exchange of the axes.
     CToolFields fields;
     fields.xName = "V";
-    fields.yName = "";
-    QString report;
-    ASSERT_TRUE(WriteCurveFile(path, curve, fields, report));
-    EXPECT_EQ(readAll(path), "1 2\r\n");
+    ASSERT_TRUE(WriteCurveFile(path, curveOf({1, 2}), fields, report));
+    EXPECT_TRUE(readAll(path).startsWith("1 2\r\n"));
     fields.yName = "I";
     fields.exchangeXY = true;
-    ASSERT_TRUE(WriteCurveFile(path, curve, fields, report));
-    EXPECT_EQ(readAll(path), "I V\r\n1 2\r\n");
+    ASSERT_TRUE(WriteCurveFile(path, curveOf({1, 2}), fields, report));
+    EXPECT_TRUE(readAll(path).startsWith("I V\r\n1 2\r\n"));
 }
 
 TEST(PointTextFile, ShorterFileLeavesTheOldTail)
