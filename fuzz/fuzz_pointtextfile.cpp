@@ -6,17 +6,17 @@
 #include "tool/capture/pointtextfile.h"
 #include "tool/capture/toolfields.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QString>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <unistd.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static const QString path =
-        QDir::temp().filePath(QStringLiteral("fuzz_pointtextfile_%1.txt").arg(::getpid()));
+        QDir::temp().filePath(QStringLiteral("fuzz_pointtextfile_%1.txt").arg(QCoreApplication::applicationPid()));
     std::FILE *f = std::fopen(path.toLocal8Bit().constData(), "wb");
     if (!f)
         return 0;
