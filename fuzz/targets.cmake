@@ -2,3 +2,4 @@
 #   tarn_add_fuzz(fuzz_<what> SOURCES fuzz_<what>.cpp LINKS <library>)
 tarn_add_fuzz(fuzz_pointtext SOURCES fuzz_pointtext.cpp LINKS tarn_capture)
 tarn_add_fuzz(fuzz_pointtextfile SOURCES fuzz_pointtextfile.cpp LINKS tarn_capture)
+tarn_add_fuzz(fuzz_xml SOURCES fuzz_xml.cpp LINKS tarn_support)
