@@ -28,10 +28,10 @@ void ReportGraphError(int stringId, const QString &detail)
         reporter(stringId, detail);
         return;
     }
-    QString text = LanguageString(stringId);
-    if (text.isEmpty())
+    QString text = stringId ? LanguageString(stringId) : QString();
+    if (text.isEmpty() && stringId)
         text = QString::number(stringId);
     if (!detail.isEmpty())
-        text += QStringLiteral(": ") + detail;
+        text += (text.isEmpty() ? QString() : QStringLiteral(": ")) + detail;
     qWarning().noquote() << text;
 }

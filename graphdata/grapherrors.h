@@ -15,5 +15,5 @@ using GraphErrorReporter = std::function<void(int stringId, const QString &detai
 // Installs a reporter and returns the previous one (empty for the default).
 GraphErrorReporter SetGraphErrorReporter(GraphErrorReporter reporter);
 
-// Reports text `stringId`, with an optional detail behind it.
+// Reports text `stringId` (none when 0), with an optional detail behind it.
 void ReportGraphError(int stringId, const QString &detail = QString());
