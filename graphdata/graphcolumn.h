@@ -5,7 +5,7 @@
 // equality with 1 before it uses the value.
 //
 // The arrays have 10 spare entries behind `m_count` so that unrolled readers
-// need no tail test.  A data set replaces its columns when it grows and
+// need no tail test.  The value of a row whose byte is not 1 is unspecified.  A data set replaces its columns when it grows and
 // releases the old ones only by reference, so a reader that holds a column
 // may keep reading it without the data lock.
 

@@ -5,6 +5,7 @@
 #include "graphdata/opendatatable.h"
 
 #include <climits>
+#include <cstdlib>
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -100,16 +101,28 @@ CGraphColumn **CGraphData_Data::growTable(CGraphColumn **table, int columns, int
     CGraphColumn **fresh = new CGraphColumn *[std::size_t(columns)]();
     try {
         for (int i = 0; i < columns; ++i) {
-            const CGraphColumn *old = table[i];
+            CGraphColumn *old = table[i];
             if (!old)
                 continue;
+            int rows = copyRows;
+            if (rows > old->m_count)
+                rows = old->m_count;
+            if (old->RefCount() == 1) {
+                // Nobody but this table holds the column (references are
+                // only taken under the data lock, which we hold), so its
+                // arrays can be resized where they are: for large blocks the
+                // system moves the pages instead of copying them.  The
+                // column joins the new table with a reference of its own;
+                // releasing the old table drops the other.
+                resizeInPlace(old, rows, target);
+                old->AddRef();
+                fresh[i] = old;
+                continue;
+            }
             CGraphColumn *column = CGraphColumn::Create(target);
             fresh[i] = column;
             column->CopySettingsFrom(*old);
             column->m_hostObject = old->m_hostObject;
-            int rows = copyRows;
-            if (rows > old->m_count)
-                rows = old->m_count;
             if (rows > 0) {
                 std::memcpy(column->m_values, old->m_values, sizeof(double) * std::size_t(rows));
                 std::memcpy(column->m_valid, old->m_valid, std::size_t(rows));
@@ -120,6 +133,25 @@ CGraphColumn **CGraphData_Data::growTable(CGraphColumn **table, int columns, int
         throw;
     }
     return fresh;
+}
+
+void CGraphData_Data::resizeInPlace(CGraphColumn *column, int keepRows, int target)
+{
+    const std::size_t n = std::size_t(target) + 10;
+    // Each block is replaced only when its realloc succeeds, and the count
+    // only when both did, so a failure leaves a consistent column.
+    auto *values = static_cast<double *>(std::realloc(column->m_values, n * sizeof(double)));
+    if (!values)
+        throw std::bad_alloc();
+    column->m_values = values;
+    auto *valid = static_cast<std::uint8_t *>(std::realloc(column->m_valid, n));
+    if (!valid)
+        throw std::bad_alloc();
+    column->m_valid = valid;
+    // Rows past those kept are missing.  Their values are left as they
+    // come: nothing reads the value of a row whose byte is not 1.
+    std::memset(valid + keepRows, 0, n - std::size_t(keepRows));
+    column->m_count = target;
 }
 
 bool CGraphData_Data::growLocked(int target)
@@ -147,7 +179,7 @@ bool CGraphData_Data::growLocked(int target)
     // A host object belongs to the newest column only when its kind says
     // the column owns it; the old one must not delete it as well.
     for (int i = 0; i < m_columnCount; ++i) {
-        if (m_columns[i] && m_columns[i]->m_kind == 2)
+        if (m_columns[i] && m_columns[i] != columns[i] && m_columns[i]->m_kind == 2)
             m_columns[i]->m_hostObject = nullptr;
     }
     if (m_ownsColumns) {

@@ -130,6 +130,7 @@ protected:
     // memory runs out.
     virtual bool growLocked(int target);
     static CGraphColumn **growTable(CGraphColumn **table, int columns, int copyRows, int target);
+    static void resizeInPlace(CGraphColumn *column, int keepRows, int target);
     static void releaseTable(CGraphColumn **&table, int columns);
     bool ensureRowsLocked(int row);
 };
