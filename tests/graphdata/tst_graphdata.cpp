@@ -324,6 +324,31 @@ TEST(GraphData, GrowKeepsRowsNamesAndLogColumns)
     EXPECT_EQ(data.GetColumn(1)->m_count, 2);
 }
 
+TEST(GraphData, GrowResizesUnsharedColumnsWhereTheyAre)
+{
+    CGraphData data;
+    data.Create(1, 1, 3, 0);
+    const double rows[] = {7, 8, 9};
+    ASSERT_EQ(data.AppendRows(rows, nullptr, 0, 1, 0, 3), 3);
+    data.GetColumn(0)->m_kind = 2; // the column owns its host object
+    data.GetColumn(0)->m_hostObject = new CGraphColumnHost;
+    const CGraphColumn *before = data.GetColumn(0);
+    ASSERT_TRUE(data.Grow(5000));
+    const CGraphColumn *after = data.GetColumn(0);
+    EXPECT_EQ(after, before); // nobody else held it
+    EXPECT_EQ(after->m_count, 5000);
+    EXPECT_NE(after->m_hostObject, nullptr);
+    EXPECT_EQ(after->m_values[2], 9);
+    EXPECT_EQ(after->m_valid[2], 1);
+    for (int r = 3; r < 5010; ++r)
+        ASSERT_EQ(after->m_valid[r], 0) << r; // new rows are missing
+    EXPECT_EQ(after->m_maxValue, 9);
+    // Appending leaves a gap of missing rows.
+    ASSERT_EQ(data.AppendRows(rows, nullptr, 0, 1, 10, 1), 1);
+    EXPECT_EQ(after->m_valid[5], 0);
+    EXPECT_EQ(data.RowCount(), 11);
+}
+
 TEST(GraphData, SwapNameLookupAndIds)
 {
     CGraphData data;
