@@ -98,14 +98,20 @@ int CGraphCurve::PickDefaultStyle(std::uint32_t &color, std::int32_t &thickness,
 int CGraphCurve::AddCurve(int columnIndex, int axisIndex, bool fitAxes, bool &changed)
 {
     changed = false;
-    const CGraphColumn *column = m_data.GetColumn(columnIndex);
-    if (!column)
-        return -1;
+    QString name;
+    {
+        // A producer may be replacing the columns: read the name under the lock.
+        CCS_helper guard(m_data.Lock());
+        const CGraphColumn *column = m_data.GetColumn(columnIndex);
+        if (!column)
+            return -1;
+        name = column->m_name;
+    }
     std::uint32_t color;
     std::int32_t thickness, symbol;
     const int palette = PickDefaultStyle(color, thickness, symbol);
-    auto *curve = new CCurveInfo(columnIndex, column->m_name, color);
-    curve->m_colName = column->m_name;
+    auto *curve = new CCurveInfo(columnIndex, name, color);
+    curve->m_colName = name;
     curve->m_lineThickness = thickness;
     curve->m_symbol = symbol;
     curve->m_paletteIndex = palette;

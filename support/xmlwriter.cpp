@@ -10,6 +10,7 @@
 // node of kind 0.
 #include "support/xmlelement.h"
 
+#include <algorithm>
 #include <new>
 #include <vector>
 
@@ -20,11 +21,12 @@ bool usable(const CXmlElement *node)
     return !CXmlElement::IsNull(node) && node->GetKind() != CXmlElement::KindNone;
 }
 
-// Room for the next piece plus 1000 characters, so that appending stays linear.
+// Room for the next piece plus 1000 characters, and never less than half of
+// what is there, so that a long document is not copied over and over.
 void makeRoom(QString &out, qsizetype extra)
 {
     if (out.capacity() - out.size() < extra)
-        out.reserve(out.size() + extra + 1000);
+        out.reserve(out.size() + std::max<qsizetype>(extra + 1000, out.size() / 2));
 }
 
 // Appends text with &, >, <, " and ' replaced, in that order.

@@ -1,4 +1,5 @@
 #include "graphdata/axislabels.h"
+#include "graphdata/axislayout.h"
 #include "graphdata/axisscale.h"
 #include "graphdata/axisticks.h"
 #include "graphdata/graphcurve.h"
@@ -325,6 +326,30 @@ TEST(AxisLabels, TextsUnitsAndPlaces)
     EXPECT_NEAR(dy, 0, 1e-9);
     RotatedLabelOffset(0, 40, 10, dx, dy);
     EXPECT_EQ(dx, 0);
+}
+
+TEST(AxisLayout, StackAndTighten)
+{
+    std::vector<CAxisSpan> left, right;
+    StackAxesOutward(100, 500, {30, 20}, {25}, 5, left, right);
+    ASSERT_EQ(left.size(), 2u);
+    EXPECT_EQ(left[0].left, 70);
+    EXPECT_EQ(left[0].right, 100);
+    EXPECT_EQ(left[1].left, 45);
+    EXPECT_EQ(left[1].right, 65);
+    EXPECT_EQ(right[0].left, 500);
+    EXPECT_EQ(right[0].right, 525);
+
+    // The nearest left axis needs 10 less: it and the one outside move in.
+    EXPECT_EQ(TightenAxes(left, {20, 20}, 5, true), 10);
+    EXPECT_EQ(left[0].left, 80);
+    EXPECT_EQ(left[1].left, 55);
+    EXPECT_EQ(left[1].right, 75);
+    // Spare room within the gap stays.
+    EXPECT_EQ(TightenAxes(right, {22}, 5, false), 0);
+    EXPECT_EQ(right[0].right, 525);
+    EXPECT_EQ(TightenAxes(right, {15}, 5, false), 10);
+    EXPECT_EQ(right[0].right, 515);
 }
 
 namespace {
