@@ -5,9 +5,12 @@
 // equality with 1 before it uses the value.
 //
 // The arrays have 10 spare entries behind `m_count` so that unrolled readers
-// need no tail test.  The value of a row whose byte is not 1 is unspecified.  A data set replaces its columns when it grows and
-// releases the old ones only by reference, so a reader that holds a column
-// may keep reading it without the data lock.
+// need no tail test.  The value of a row whose byte is not 1 is undefined.
+//
+// When a data set grows, a column that someone else holds is replaced by a
+// new one and released only by reference, so a reader that holds a column
+// may keep reading it without the data lock; a column that only the data
+// set holds is resized where it lies.
 
 #include <QString>
 #include <atomic>
