@@ -148,14 +148,4 @@ class CCurveInfoArray : public CArrayPlus<CCurveInfo>
 // Default styles offered by a defaults file, row by row.
 class CCurveDefaultInfoArray : public CArrayPlus<CCurveBasicInfo>
 {
-public:
-    void AddRef() { ++m_refCount; }
-    void Release()
-    {
-        if (--m_refCount == 0)
-            delete this;
-    }
-
-private:
-    int m_refCount = 1;
 };
