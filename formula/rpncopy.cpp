@@ -1,0 +1,155 @@
+// Explicit copies of values: DeepCopy, and CopyRange behind the language's Copy.
+
+#include "formula/rpndata.h"
+
+#include "formula/rpndictionary.h"
+#include "formula/rpnseams.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+// Kinds that are never changed in place, so a copy may share them.
+bool isImmutableKind(std::uint32_t kind)
+{
+    return kind == RPN_NULL || kind == RPN_REAL || kind == RPN_INT || kind == RPN_STRING
+        || kind == RPN_COMPLEX;
+}
+
+CRpnData cloneFormula(const CRpnData &from)
+{
+    CRpnData copy;
+    CRpnFormulaSupport *f = GetRpnFormulaSupport();
+    if (f && from.GetFormula())
+        copy.SetFormula(f->CloneTree(from.GetFormula()));
+    return copy;
+}
+
+CRpnData cloneDictionary(const CRpnData &from)
+{
+    CRpnData copy;
+    copy.SetDictionary();
+    if (const CMapStringToRpnData *map = from.GetDictionary()) {
+        CRpnPayload *p = CRpnDataAccess::Payload(copy);
+        delete p->m_map;
+        p->m_map = map->Clone();
+    }
+    return copy;
+}
+
+} // namespace
+
+void CRpnData::DeepCopy(const CRpnData &from)
+{
+    if (this == &from)
+        return;
+    const CRpnPayload *p = from.m_p;
+    // Built aside first: `from` may live inside the value being replaced.
+    CRpnData copy;
+    switch (p->m_kind) {
+    case RPN_NULL:
+        break;
+    case RPN_STRING:
+        copy.SetText(QString(p->Text()));
+        break;
+    case RPN_ARRAY_R:
+        copy.SetRealArray(p->m_count);
+        std::memcpy(copy.m_p->m_reals, p->m_reals, sizeof(double) * std::size_t(p->m_count));
+        copy.m_p->m_flags = p->m_flags & ~RPN_FLAG_BORROWED;
+        break;
+    case RPN_ARRAY:
+        copy.SetArray(p->m_count);
+        for (int i = 0; i < p->m_count; ++i) {
+            const CRpnData &item = p->m_items[i];
+            if (isImmutableKind(item.GetKind()))
+                copy.m_p->m_items[i] = item;
+            else
+                copy.m_p->m_items[i].DeepCopy(item);
+        }
+        copy.m_p->m_flags = p->m_flags & ~RPN_FLAG_BORROWED;
+        break;
+    case RPN_FORMULA:
+        copy = cloneFormula(from);
+        break;
+    case RPN_DICTIONARY:
+        copy = cloneDictionary(from);
+        break;
+    case RPN_REAL:
+    case RPN_INT:
+    case RPN_COMPLEX:
+    case RPN_POINTER:
+    case RPN_DOCUMENT:
+    case RPN_TARNPART:
+    case RPN_FUNCTION:
+    case RPN_TABLE:
+    case RPN_XML:
+        copy = from; // shared
+        break;
+    default: // CURVE and unknown kinds: the target stays as it is
+        return;
+    }
+    *this = std::move(copy);
+}
+
+void CRpnData::CopyRange(const CRpnData &from, int start, int length)
+{
+    const CRpnPayload *p = from.m_p;
+    const std::uint32_t kind = p->m_kind;
+    const bool isText = kind == RPN_STRING;
+    if (kind == RPN_ARRAY || kind == RPN_ARRAY_R || isText) {
+        const int size = isText ? int(std::min<qsizetype>(p->Text().size(), INT32_MAX)) : p->m_count;
+        // Start -1 takes the last `length` cells; -1 as the length takes all.
+        std::int64_t s = start;
+        std::int64_t n = length;
+        if (s == -1)
+            s = std::int64_t(size) - n;
+        if (s < 0)
+            s = 0;
+        if (n == -1)
+            n = size;
+        if (s + n > size)
+            n = size - s;
+        if (n < 0)
+            n = 0;
+        CRpnData copy;
+        if (isText) {
+            copy.SetText(p->Text().mid(qsizetype(s), qsizetype(n)));
+        } else if (kind == RPN_ARRAY_R) {
+            copy.SetRealArray(int(n));
+            if (n > 0)
+                std::memcpy(copy.m_p->m_reals, p->m_reals + s, sizeof(double) * std::size_t(n));
+        } else {
+            copy.SetArray(int(n));
+            for (int i = 0; i < int(n); ++i) {
+                const CRpnData &item = p->m_items[s + i];
+                if (isImmutableKind(item.GetKind()))
+                    copy.m_p->m_items[i] = item;
+                else
+                    copy.m_p->m_items[i].CopyRange(item, 0, -1);
+            }
+        }
+        *this = std::move(copy);
+        return;
+    }
+    switch (kind) {
+    case RPN_FORMULA:
+        *this = cloneFormula(from);
+        break;
+    case RPN_DICTIONARY:
+        *this = cloneDictionary(from);
+        break;
+    case RPN_TARNPART: {
+        CRpnData copy;
+        copy.SetPart(p->m_pointer);
+        *this = std::move(copy);
+        break;
+    }
+    case RPN_CURVE:
+        SetNull();
+        break;
+    default:
+        *this = from;
+        break;
+    }
+}

@@ -1,0 +1,271 @@
+#pragma once
+// CRpnData: the one value type of the formula language.
+//
+// A value is a handle of one pointer onto a shared payload with a plain
+// (non-atomic) reference count.  Copying a handle shares the payload; a value
+// may therefore only be shared inside one thread.  Setters detach: they drop
+// the old payload and take a fresh one, so other handles keep the old value.
+// Changes made through the payload (SetAt, Resize, DictSet, ...) are seen by
+// every handle that shares it; deep copies are explicit.
+//
+// Payloads come from a per-thread free list (rpnpool.cpp), never from the
+// general allocator one by one.  A payload freed on another thread than the
+// one that made it goes to that other thread's list, which is fine because
+// payload blocks are never handed back to the system.
+
+#include "formula/rpnkinds.h"
+
+#include <QString>
+#include <complex>
+#include <cstdint>
+#include <new>
+
+class CMapStringToRpnData;
+class CRpnBuffer;
+class CRpnObject;
+class CRpnUserFunction;
+class CEquationTree;
+class CXmlElement;
+class CRpnData;
+
+// The shared record behind one or more handles.
+struct CRpnPayload
+{
+    std::uint32_t m_kind;
+    // Low byte: display exponent of a REAL (signed); RPN_FLAG_MATRIX;
+    // RPN_FLAG_BORROWED: the pointed-to object is not freed with the payload.
+    std::uint32_t m_flags;
+    std::int32_t m_count;    // elements of ARRAY and ARRAY_R
+    std::int32_t m_refs;
+    union {
+        double m_real;        // REAL; real part of COMPLEX
+        std::int32_t m_int;   // INT
+        void *m_pointer;      // POINTER, TARNPART
+        double *m_reals;      // ARRAY_R: room for m_capacity + 1 doubles
+        CRpnData *m_items;    // ARRAY: room for m_capacity handles
+        CMapStringToRpnData *m_map;
+        CEquationTree *m_tree;
+        CRpnUserFunction *m_function;
+        CRpnObject *m_object; // DOCUMENT, CURVE, table
+        CXmlElement *m_xml;
+    };
+    double m_imag;           // imaginary part of COMPLEX
+    std::int32_t m_capacity; // elements the array block has room for
+    std::int32_t m_reserved;
+    // STRING: the text, constructed in place.
+    alignas(QString) unsigned char m_textStorage[sizeof(QString)];
+
+    QString &Text() { return *std::launder(reinterpret_cast<QString *>(m_textStorage)); }
+    const QString &Text() const { return *std::launder(reinterpret_cast<const QString *>(m_textStorage)); }
+};
+
+namespace RpnPool {
+// A payload from the calling thread's free list, uninitialised.
+CRpnPayload *Take();
+// Destroys what the payload owns and returns it to the free list.
+void Free(CRpnPayload *payload);
+// Payload blocks held by the calling thread's free list (for tests).
+int FreeCount();
+} // namespace RpnPool
+
+// Result of CRpnData::Equals when the operator node has to compare element by element.
+inline constexpr int RPN_NOT_DECIDED = -1;
+
+class CRpnData
+{
+public:
+    CRpnData() : m_p(makePayload(RPN_NULL)) {}
+    explicit CRpnData(int value) : m_p(makePayload(RPN_INT)) { m_p->m_int = value; }
+    explicit CRpnData(double value) : m_p(makePayload(RPN_REAL)) { m_p->m_real = value; }
+    explicit CRpnData(std::complex<double> value) : m_p(makePayload(RPN_COMPLEX))
+    {
+        m_p->m_real = value.real();
+        m_p->m_imag = value.imag();
+    }
+    explicit CRpnData(const QString &text);
+    // Counts the element unless it is the shared empty element.
+    explicit CRpnData(CXmlElement *element);
+
+    CRpnData(const CRpnData &other) : m_p(other.m_p) { ++m_p->m_refs; }
+    // Leaves `other` without a payload: it may only be destroyed or assigned to.
+    CRpnData(CRpnData &&other) noexcept : m_p(other.m_p) { other.m_p = nullptr; }
+    ~CRpnData() { release(m_p); }
+
+    // Shares the right side's payload.
+    CRpnData &operator=(const CRpnData &other)
+    {
+        CRpnPayload *p = other.m_p;
+        if (p != m_p) {
+            ++p->m_refs;
+            CRpnPayload *old = m_p;
+            m_p = p;
+            release(old);
+        }
+        return *this;
+    }
+    CRpnData &operator=(CRpnData &&other) noexcept
+    {
+        if (this != &other) {
+            CRpnPayload *old = m_p;
+            m_p = other.m_p;
+            other.m_p = nullptr;
+            release(old);
+        }
+        return *this;
+    }
+
+    // --- kind and flags ------------------------------------------------------
+    std::uint32_t GetKind() const { return m_p->m_kind; }
+    std::uint32_t GetFlags() const { return m_p->m_flags; }
+    int GetRefs() const { return m_p->m_refs; }
+    bool IsNull() const { return m_p->m_kind == RPN_NULL; }
+    bool IsReal() const { return m_p->m_kind == RPN_REAL; }
+    bool IsInt() const { return m_p->m_kind == RPN_INT; }
+    bool IsString() const { return m_p->m_kind == RPN_STRING; }
+    bool IsComplex() const { return m_p->m_kind == RPN_COMPLEX; }
+    bool IsDictionary() const { return m_p->m_kind == RPN_DICTIONARY; }
+    bool IsFormula() const { return m_p->m_kind == RPN_FORMULA; }
+    bool IsXml() const { return m_p->m_kind == RPN_XML; }
+    // ARRAY or ARRAY_R.
+    bool IsArray() const { return m_p->m_kind == RPN_ARRAY || m_p->m_kind == RPN_ARRAY_R; }
+    // ARRAY, ARRAY_R or CURVE: the kinds that arithmetic treats as arrays.
+    bool IsArrayOrCurve() const { return IsArray() || m_p->m_kind == RPN_CURVE; }
+    bool IsMatrix() const { return IsArray() && (m_p->m_flags & RPN_FLAG_MATRIX) != 0; }
+    // Same payload.
+    bool IsSameAs(const CRpnData &other) const { return m_p == other.m_p; }
+
+    // The display exponent of a REAL, from the engineering suffix it was written with.
+    int GetDisplayExponent() const { return std::int8_t(m_p->m_flags & RPN_FLAG_EXPONENT_MASK); }
+    void SetDisplayExponent(int exponent);
+    void SetMatrixFlag(bool on);
+
+    // --- setters: each detaches from the old payload ---------------------------
+    void SetNull();
+    void SetInt(int value);
+    void SetDouble(double value);
+    void SetComplex(std::complex<double> value);
+    void SetComplex(double re, double im) { SetComplex({re, im}); }
+    void SetText(const QString &text);
+    void SetText(const char *narrow); // widened from UTF-8
+    void SetXml(CXmlElement *element);
+    void SetTable(CRpnObject *table);
+    void SetFormula(CEquationTree *tree);
+    void SetFormulaBorrowed(CEquationTree *tree);
+    void SetFunction(CRpnUserFunction *function);
+    void SetDictionary();
+    void SetArray(int count);
+    void SetRealArray(int count);
+    void SetMatrix(int rows, int cols);
+    void SetPointer(void *pointer);
+    void SetDocument(CRpnObject *document);
+    void SetPart(void *part);
+    void SetCurve(CRpnObject *curve);
+
+    // --- direct access; valid only for the kind named --------------------------
+    double GetRealValue() const { return m_p->m_real; }
+    int GetIntValue() const { return m_p->m_int; }
+    double GetImagValue() const { return m_p->m_imag; }
+    const QString &GetTextValue() const { return m_p->Text(); }
+    double *GetRealData() const { return m_p->m_reals; }
+    CRpnData *GetItems() const { return m_p->m_items; }
+    CMapStringToRpnData *GetDictionary() const { return m_p->m_map; }
+    CEquationTree *GetFormula() const { return m_p->m_tree; }
+    CRpnUserFunction *GetFunction() const { return m_p->m_function; }
+    CRpnObject *GetObject() const { return m_p->m_object; }
+    CXmlElement *GetXml() const { return m_p->m_xml; }
+    void *GetPointer() const { return m_p->m_pointer; }
+
+    // --- arrays ------------------------------------------------------------------
+    // Elements of ARRAY and ARRAY_R; 0 for every other kind.
+    int GetSize() const { return IsArray() ? m_p->m_count : 0; }
+    // Out of range, or no array: the value itself.  ARRAY_R gives a fresh REAL.
+    CRpnData GetAt(int i) const;
+    // Ignored out of range; ARRAY_R stores GetDouble of the value.
+    void SetAt(int i, const CRpnData &value);
+    void SetRealAt(int i, double x);
+    void Resize(int count);
+    void RemoveAt(int i);
+
+    // --- dictionaries ------------------------------------------------------------
+    CRpnData DictGet(const QString &key) const;
+    void DictSet(const QString &key, const CRpnData &value);
+
+    // --- conversions ---------------------------------------------------------------
+    double GetDouble() const;
+    // Reals are biased by 0.01 toward their sign and truncated: 2.995 gives 3,
+    // 2.98 gives 2.  Out of the 32-bit range saturates, NaN gives 0.
+    int GetInt() const;
+    double GetDoubleChecked(int &ok) const;
+    std::complex<double> GetComplex() const;
+    std::complex<double> GetComplexChecked(int &ok) const;
+    // The value's text under the RPN_TEXT_* flags; the low byte is the precision.
+    QString GetText(std::uint32_t flags = 0) const;
+    // The print form under a dictionary of options (rpnformat.cpp).
+    QString FormatValue(const CMapStringToRpnData &options, int depth = 0) const;
+    // Truth of a condition.  `wasArray` is set when the value is an array or curve.
+    bool IsTrue(bool *wasArray = nullptr) const;
+
+    // --- copies --------------------------------------------------------------------
+    void DeepCopy(const CRpnData &from);
+    // The language's Copy(value, start, count): see rpncopy.cpp.
+    void CopyRange(const CRpnData &from, int start, int length);
+
+    // --- arithmetic (rpnarith.cpp) --------------------------------------------------
+    // Each returns a new value; the operands may be shared and stay unchanged.
+    static CRpnData Add(const CRpnData &a, const CRpnData &b);
+    static CRpnData Subtract(const CRpnData &a, const CRpnData &b);
+    static CRpnData Multiply(const CRpnData &a, const CRpnData &b);
+    static CRpnData Divide(const CRpnData &a, const CRpnData &b);
+    static CRpnData Remainder(const CRpnData &a, const CRpnData &b);
+    // `op` is one of '+', '-', '*', '/', '%'.
+    static CRpnData Arithmetic(int op, const CRpnData &a, const CRpnData &b);
+    // 1 equal, 0 not equal, or RPN_NOT_DECIDED when an array or curve takes part.
+    static int Equals(const CRpnData &a, const CRpnData &b);
+
+    // --- names --------------------------------------------------------------------
+    // "REAL", "INT", ...; the empty text for null, table and unknown kinds.
+    static QString KindName(std::uint32_t kind);
+    // The name a person reads: "Real", "Array", "Graph", ...
+    static QString TypeName(std::uint32_t kind);
+
+    // Writes or reads the value after the buffer's mode (rpnbuffer.cpp).
+    void Serialize(CRpnBuffer &buffer);
+
+private:
+    static CRpnPayload *makePayload(std::uint32_t kind)
+    {
+        CRpnPayload *p = RpnPool::Take();
+        p->m_kind = kind;
+        p->m_flags = 0;
+        p->m_count = 0;
+        p->m_refs = 1;
+        p->m_real = 0.0;
+        p->m_imag = 0.0;
+        p->m_capacity = 0;
+        return p;
+    }
+    static void release(CRpnPayload *p)
+    {
+        if (p && --p->m_refs == 0)
+            RpnPool::Free(p);
+    }
+    // Drops the old payload and takes a fresh one of `kind`.
+    CRpnPayload *reset(std::uint32_t kind)
+    {
+        CRpnPayload *old = m_p;
+        m_p = makePayload(kind);
+        release(old);
+        return m_p;
+    }
+    friend class CRpnDataAccess;
+
+    CRpnPayload *m_p;
+};
+
+// Helpers shared by the value's own source files.
+class CRpnDataAccess
+{
+public:
+    static CRpnPayload *Payload(const CRpnData &v) { return v.m_p; }
+    static CRpnPayload *Reset(CRpnData &v, std::uint32_t kind) { return v.reset(kind); }
+};

@@ -1,0 +1,65 @@
+#pragma once
+// CMapStringToRpnData: text keys to values, the payload of a DICTIONARY and
+// the variable scopes of trees and function calls.
+//
+// With m_caseSensitive on (the default, and always for script dictionaries)
+// keys are compared exactly.  With it off every key is made upper case before
+// a set and a get, and the spelling of the key as first written is kept
+// beside it.  m_parent links a scope to the one around it: Find walks up the
+// chain, the other operations see this scope alone.
+//
+// Entries keep the order in which they were first set; that is the order of
+// iteration and of printing.
+
+#include "formula/rpndata.h"
+
+#include <QHash>
+#include <QString>
+#include <vector>
+
+class CMapStringToRpnData
+{
+public:
+    CMapStringToRpnData() = default;
+    CMapStringToRpnData(const CMapStringToRpnData &) = delete;
+    CMapStringToRpnData &operator=(const CMapStringToRpnData &) = delete;
+    virtual ~CMapStringToRpnData();
+
+    int GetCount() const { return int(m_entries.size()); }
+    bool IsEmpty() const { return m_entries.empty(); }
+
+    // This scope only.
+    bool Lookup(const QString &key, CRpnData &value) const;
+    CRpnData *FindHere(const QString &key);
+    // This scope, then each parent in turn; null when no scope has the key.
+    CRpnData *Find(const QString &key);
+    void SetAt(const QString &key, const CRpnData &value);
+    bool RemoveKey(const QString &key);
+    void RemoveAll();
+
+    // The key as it was first written; the key itself when case counts or it is unknown.
+    QString GetSpelling(const QString &key) const;
+
+    // Entries in iteration order.  The key is the stored (folded) key.
+    const QString &GetKeyAt(int i) const { return m_entries[std::size_t(i)].key; }
+    CRpnData &GetValueAt(int i) { return m_entries[std::size_t(i)].value; }
+    const CRpnData &GetValueAt(int i) const { return m_entries[std::size_t(i)].value; }
+
+    // An independent copy: entries deep-copied, the same case switch, no parent.
+    CMapStringToRpnData *Clone() const;
+
+    bool m_caseSensitive = true;
+    CMapStringToRpnData *m_parent = nullptr; // not owned
+
+private:
+    struct Entry
+    {
+        QString key;
+        CRpnData value;
+    };
+    QString fold(const QString &key) const { return m_caseSensitive ? key : key.toUpper(); }
+
+    std::vector<Entry> m_entries;
+    QHash<QString, int> m_index;       // stored key to entry position
+    QHash<QString, QString> m_spelling; // folded key to key as written (case switch off)
+};

@@ -1,0 +1,199 @@
+// Payload allocation: a free list per thread, filled in chunks.
+//
+// Each thread keeps its own singly linked list of free payloads, so taking and
+// returning one is a few instructions and needs no lock.  An empty list is
+// refilled from the process-wide list (payloads that exited threads left
+// behind) or from a new chunk.  Chunks are never returned to the system; the
+// process-wide record keeps them reachable to the end.  When a thread ends,
+// its free list goes to the process-wide list; payloads freed on a thread after
+// its own list was handed over go there directly.
+
+#include "formula/rpndata.h"
+
+#include "formula/rpndictionary.h"
+#include "formula/rpnseams.h"
+
+#include <cstdlib>
+#include <mutex>
+#include <vector>
+
+namespace {
+
+struct FreeNode
+{
+    FreeNode *next;
+};
+
+// Trivial, so that reaching it costs no initialisation check.
+struct ThreadCache
+{
+    FreeNode *head;
+    int count;
+    bool ended; // the thread's list was handed over at thread exit
+};
+constinit thread_local ThreadCache t_cache{nullptr, 0, false};
+
+constexpr int kChunkPayloads = 256;
+constexpr int kRefillFromShared = 256;
+
+struct SharedPool
+{
+    std::mutex lock;
+    FreeNode *head = nullptr;
+    int count = 0;
+    std::vector<void *> chunks;
+};
+
+SharedPool &shared()
+{
+    // Never destroyed: payloads may be freed by static destructors at exit.
+    static SharedPool *pool = new SharedPool;
+    return *pool;
+}
+
+// Hands the thread's free list to the shared pool when the thread ends.
+struct ThreadExitGuard
+{
+    ~ThreadExitGuard()
+    {
+        ThreadCache &c = t_cache;
+        if (c.head) {
+            FreeNode *tail = c.head;
+            while (tail->next)
+                tail = tail->next;
+            SharedPool &s = shared();
+            std::lock_guard guard(s.lock);
+            tail->next = s.head;
+            s.head = c.head;
+            s.count += c.count;
+        }
+        c.head = nullptr;
+        c.count = 0;
+        c.ended = true;
+    }
+};
+
+CRpnPayload *refill()
+{
+    static thread_local ThreadExitGuard exitGuard;
+    (void)exitGuard;
+
+    ThreadCache &c = t_cache;
+    SharedPool &s = shared();
+    std::lock_guard guard(s.lock);
+    if (!s.head) {
+        auto *chunk = static_cast<CRpnPayload *>(::operator new(sizeof(CRpnPayload) * kChunkPayloads));
+        s.chunks.push_back(chunk);
+        for (int i = 0; i < kChunkPayloads; ++i) {
+            auto *n = reinterpret_cast<FreeNode *>(chunk + i);
+            n->next = s.head;
+            s.head = n;
+        }
+        s.count += kChunkPayloads;
+    }
+    // Move a batch over to this thread.
+    for (int i = 0; i < kRefillFromShared && s.head; ++i) {
+        FreeNode *n = s.head;
+        s.head = n->next;
+        --s.count;
+        if (c.ended) // no list of its own any more: take just one
+            return reinterpret_cast<CRpnPayload *>(n);
+        n->next = c.head;
+        c.head = n;
+        ++c.count;
+    }
+    FreeNode *n = c.head;
+    c.head = n->next;
+    --c.count;
+    return reinterpret_cast<CRpnPayload *>(n);
+}
+
+void giveBack(CRpnPayload *p)
+{
+    auto *n = reinterpret_cast<FreeNode *>(p);
+    ThreadCache &c = t_cache;
+    if (!c.ended) {
+        n->next = c.head;
+        c.head = n;
+        ++c.count;
+        return;
+    }
+    SharedPool &s = shared();
+    std::lock_guard guard(s.lock);
+    n->next = s.head;
+    s.head = n;
+    ++s.count;
+}
+
+void destroyContent(CRpnPayload *p)
+{
+    const bool borrowed = (p->m_flags & RPN_FLAG_BORROWED) != 0;
+    switch (p->m_kind) {
+    case RPN_STRING:
+        p->Text().~QString();
+        break;
+    case RPN_DICTIONARY:
+        if (!borrowed)
+            delete p->m_map;
+        break;
+    case RPN_ARRAY_R:
+        if (!borrowed)
+            std::free(p->m_reals);
+        break;
+    case RPN_ARRAY:
+        if (!borrowed && p->m_items) {
+            for (int i = 0; i < p->m_count; ++i)
+                p->m_items[i].~CRpnData();
+            ::operator delete(p->m_items);
+        }
+        break;
+    case RPN_FORMULA:
+        if (!borrowed && p->m_tree) {
+            if (CRpnFormulaSupport *f = GetRpnFormulaSupport())
+                f->DeleteTree(p->m_tree);
+        }
+        break;
+    case RPN_DOCUMENT:
+    case RPN_CURVE:
+    case RPN_TABLE:
+        if (!borrowed)
+            delete p->m_object;
+        break;
+    case RPN_XML:
+        if (CRpnXmlSupport *x = GetRpnXmlSupport()) {
+            if (p->m_xml && p->m_xml != x->EmptyElement())
+                x->Release(p->m_xml);
+        }
+        break;
+    default: // null, numbers, POINTER, TARNPART, FUNCTION: nothing owned
+        break;
+    }
+}
+
+} // namespace
+
+namespace RpnPool {
+
+CRpnPayload *Take()
+{
+    ThreadCache &c = t_cache;
+    if (FreeNode *n = c.head) {
+        c.head = n->next;
+        --c.count;
+        return reinterpret_cast<CRpnPayload *>(n);
+    }
+    return refill();
+}
+
+void Free(CRpnPayload *payload)
+{
+    destroyContent(payload);
+    giveBack(payload);
+}
+
+int FreeCount()
+{
+    return t_cache.count;
+}
+
+} // namespace RpnPool

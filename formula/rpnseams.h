@@ -1,0 +1,73 @@
+#pragma once
+// What values hold but do not know: owned foreign objects, formulas and XML
+// elements.
+//
+// A FORMULA value owns a compiled tree, and the tree needs the parser and the
+// node tree, which stand above the values.  An XML value holds a counted
+// element of the XML document classes.  Values reach both only through the two
+// interfaces below; the code that owns those classes registers one object of
+// each at start-up.  Until then a formula converts to the empty value, an
+// arithmetic step with a formula gives the empty value, and XML elements are
+// held without being counted.
+
+#include <QString>
+
+class CRpnData;
+class CRpnBuffer;
+class CEquationTree;
+class CXmlElement;
+
+// An object that a value owns and frees through its virtual destructor:
+// DOCUMENT and CURVE payloads and the table record of ReadTable.
+class CRpnObject
+{
+public:
+    virtual ~CRpnObject() = default;
+};
+
+// Formulas as values: filled in by the equation tree.
+class CRpnFormulaSupport
+{
+public:
+    virtual ~CRpnFormulaSupport() = default;
+
+    virtual void DeleteTree(CEquationTree *tree) = 0;
+    // An independent copy of the tree; null when it cannot be made.
+    virtual CEquationTree *CloneTree(const CEquationTree *tree) = 0;
+    // Runs the tree's root with a private status; a failed run gives the empty value.
+    virtual void Evaluate(CEquationTree *tree, CRpnData &result) = 0;
+    // The regenerated source text of the tree.
+    virtual QString GetSource(const CEquationTree *tree) = 0;
+    // `op` ('+', '-', '*', '/', '%') applied to two values of which at least
+    // one is a FORMULA: a new FORMULA whose root is the operator over both.
+    virtual void Combine(int op, const CRpnData &left, const CRpnData &right, CRpnData &result) = 0;
+    // Writes or reads (after the buffer's mode) the whole compiled tree.  On
+    // reading, `tree` receives a new tree or null.
+    virtual void SerializeTree(CEquationTree *&tree, CRpnBuffer &buffer) = 0;
+    // Compiles `text` as a formula, runs it and stores its value: the default
+    // value of a function parameter written as a list.  False on failure.
+    virtual bool EvaluateText(const QString &text, CRpnData &result) = 0;
+};
+
+// XML elements as values: filled in by the XML document classes.
+class CRpnXmlSupport
+{
+public:
+    virtual ~CRpnXmlSupport() = default;
+
+    // The shared element that stands for "no element"; never counted.
+    virtual CXmlElement *EmptyElement() = 0;
+    virtual void AddRef(CXmlElement *element) = 0;
+    virtual void Release(CXmlElement *element) = 0;
+    // The element written as text.
+    virtual QString GetText(CXmlElement *element) = 0;
+    // `left` + `right` of two XML values; the result is counted for the caller.
+    virtual CXmlElement *Concatenate(CXmlElement *left, CXmlElement *right) = 0;
+};
+
+// Registration; pass null to unregister.  Registered once at start-up, before
+// any thread runs formulas; the objects must outlive all values.
+void SetRpnFormulaSupport(CRpnFormulaSupport *support);
+void SetRpnXmlSupport(CRpnXmlSupport *support);
+CRpnFormulaSupport *GetRpnFormulaSupport();
+CRpnXmlSupport *GetRpnXmlSupport();
