@@ -79,21 +79,25 @@ void writeValue(CRpnBuffer &b, const CRpnData &v)
     }
 }
 
+template <typename T>
+T readWord(CRpnBuffer &b)
+{
+    static_assert(sizeof(T) == 4);
+    return T(b.ReadWord());
+}
+
 // A count that cannot promise more elements than the bytes left could hold.
 int readCount(CRpnBuffer &b, int minBytesEach)
 {
-    std::int32_t n = 0;
-    b.Transfer(n);
-    return std::clamp(n, 0, b.GetRemaining() / minBytesEach);
+    return std::clamp(readWord<std::int32_t>(b), 0, b.GetRemaining() / minBytesEach);
 }
 
 void readValue(CRpnBuffer &b, CRpnData &v)
 {
     v.SetNull();
-    std::uint32_t kind = 0, flags = 0;
-    b.Transfer(kind);
-    b.Transfer(flags);
-    flags &= ~RPN_FLAG_BORROWED; // what is read is owned
+    const std::uint32_t kind = readWord<std::uint32_t>(b);
+    // What is read is owned.
+    const std::uint32_t flags = readWord<std::uint32_t>(b) & ~RPN_FLAG_BORROWED; // what is read is owned
     if (b.m_depth >= CRpnBuffer::MaxDepth)
         return;
     switch (kind) {
@@ -104,12 +108,9 @@ void readValue(CRpnBuffer &b, CRpnData &v)
         v.SetDisplayExponent(int(flags & RPN_FLAG_EXPONENT_MASK));
         break;
     }
-    case RPN_INT: {
-        std::int32_t i = 0;
-        b.Transfer(i);
-        v.SetInt(i);
+    case RPN_INT:
+        v.SetInt(readWord<std::int32_t>(b));
         break;
-    }
     case RPN_STRING: {
         QString t;
         b.TransferString(t);
@@ -176,6 +177,16 @@ void readValue(CRpnBuffer &b, CRpnData &v)
 }
 
 } // namespace
+
+std::uint32_t CRpnBuffer::ReadWord()
+{
+    std::uint32_t value = 0;
+    if (GetRemaining() >= 4)
+        read(&value, 4);
+    else
+        skip(GetRemaining());
+    return value;
+}
 
 void CRpnData::Serialize(CRpnBuffer &buffer)
 {

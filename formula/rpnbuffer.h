@@ -23,6 +23,10 @@ class CRpnBuffer : public CScribeBuffer
 public:
     using CScribeBuffer::CScribeBuffer;
 
+    // Reads a 32-bit word; 0 when fewer than four bytes are left (the rest
+    // is then passed over).
+    std::uint32_t ReadWord();
+
     // Values nested deeper than this are read as null: a damaged buffer
     // cannot exhaust the stack.
     static constexpr int MaxDepth = 1000;
