@@ -361,57 +361,24 @@ bool isNothing(const CRpnData &v)
 
 } // namespace
 
-CRpnData CRpnData::Add(const CRpnData &a, const CRpnData &b)
-{
-    if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
-        return CRpnData(a.m_p->m_real + b.m_p->m_real);
-    return valueOp('+', a, b);
-}
-
-CRpnData CRpnData::Subtract(const CRpnData &a, const CRpnData &b)
-{
-    if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
-        return CRpnData(a.m_p->m_real - b.m_p->m_real);
-    return valueOp('-', a, b);
-}
-
-CRpnData CRpnData::Multiply(const CRpnData &a, const CRpnData &b)
-{
-    if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
-        return CRpnData(a.m_p->m_real * b.m_p->m_real);
-    return valueOp('*', a, b);
-}
-
-CRpnData CRpnData::Divide(const CRpnData &a, const CRpnData &b)
-{
-    if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
-        return CRpnData(a.m_p->m_real / b.m_p->m_real);
-    return valueOp('/', a, b);
-}
-
-CRpnData CRpnData::Remainder(const CRpnData &a, const CRpnData &b)
-{
-    return valueOp('%', a, b);
-}
-
 CRpnData CRpnData::Arithmetic(int op, const CRpnData &a, const CRpnData &b)
 {
     switch (op) {
-    case '+': return Add(a, b);
-    case '-': return Subtract(a, b);
-    case '*': return Multiply(a, b);
-    case '/': return Divide(a, b);
-    case '%': return Remainder(a, b);
-    default: return CRpnData();
+    case '+':
+    case '-':
+    case '*':
+    case '/':
+    case '%':
+        return valueOp(op, a, b);
+    default:
+        return CRpnData();
     }
 }
 
-int CRpnData::Equals(const CRpnData &a, const CRpnData &b)
+// Equality in the order of its rules; two REALs were compared inline.
+int CRpnData::equalsByRules(const CRpnData &a, const CRpnData &b)
 {
     const std::uint32_t ka = a.m_p->m_kind, kb = b.m_p->m_kind;
-    if (ka == RPN_REAL && kb == RPN_REAL && b.m_p->m_real != 0.0)
-        return a.m_p->m_real == b.m_p->m_real ? 1 : 0;
-
     if (isNothing(b)) {
         const int r = againstNothing(a);
         if (r >= 0)

@@ -60,12 +60,60 @@ struct CRpnPayload
 };
 
 namespace RpnPool {
+struct FreeNode
+{
+    FreeNode *next;
+};
+struct ThreadCache
+{
+    FreeNode *head;
+    int count;
+    bool ended; // the thread's list was handed over at thread exit
+};
+// The calling thread's free list.  Trivial and constant-initialised, so that
+// reaching it costs no initialisation check.
+extern constinit thread_local ThreadCache t_cache;
+
+// The slow paths, in rpnpool.cpp.
+CRpnPayload *Refill();
+void DestroyContent(CRpnPayload *payload);
+void GiveBackShared(CRpnPayload *payload);
+
 // A payload from the calling thread's free list, uninitialised.
-CRpnPayload *Take();
+inline CRpnPayload *Take()
+{
+    ThreadCache &c = t_cache;
+    if (FreeNode *n = c.head) {
+        c.head = n->next;
+        --c.count;
+        return reinterpret_cast<CRpnPayload *>(n);
+    }
+    return Refill();
+}
+
 // Destroys what the payload owns and returns it to the free list.
-void Free(CRpnPayload *payload);
+inline void Free(CRpnPayload *payload)
+{
+    // Null, numbers and complex numbers own nothing.
+    const std::uint32_t kind = payload->m_kind;
+    if (kind > RPN_INT && kind != RPN_COMPLEX)
+        DestroyContent(payload);
+    ThreadCache &c = t_cache;
+    if (c.ended) {
+        GiveBackShared(payload);
+        return;
+    }
+    auto *n = reinterpret_cast<FreeNode *>(payload);
+    n->next = c.head;
+    c.head = n;
+    ++c.count;
+}
+
 // Payload blocks held by the calling thread's free list (for tests).
-int FreeCount();
+inline int FreeCount()
+{
+    return t_cache.count;
+}
 } // namespace RpnPool
 
 // Result of CRpnData::Equals when the operator node has to compare element by element.
@@ -212,15 +260,41 @@ public:
 
     // --- arithmetic (rpnarith.cpp) --------------------------------------------------
     // Each returns a new value; the operands may be shared and stay unchanged.
-    static CRpnData Add(const CRpnData &a, const CRpnData &b);
-    static CRpnData Subtract(const CRpnData &a, const CRpnData &b);
-    static CRpnData Multiply(const CRpnData &a, const CRpnData &b);
-    static CRpnData Divide(const CRpnData &a, const CRpnData &b);
-    static CRpnData Remainder(const CRpnData &a, const CRpnData &b);
-    // `op` is one of '+', '-', '*', '/', '%'.
+    // Two REALs take the short way here; everything else goes to Arithmetic.
+    static CRpnData Add(const CRpnData &a, const CRpnData &b)
+    {
+        if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
+            return CRpnData(a.m_p->m_real + b.m_p->m_real);
+        return Arithmetic('+', a, b);
+    }
+    static CRpnData Subtract(const CRpnData &a, const CRpnData &b)
+    {
+        if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
+            return CRpnData(a.m_p->m_real - b.m_p->m_real);
+        return Arithmetic('-', a, b);
+    }
+    static CRpnData Multiply(const CRpnData &a, const CRpnData &b)
+    {
+        if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
+            return CRpnData(a.m_p->m_real * b.m_p->m_real);
+        return Arithmetic('*', a, b);
+    }
+    static CRpnData Divide(const CRpnData &a, const CRpnData &b)
+    {
+        if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
+            return CRpnData(a.m_p->m_real / b.m_p->m_real);
+        return Arithmetic('/', a, b);
+    }
+    static CRpnData Remainder(const CRpnData &a, const CRpnData &b) { return Arithmetic('%', a, b); }
+    // `op` is one of '+', '-', '*', '/', '%'; any other gives the null value.
     static CRpnData Arithmetic(int op, const CRpnData &a, const CRpnData &b);
     // 1 equal, 0 not equal, or RPN_NOT_DECIDED when an array or curve takes part.
-    static int Equals(const CRpnData &a, const CRpnData &b);
+    static int Equals(const CRpnData &a, const CRpnData &b)
+    {
+        if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
+            return a.m_p->m_real == b.m_p->m_real ? 1 : 0;
+        return equalsByRules(a, b);
+    }
 
     // --- names --------------------------------------------------------------------
     // "REAL", "INT", ...; the empty text for null, table and unknown kinds.
@@ -232,6 +306,7 @@ public:
     void Serialize(CRpnBuffer &buffer);
 
 private:
+    static int equalsByRules(const CRpnData &a, const CRpnData &b);
     static CRpnPayload *makePayload(std::uint32_t kind)
     {
         CRpnPayload *p = RpnPool::Take();

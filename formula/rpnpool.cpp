@@ -1,4 +1,5 @@
-// Payload allocation: a free list per thread, filled in chunks.
+// Payload allocation: a free list per thread, filled in chunks.  The fast
+// paths (taking and returning one payload) are inline in rpndata.h.
 //
 // Each thread keeps its own singly linked list of free payloads, so taking and
 // returning one is a few instructions and needs no lock.  An empty list is
@@ -19,19 +20,9 @@
 
 namespace {
 
-struct FreeNode
-{
-    FreeNode *next;
-};
-
-// Trivial, so that reaching it costs no initialisation check.
-struct ThreadCache
-{
-    FreeNode *head;
-    int count;
-    bool ended; // the thread's list was handed over at thread exit
-};
-constinit thread_local ThreadCache t_cache{nullptr, 0, false};
+using RpnPool::FreeNode;
+using RpnPool::ThreadCache;
+using RpnPool::t_cache;
 
 constexpr int kChunkPayloads = 256;
 constexpr int kRefillFromShared = 256;
@@ -73,7 +64,11 @@ struct ThreadExitGuard
     }
 };
 
-CRpnPayload *refill()
+} // namespace
+
+constinit thread_local RpnPool::ThreadCache RpnPool::t_cache{nullptr, 0, false};
+
+CRpnPayload *RpnPool::Refill()
 {
     static thread_local ThreadExitGuard exitGuard;
     (void)exitGuard;
@@ -108,24 +103,7 @@ CRpnPayload *refill()
     return reinterpret_cast<CRpnPayload *>(n);
 }
 
-void giveBack(CRpnPayload *p)
-{
-    auto *n = reinterpret_cast<FreeNode *>(p);
-    ThreadCache &c = t_cache;
-    if (!c.ended) {
-        n->next = c.head;
-        c.head = n;
-        ++c.count;
-        return;
-    }
-    SharedPool &s = shared();
-    std::lock_guard guard(s.lock);
-    n->next = s.head;
-    s.head = n;
-    ++s.count;
-}
-
-void destroyContent(CRpnPayload *p)
+void RpnPool::DestroyContent(CRpnPayload *p)
 {
     const bool borrowed = (p->m_flags & RPN_FLAG_BORROWED) != 0;
     switch (p->m_kind) {
@@ -170,30 +148,12 @@ void destroyContent(CRpnPayload *p)
     }
 }
 
-} // namespace
-
-namespace RpnPool {
-
-CRpnPayload *Take()
+void RpnPool::GiveBackShared(CRpnPayload *payload)
 {
-    ThreadCache &c = t_cache;
-    if (FreeNode *n = c.head) {
-        c.head = n->next;
-        --c.count;
-        return reinterpret_cast<CRpnPayload *>(n);
-    }
-    return refill();
+    auto *n = reinterpret_cast<FreeNode *>(payload);
+    SharedPool &s = shared();
+    std::lock_guard guard(s.lock);
+    n->next = s.head;
+    s.head = n;
+    ++s.count;
 }
-
-void Free(CRpnPayload *payload)
-{
-    destroyContent(payload);
-    giveBack(payload);
-}
-
-int FreeCount()
-{
-    return t_cache.count;
-}
-
-} // namespace RpnPool

@@ -564,3 +564,96 @@ TEST(RpnData, DamagedBuffersReadSafely)
     v.Serialize(in);
     EXPECT_TRUE(v.IsNull());
 }
+
+TEST(RpnData, HandlesAreOnePointerAndPayloadsAreReused)
+{
+    static_assert(sizeof(CRpnData) == sizeof(void *));
+    { CRpnData warm(0.0); } // the thread's free list holds at least one payload now
+    const int before = RpnPool::FreeCount();
+    ASSERT_GT(before, 0);
+    {
+        CRpnData a(1.0);
+        CRpnData b = a; // a copy takes no payload
+        EXPECT_EQ(RpnPool::FreeCount(), before - 1);
+        CRpnData c = CRpnData::Add(a, b);
+        EXPECT_EQ(RpnPool::FreeCount(), before - 2);
+    }
+    EXPECT_EQ(RpnPool::FreeCount(), before);
+    // An array takes one payload for itself and one for each element.
+    {
+        CRpnData arr;
+        arr.SetArray(10);
+        EXPECT_EQ(RpnPool::FreeCount(), before - 11);
+    }
+    EXPECT_EQ(RpnPool::FreeCount(), before);
+}
+
+namespace {
+
+// Stands in for the XML document classes: an element is a counter.
+struct FakeElement
+{
+    int refs = 1;
+    QString name;
+};
+
+class FakeXml : public CRpnXmlSupport
+{
+public:
+    static FakeElement *of(CXmlElement *e) { return reinterpret_cast<FakeElement *>(e); }
+    static CXmlElement *as(FakeElement *e) { return reinterpret_cast<CXmlElement *>(e); }
+
+    CXmlElement *EmptyElement() override { return as(&empty); }
+    void AddRef(CXmlElement *e) override { ++of(e)->refs; }
+    void Release(CXmlElement *e) override
+    {
+        if (--of(e)->refs == 0) {
+            ++freed;
+            delete of(e);
+        }
+    }
+    QString GetText(CXmlElement *e) override { return QStringLiteral("<%1>").arg(of(e)->name); }
+    CXmlElement *Concatenate(CXmlElement *a, CXmlElement *b) override
+    {
+        return as(new FakeElement{1, of(a)->name + of(b)->name});
+    }
+
+    FakeElement empty{1000, QString()};
+    int freed = 0;
+};
+
+} // namespace
+
+TEST(RpnData, XmlValuesThroughTheSeam)
+{
+    FakeXml xml;
+    SetRpnXmlSupport(&xml);
+    {
+        auto *a = new FakeElement{1, QStringLiteral("a")};
+        CRpnData va(FakeXml::as(a)); // counts the element
+        EXPECT_EQ(a->refs, 2);
+        CRpnData alias = va; // shares the payload, not the element count
+        EXPECT_EQ(a->refs, 2);
+        xml.Release(FakeXml::as(a)); // our own reference
+        EXPECT_EQ(va.GetText(), "<a>");
+        EXPECT_TRUE(va.IsTrue());
+
+        CRpnData empty(static_cast<CXmlElement *>(nullptr));
+        EXPECT_EQ(empty.GetXml(), xml.EmptyElement());
+        EXPECT_EQ(xml.empty.refs, 1000); // never counted
+        EXPECT_EQ(CRpnData::Equals(empty, CRpnData()), 1);
+        EXPECT_EQ(CRpnData::Equals(va, CRpnData()), 0);
+        EXPECT_EQ(CRpnData::Equals(va, alias), 1);
+
+        auto *b = new FakeElement{1, QStringLiteral("b")};
+        CRpnData vb;
+        vb.SetXml(FakeXml::as(b));
+        xml.Release(FakeXml::as(b));
+        const CRpnData joined = CRpnData::Add(va, vb);
+        EXPECT_EQ(joined.GetText(), "<ab>");
+        EXPECT_EQ(FakeXml::of(joined.GetXml())->refs, 1);
+    }
+    EXPECT_EQ(xml.freed, 3);
+    EXPECT_EQ(xml.empty.refs, 1000);
+    SetRpnXmlSupport(nullptr);
+}
