@@ -20,6 +20,25 @@
 #include <cstdint>
 #include <new>
 
+// Under AddressSanitizer a payload on a free list is poisoned, so that a use
+// after the last handle let go of it is still reported although the memory
+// stays with the pool.
+#if defined(__SANITIZE_ADDRESS__)
+#define RPN_POOL_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define RPN_POOL_ASAN 1
+#endif
+#endif
+#ifdef RPN_POOL_ASAN
+#include <sanitizer/asan_interface.h>
+#define RPN_POOL_POISON(p) ASAN_POISON_MEMORY_REGION((p), sizeof(CRpnPayload))
+#define RPN_POOL_UNPOISON(p) ASAN_UNPOISON_MEMORY_REGION((p), sizeof(CRpnPayload))
+#else
+#define RPN_POOL_POISON(p) ((void)(p))
+#define RPN_POOL_UNPOISON(p) ((void)(p))
+#endif
+
 class CMapStringToRpnData;
 class CRpnBuffer;
 class CRpnObject;
@@ -84,6 +103,7 @@ inline CRpnPayload *Take()
 {
     ThreadCache &c = t_cache;
     if (FreeNode *n = c.head) {
+        RPN_POOL_UNPOISON(n);
         c.head = n->next;
         --c.count;
         return reinterpret_cast<CRpnPayload *>(n);
@@ -105,6 +125,7 @@ inline void Free(CRpnPayload *payload)
     }
     auto *n = reinterpret_cast<FreeNode *>(payload);
     n->next = c.head;
+    RPN_POOL_POISON(n);
     c.head = n;
     ++c.count;
 }

@@ -24,6 +24,22 @@ using RpnPool::FreeNode;
 using RpnPool::ThreadCache;
 using RpnPool::t_cache;
 
+// The next link of a free payload, which lies poisoned under AddressSanitizer.
+FreeNode *nextOf(FreeNode *n)
+{
+    RPN_POOL_UNPOISON(n);
+    FreeNode *next = n->next;
+    RPN_POOL_POISON(n);
+    return next;
+}
+
+void setNext(FreeNode *n, FreeNode *next)
+{
+    RPN_POOL_UNPOISON(n);
+    n->next = next;
+    RPN_POOL_POISON(n);
+}
+
 constexpr int kChunkPayloads = 256;
 constexpr int kRefillFromShared = 256;
 
@@ -50,11 +66,11 @@ struct ThreadExitGuard
         ThreadCache &c = t_cache;
         if (c.head) {
             FreeNode *tail = c.head;
-            while (tail->next)
-                tail = tail->next;
+            while (FreeNode *next = nextOf(tail))
+                tail = next;
             SharedPool &s = shared();
             std::lock_guard guard(s.lock);
-            tail->next = s.head;
+            setNext(tail, s.head);
             s.head = c.head;
             s.count += c.count;
         }
@@ -81,7 +97,7 @@ CRpnPayload *RpnPool::Refill()
         s.chunks.push_back(chunk);
         for (int i = 0; i < kChunkPayloads; ++i) {
             auto *n = reinterpret_cast<FreeNode *>(chunk + i);
-            n->next = s.head;
+            setNext(n, s.head);
             s.head = n;
         }
         s.count += kChunkPayloads;
@@ -89,15 +105,18 @@ CRpnPayload *RpnPool::Refill()
     // Move a batch over to this thread.
     for (int i = 0; i < kRefillFromShared && s.head; ++i) {
         FreeNode *n = s.head;
-        s.head = n->next;
+        s.head = nextOf(n);
         --s.count;
-        if (c.ended) // no list of its own any more: take just one
+        if (c.ended) { // no list of its own any more: take just one
+            RPN_POOL_UNPOISON(n);
             return reinterpret_cast<CRpnPayload *>(n);
-        n->next = c.head;
+        }
+        setNext(n, c.head);
         c.head = n;
         ++c.count;
     }
     FreeNode *n = c.head;
+    RPN_POOL_UNPOISON(n);
     c.head = n->next;
     --c.count;
     return reinterpret_cast<CRpnPayload *>(n);
@@ -153,7 +172,7 @@ void RpnPool::GiveBackShared(CRpnPayload *payload)
     auto *n = reinterpret_cast<FreeNode *>(payload);
     SharedPool &s = shared();
     std::lock_guard guard(s.lock);
-    n->next = s.head;
+    setNext(n, s.head);
     s.head = n;
     ++s.count;
 }

@@ -657,3 +657,22 @@ TEST(RpnData, XmlValuesThroughTheSeam)
     EXPECT_EQ(xml.empty.refs, 1000);
     SetRpnXmlSupport(nullptr);
 }
+
+#ifdef RPN_POOL_ASAN
+// A payload back on the free list is poisoned: touching it through a stale
+// pointer is reported although the pool keeps the memory.
+TEST(RpnDataDeathTest, UseAfterReleaseIsReported)
+{
+    EXPECT_DEATH(
+        {
+            CRpnPayload *stale = nullptr;
+            {
+                CRpnData v(1.0);
+                stale = CRpnDataAccess::Payload(v);
+            }
+            volatile std::uint32_t kind = stale->m_kind;
+            (void)kind;
+        },
+        "use-after-poison");
+}
+#endif
