@@ -132,7 +132,15 @@ double toDouble(QStringView text, qsizetype length)
                 else if (!seenDigit && seenPoint)
                     --magnitude;
             } else if (c == 'e' || c == 'E') {
-                exponent = std::strtoll(buf + i + 1, nullptr, 10);
+                // Saturated: only the sign of magnitude + exponent matters.
+                bool minus = false;
+                qsizetype j = i + 1;
+                if (j < k && (buf[j] == '+' || buf[j] == '-'))
+                    minus = buf[j++] == '-';
+                for (; j < k && buf[j] >= '0' && buf[j] <= '9'; ++j)
+                    exponent = std::min<std::int64_t>(exponent * 10 + (buf[j] - '0'), 1LL << 40);
+                if (minus)
+                    exponent = -exponent;
                 break;
             }
         }

@@ -3,3 +3,5 @@
 tarn_add_fuzz(fuzz_pointtext SOURCES fuzz_pointtext.cpp LINKS tarn_capture)
 tarn_add_fuzz(fuzz_pointtextfile SOURCES fuzz_pointtextfile.cpp LINKS tarn_capture)
 tarn_add_fuzz(fuzz_xml SOURCES fuzz_xml.cpp LINKS tarn_support)
+tarn_add_fuzz(fuzz_scan SOURCES fuzz_scan.cpp LINKS tarn_formula)
+tarn_add_fuzz(fuzz_parsenumber SOURCES fuzz_parsenumber.cpp LINKS tarn_formula)

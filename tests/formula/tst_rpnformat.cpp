@@ -50,6 +50,8 @@ TEST(RpnNumber, ParseNumber)
         {"1e999", HUGE_VAL, 5, 0},
         {"-1e999", -HUGE_VAL, 6, 0},
         {"1e-999", 0, 6, 0},
+        {"1e99999999999999999999", HUGE_VAL, 22, 0},
+        {"0.001e-99999999999999999999", 0, 27, 0},
         // Prefixes, with or without blanks before them.
         {"10k", 10000, 3, 3},
         {"10 K", 10000, 4, 3},
