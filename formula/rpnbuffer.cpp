@@ -89,7 +89,8 @@ T readWord(CRpnBuffer &b)
 // A count that cannot promise more elements than the bytes left could hold.
 int readCount(CRpnBuffer &b, int minBytesEach)
 {
-    return std::clamp(readWord<std::int32_t>(b), 0, b.GetRemaining() / minBytesEach);
+    const std::int32_t n = readWord<std::int32_t>(b);
+    return std::clamp(n, 0, b.GetRemaining() / minBytesEach);
 }
 
 void readValue(CRpnBuffer &b, CRpnData &v)

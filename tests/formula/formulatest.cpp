@@ -29,6 +29,23 @@ CRpnData RealBlock(std::initializer_list<double> values)
     return a;
 }
 
+CRpnData Text(const char *utf8)
+{
+    return CRpnData(QString::fromUtf8(utf8));
+}
+
+CRpnData Empty(std::uint32_t kind)
+{
+    CRpnData v;
+    if (kind == RPN_ARRAY)
+        v.SetArray(0);
+    else if (kind == RPN_DICTIONARY)
+        v.SetDictionary();
+    else if (kind == RPN_CURVE)
+        v.SetCurve(nullptr);
+    return v;
+}
+
 std::string Describe(const CRpnData &v)
 {
     return (CRpnData::KindName(v.GetKind()) + u':' + v.GetText(RPN_TEXT_BRACES)).toStdString();

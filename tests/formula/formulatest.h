@@ -14,6 +14,10 @@ QString EnglishLanguageFile();
 // An ARRAY of REAL values, and an ARRAY_R.
 CRpnData RealItems(std::initializer_list<double> values);
 CRpnData RealBlock(std::initializer_list<double> values);
+// A STRING from UTF-8.
+CRpnData Text(const char *utf8);
+// A fresh empty value of a collection kind: ARRAY, DICTIONARY or CURVE.
+CRpnData Empty(std::uint32_t kind);
 // A value as "KIND:text" with braces, e.g. "ARRAY:{1,2}", "REAL:3".
 std::string Describe(const CRpnData &v);
 

@@ -13,11 +13,6 @@ namespace {
 
 using C = std::complex<double>;
 
-CRpnData text(const char *s)
-{
-    return CRpnData(QString::fromUtf8(s));
-}
-
 CRpnData rows(std::initializer_list<std::initializer_list<double>> cells, bool flagged)
 {
     CRpnData m;
@@ -53,53 +48,34 @@ TEST(RpnArith, ScalarTable)
     const int intMin = std::numeric_limits<int>::min();
     runCases({
         // Addition: complex, then real, then integer, then text.
-        {'+', text("3"), CRpnData(4.0), "REAL:7"},
-        {'+', text("3"), text("4"), "STRING:34"},
-        {'+', CRpnData(3.0), text("4"), "REAL:7"},
-        {'+', CRpnData(), CRpnData(5.0), "REAL:5"},
-        {'+', CRpnData(5.0), CRpnData(), "REAL:5"},
-        {'+', CRpnData(), CRpnData(), ":"},
-        {'+', CRpnData(), text("a"), "STRING:a"},
-        {'+', text("a"), CRpnData(), "STRING:a"},
-        {'+', text("x"), CRpnData(0.1), "REAL:0.1"},
-        {'+', CRpnData(2), text("5"), "INT:7"},
-        {'+', CRpnData(2), CRpnData(0.5), "REAL:2.5"},
-        {'+', CRpnData(2147483647), CRpnData(1), "INT:-2147483648"},
-        {'+', CRpnData(C(1, 2)), CRpnData(3.0), "COMPLEX:4+2j"},
-        {'+', text("1"), CRpnData(C(0, -1)), "COMPLEX:1-1j"},
+        {'+', Text("3"), CRpnData(4.0), "REAL:7"}, {'+', Text("3"), Text("4"), "STRING:34"},
+        {'+', CRpnData(3.0), Text("4"), "REAL:7"}, {'+', CRpnData(), CRpnData(5.0), "REAL:5"},
+        {'+', CRpnData(5.0), CRpnData(), "REAL:5"}, {'+', CRpnData(), CRpnData(), ":"},
+        {'+', CRpnData(), Text("a"), "STRING:a"}, {'+', Text("a"), CRpnData(), "STRING:a"},
+        {'+', Text("x"), CRpnData(0.1), "REAL:0.1"}, {'+', CRpnData(2), Text("5"), "INT:7"},
+        {'+', CRpnData(2), CRpnData(0.5), "REAL:2.5"}, {'+', CRpnData(2147483647), CRpnData(1), "INT:-2147483648"},
+        {'+', CRpnData(C(1, 2)), CRpnData(3.0), "COMPLEX:4+2j"}, {'+', Text("1"), CRpnData(C(0, -1)), "COMPLEX:1-1j"},
         {'+', dict, CRpnData(1.0), "REAL:1"},
         // Subtraction has no text form: other kinds give the left value.
-        {'-', text("5"), text("2"), "STRING:5"},
-        {'-', CRpnData(5), CRpnData(7), "INT:-2"},
-        {'-', CRpnData(1.5), CRpnData(1), "REAL:0.5"},
-        {'-', CRpnData(intMin), CRpnData(1), "INT:2147483647"},
+        {'-', Text("5"), Text("2"), "STRING:5"}, {'-', CRpnData(5), CRpnData(7), "INT:-2"},
+        {'-', CRpnData(1.5), CRpnData(1), "REAL:0.5"}, {'-', CRpnData(intMin), CRpnData(1), "INT:2147483647"},
         {'-', CRpnData(C(1, 1)), CRpnData(C(1, 3)), "COMPLEX:0-2j"},
         // Multiplication: INT only from two INTs.
-        {'*', CRpnData(3), CRpnData(4), "INT:12"},
-        {'*', CRpnData(3), text("4"), "REAL:12"},
-        {'*', CRpnData(), CRpnData(5.0), "REAL:0"},
-        {'*', CRpnData(C(1, 2)), CRpnData(2.0), "COMPLEX:2+4j"},
-        {'*', text("2"), CRpnData(C(1, 2)), "COMPLEX:2+4j"},
-        {'*', CRpnData(C(1, 2)), CRpnData(C(3, -1)), "COMPLEX:5+5j"},
-        {'*', CRpnData(65536), CRpnData(65536), "INT:0"},
+        {'*', CRpnData(3), CRpnData(4), "INT:12"}, {'*', CRpnData(3), Text("4"), "REAL:12"},
+        {'*', CRpnData(), CRpnData(5.0), "REAL:0"}, {'*', CRpnData(C(1, 2)), CRpnData(2.0), "COMPLEX:2+4j"},
+        {'*', Text("2"), CRpnData(C(1, 2)), "COMPLEX:2+4j"},
+        {'*', CRpnData(C(1, 2)), CRpnData(C(3, -1)), "COMPLEX:5+5j"}, {'*', CRpnData(65536), CRpnData(65536), "INT:0"},
         // Division: IEEE between reals, truncating between integers.
-        {'/', CRpnData(1.0), CRpnData(0.0), "REAL:INF"},
-        {'/', CRpnData(7), CRpnData(2), "INT:3"},
-        {'/', CRpnData(-7), CRpnData(2), "INT:-3"},
-        {'/', text("7"), text("2"), "INT:3"},
-        {'/', CRpnData(1), CRpnData(0), "INT:0"},
-        {'/', CRpnData(intMin), CRpnData(-1), "INT:-2147483648"},
-        {'/', CRpnData(7), CRpnData(2.0), "REAL:3.5"},
-        {'/', CRpnData(C(1, 2)), CRpnData(C(3, -1)), "COMPLEX:0.1+0.7j"},
+        {'/', CRpnData(1.0), CRpnData(0.0), "REAL:INF"}, {'/', CRpnData(7), CRpnData(2), "INT:3"},
+        {'/', CRpnData(-7), CRpnData(2), "INT:-3"}, {'/', Text("7"), Text("2"), "INT:3"},
+        {'/', CRpnData(1), CRpnData(0), "INT:0"}, {'/', CRpnData(intMin), CRpnData(-1), "INT:-2147483648"},
+        {'/', CRpnData(7), CRpnData(2.0), "REAL:3.5"}, {'/', CRpnData(C(1, 2)), CRpnData(C(3, -1)), "COMPLEX:0.1+0.7j"},
         {'/', CRpnData(C(2, 4)), CRpnData(2.0), "COMPLEX:1+2j"},
         {'/', CRpnData(1.0), CRpnData(C(0, 1)), "COMPLEX:0-1j"},
         // Remainder.
-        {'%', CRpnData(7.5), CRpnData(2.0), "REAL:1.5"},
-        {'%', CRpnData(7), CRpnData(3), "INT:1"},
-        {'%', CRpnData(-7), CRpnData(3), "INT:-1"},
-        {'%', CRpnData(5), CRpnData(0), "INT:0"},
-        {'%', CRpnData(C(5, 1)), CRpnData(2.0), "COMPLEX:5+1j"},
-        {'%', text("a"), text("b"), "STRING:a"},
+        {'%', CRpnData(7.5), CRpnData(2.0), "REAL:1.5"}, {'%', CRpnData(7), CRpnData(3), "INT:1"},
+        {'%', CRpnData(-7), CRpnData(3), "INT:-1"}, {'%', CRpnData(5), CRpnData(0), "INT:0"},
+        {'%', CRpnData(C(5, 1)), CRpnData(2.0), "COMPLEX:5+1j"}, {'%', Text("a"), Text("b"), "STRING:a"},
     });
 }
 
@@ -122,7 +98,7 @@ TEST(RpnArith, Arrays)
     curve.SetCurve(nullptr);
     CRpnData mixed;
     mixed.SetArray(2);
-    mixed.SetAt(0, text("a"));
+    mixed.SetAt(0, Text("a"));
     mixed.SetAt(1, CRpnData(C(1, 1)));
     CRpnData nested;
     nested.SetArray(2);
@@ -134,25 +110,19 @@ TEST(RpnArith, Arrays)
         {'+', RealBlock({1, 2}), RealItems({10, 20}), "ARRAY:{11,22}"},
         {'-', CRpnData(10.0), RealBlock({1, 2}), "ARRAY_R:9,8"},
         {'-', RealBlock({1, 2}), CRpnData(10.0), "ARRAY_R:-9,-8"},
-        {'-', CRpnData(10.0), RealItems({1, 2}), "ARRAY:{9,8}"},
-        {'*', RealBlock({1, 2}), text("3"), "ARRAY_R:3,6"},
+        {'-', CRpnData(10.0), RealItems({1, 2}), "ARRAY:{9,8}"}, {'*', RealBlock({1, 2}), Text("3"), "ARRAY_R:3,6"},
         {'*', RealBlock({1, 2}), CRpnData(C(2, 5)), "ARRAY_R:2,4"}, // the scalar read once as a real
-        {'*', nested, CRpnData(2.0), "ARRAY:{10,{2,4}}"},
-        {'+', mixed, text("b"), "ARRAY:{ab,1+1j}"},
+        {'*', nested, CRpnData(2.0), "ARRAY:{10,{2,4}}"}, {'+', mixed, Text("b"), "ARRAY:{ab,1+1j}"},
         // Division never makes an infinity inside an array.
-        {'/', RealBlock({1, 2}), CRpnData(0.0), "ARRAY_R:0,0"},
-        {'/', RealItems({1, 2}), CRpnData(0.0), "ARRAY:{0,0}"},
-        {'/', RealItems({1, 2}), CRpnData(), "ARRAY:{0,0}"},
-        {'/', CRpnData(2.0), RealBlock({1, 0}), "ARRAY_R:2,0"},
+        {'/', RealBlock({1, 2}), CRpnData(0.0), "ARRAY_R:0,0"}, {'/', RealItems({1, 2}), CRpnData(0.0), "ARRAY:{0,0}"},
+        {'/', RealItems({1, 2}), CRpnData(), "ARRAY:{0,0}"}, {'/', CRpnData(2.0), RealBlock({1, 0}), "ARRAY_R:2,0"},
         {'/', CRpnData(2.0), RealItems({1, 0}), "ARRAY:{2,0}"},
         {'/', RealBlock({1, 2}), RealBlock({0, 2}), "ARRAY_R:0,1"},
         {'/', RealItems({1, 2}), RealBlock({0, 4}), "ARRAY:{0,0.5}"},
-        {'%', RealBlock({5, 7}), CRpnData(0.0), "ARRAY_R:0,0"},
-        {'%', RealBlock({5, 7}), CRpnData(3.0), "ARRAY_R:2,1"},
+        {'%', RealBlock({5, 7}), CRpnData(0.0), "ARRAY_R:0,0"}, {'%', RealBlock({5, 7}), CRpnData(3.0), "ARRAY_R:2,1"},
         {'%', CRpnData(7.0), RealBlock({0, 4}), "ARRAY_R:0,3"},
         // A curve counts as an empty array.
-        {'+', curve, CRpnData(1.0), "ARRAY:{}"},
-        {'*', RealBlock({1, 2}), curve, "ARRAY:{}"},
+        {'+', curve, CRpnData(1.0), "ARRAY:{}"}, {'*', RealBlock({1, 2}), curve, "ARRAY:{}"},
     });
 }
 
@@ -178,8 +148,7 @@ TEST(RpnArith, Matrices)
         {'+', a, rows({{1, 2, 3}, {4, 5, 6}}, true), ":"},
         {'*', a, rows({{5, 6}, {7, 8}}, false), "ARRAY:{{19,22},{43,50}}"},
         {'*', rows({{1, 2, 3}}, true), rows({{1}, {2}, {3}}, true), "ARRAY:{{14}}"},
-        {'*', a, rows({{1, 2, 3}}, true), ":"},
-        {'/', a, a, "ARRAY:{{1,0},{0,1}}"},
+        {'*', a, rows({{1, 2, 3}}, true), ":"}, {'/', a, a, "ARRAY:{{1,0},{0,1}}"},
         {'/', a, rows({{1, 2, 3}, {4, 5, 6}}, true), ":"},
     });
     EXPECT_TRUE(CRpnData::Add(a, rows({{10, 20}, {30, 40}}, false)).IsMatrix());
@@ -246,30 +215,19 @@ TEST(RpnArith, Equality)
         int expect;
     };
     const EqCase cases[] = {
-        {CRpnData(0.0), text(""), 1},
-        {text(""), CRpnData(0.0), 1},
-        {CRpnData(1.0), text("1"), 1},
-        {CRpnData(1.0), text("1.00"), 0},
-        {text("abc"), text("ABC"), 1},
-        {CRpnData(0.0), CRpnData(), 1},
+        {CRpnData(0.0), Text(""), 1}, {Text(""), CRpnData(0.0), 1}, {CRpnData(1.0), Text("1"), 1},
+        {CRpnData(1.0), Text("1.00"), 0}, {Text("abc"), Text("ABC"), 1}, {CRpnData(0.0), CRpnData(), 1},
         {CRpnData(), CRpnData(), 1},
-        {text("0"), CRpnData(0.0), 0},       // against 0 a text is equal only when empty
-        {CRpnData(0), text(""), 0},          // an INT 0 is no empty value: the texts differ
-        {CRpnData(5.0), CRpnData(), 0},
-        {emptyArray, CRpnData(0.0), 1},
-        {CRpnData(), RealItems({1}), 0},
+        {Text("0"), CRpnData(0.0), 0},       // against 0 a text is equal only when empty
+        {CRpnData(0), Text(""), 0},          // an INT 0 is no empty value: the texts differ
+        {CRpnData(5.0), CRpnData(), 0}, {emptyArray, CRpnData(0.0), 1}, {CRpnData(), RealItems({1}), 0},
         {curve, CRpnData(), 1},
         {RealItems({1, 2}), RealItems({1, 3}), RPN_NOT_DECIDED},
-        {RealItems({1}), CRpnData(1.0), RPN_NOT_DECIDED},
-        {CRpnData(3), CRpnData(3.0), 1},
-        {CRpnData(C(1, 0)), CRpnData(1.0), 1},
-        {CRpnData(C(1, 1)), CRpnData(1.0), 0},
-        {CRpnData(3), CRpnData(4), 0},
+        {RealItems({1}), CRpnData(1.0), RPN_NOT_DECIDED}, {CRpnData(3), CRpnData(3.0), 1},
+        {CRpnData(C(1, 0)), CRpnData(1.0), 1}, {CRpnData(C(1, 1)), CRpnData(1.0), 0}, {CRpnData(3), CRpnData(4), 0},
         {d1, d1, 1},
         {d1, d2, 0},
-        {CRpnData(nan), CRpnData(nan), 0},
-        {CRpnData(0.1 + 0.2), CRpnData(0.3), 0},
-        {CRpnData(0.1), text("0.1"), 1},
+        {CRpnData(nan), CRpnData(nan), 0}, {CRpnData(0.1 + 0.2), CRpnData(0.3), 0}, {CRpnData(0.1), Text("0.1"), 1},
     };
     for (const EqCase &c : cases)
         EXPECT_EQ(CRpnData::Equals(c.a, c.b), c.expect) << Describe(c.a) << " == " << Describe(c.b);

@@ -137,13 +137,4 @@ TEST(RpnKeywords, LookupClonesPrototypesAndAsksTheHost)
     EXPECT_EQ(status, 1);
     EXPECT_EQ(LookupKeyword(tree, QStringLiteral("refused"), 0, 1, 0, status, hostHook), nullptr);
     EXPECT_EQ(status, 11);
-
-    // A host adds a name of its own to the shared table.
-    GetPrototypes().SetAt(1998, new TestNode(1998));
-    GetKeywordTable().Add(QStringLiteral("GETSIZE"), 1998);
-    std::unique_ptr<CRpnNode> getSize(LookupKeyword(tree, QStringLiteral("GetSize"), 0, 1, 0, status));
-    ASSERT_NE(getSize, nullptr);
-    EXPECT_EQ(getSize->GetKind(), 1998);
-    GetPrototypes().SetAt(5000, new TestNode(5000)); // out of range: dropped
-    EXPECT_EQ(GetPrototypes().GetAt(5000), nullptr);
 }
