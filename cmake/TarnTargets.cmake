@@ -27,13 +27,6 @@ function(tarn_target_options target)
     target_compile_options(${target} PRIVATE -fsanitize=thread -fno-omit-frame-pointer)
     target_link_options(${target} PRIVATE -fsanitize=thread)
   endif()
-  if(TARN_BUILD_FUZZ AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    # In fuzz builds every library is instrumented for coverage and checked by
-    # the sanitizers too, so that the fuzzer sees inside it, and code that
-    # poisons memory by hand agrees with the code around it.
-    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link,address,undefined)
-    target_link_options(${target} PRIVATE -fsanitize=address,undefined)
-  endif()
 endfunction()
 
 # tarn_add_library(name SOURCES ... LINKS ...): a static library of one source folder.
