@@ -13,6 +13,7 @@
 
 #include "formula/rpnmatrix.h"
 #include "formula/rpnseams.h"
+#include "support/xmlelement.h"
 
 #include <cmath>
 #include <limits>
@@ -48,6 +49,26 @@ int intRemainder(int a, int b)
     if (b == 0 || b == -1)
         return 0;
     return a % b;
+}
+
+// Two XML values joined as elements: a new element without a name that holds
+// the elements of both sides.  A side without a name (a parsed document, or
+// an earlier join) gives its children rather than itself; the empty element
+// gives nothing.
+CRpnData joinXml(CXmlElement *left, CXmlElement *right)
+{
+    CXmlElementPtr joined = CreateElement(QString());
+    for (CXmlElement *side : {left, right}) {
+        if (CXmlElement::IsNull(side))
+            continue;
+        if (!side->GetName().isEmpty()) {
+            joined->AddChild(side);
+            continue;
+        }
+        for (int i = 0; i < side->GetChildCount(); ++i)
+            joined->AddChild(side->GetChildAt(i));
+    }
+    return CRpnData(joined.Get());
 }
 
 CRpnData deferToFormula(int op, const CRpnData &a, const CRpnData &b)
@@ -94,16 +115,8 @@ CRpnData scalarOp(int op, const CRpnData &a, const CRpnData &b)
         // A string only meeting a string (or no number) is text.
         if (ka == RPN_STRING || kb == RPN_STRING)
             return CRpnData(a.GetText(16) + b.GetText(16));
-        if (ka == RPN_XML && kb == RPN_XML) {
-            if (CRpnXmlSupport *x = GetRpnXmlSupport()) {
-                CXmlElement *joined = x->Concatenate(a.GetXml(), b.GetXml());
-                CRpnData result(joined);
-                if (joined && joined != x->EmptyElement())
-                    x->Release(joined); // the value holds its own count now
-                return result;
-            }
-            return a;
-        }
+        if (ka == RPN_XML && kb == RPN_XML)
+            return joinXml(a.GetXml(), b.GetXml());
         if (ka == RPN_NULL)
             return b;
         return a;
@@ -335,8 +348,7 @@ CRpnData valueOp(int op, const CRpnData &a, const CRpnData &b)
 
 bool isEmptyXml(const CRpnData &v)
 {
-    CRpnXmlSupport *x = GetRpnXmlSupport();
-    return !v.GetXml() || (x && v.GetXml() == x->EmptyElement());
+    return CXmlElement::IsNull(v.GetXml());
 }
 
 // Rule for a side that is null or the real 0 against the other side:

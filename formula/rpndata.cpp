@@ -7,6 +7,7 @@
 #include "formula/rpnseams.h"
 #include "formula/rpnuserfunction.h"
 #include "support/languagestring.h"
+#include "support/xmlelement.h"
 
 #include <algorithm>
 #include <cmath>
@@ -88,12 +89,12 @@ CRpnData::CRpnData(const QString &text) : m_p(makePayload(RPN_STRING))
 
 CRpnData::CRpnData(CXmlElement *element) : m_p(makePayload(RPN_XML))
 {
-    m_p->m_xml = element;
-    if (CRpnXmlSupport *x = GetRpnXmlSupport()) {
-        if (!element)
-            m_p->m_xml = x->EmptyElement();
-        else if (element != x->EmptyElement())
-            x->AddRef(element);
+    // The shared empty element stands for "no element" and is not counted.
+    if (CXmlElement::IsNull(element)) {
+        m_p->m_xml = CXmlElement::Null();
+    } else {
+        m_p->m_xml = element;
+        element->AddRef();
     }
 }
 

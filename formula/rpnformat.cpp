@@ -7,6 +7,7 @@
 #include "formula/rpnnumber.h"
 #include "formula/rpnseams.h"
 #include "formula/rpnuserfunction.h"
+#include "support/xmlelement.h"
 
 #include <cmath>
 #include <cstdio>
@@ -147,8 +148,8 @@ QString CRpnData::GetText(std::uint32_t flags) const
     case RPN_FUNCTION:
         return p->m_function ? p->m_function->m_name : out;
     case RPN_XML:
-        if (CRpnXmlSupport *x = GetRpnXmlSupport(); x && p->m_xml)
-            return x->GetText(p->m_xml);
+        if (!CXmlElement::IsNull(p->m_xml))
+            CXmlElement::WriteDocument(p->m_xml, out);
         return out;
     default: // null, POINTER, DOCUMENT, TARNPART, table, CURVE
         return out;

@@ -13,6 +13,7 @@
 
 #include "formula/rpndictionary.h"
 #include "formula/rpnseams.h"
+#include "support/xmlelement.h"
 
 #include <cstdlib>
 #include <mutex>
@@ -157,10 +158,8 @@ void RpnPool::DestroyContent(CRpnPayload *p)
             delete p->m_object;
         break;
     case RPN_XML:
-        if (CRpnXmlSupport *x = GetRpnXmlSupport()) {
-            if (p->m_xml && p->m_xml != x->EmptyElement())
-                x->Release(p->m_xml);
-        }
+        if (!CXmlElement::IsNull(p->m_xml))
+            p->m_xml->Release();
         break;
     default: // null, numbers, POINTER, TARNPART, FUNCTION: nothing owned
         break;

@@ -1,21 +1,18 @@
 #pragma once
-// What values hold but do not know: owned foreign objects, formulas and XML
-// elements.
+// What values hold but do not know: owned foreign objects and formulas.
 //
 // A FORMULA value owns a compiled tree, and the tree needs the parser and the
-// node tree, which stand above the values.  An XML value holds a counted
-// element of the XML document classes.  Values reach both only through the two
-// interfaces below; the code that owns those classes registers one object of
-// each at start-up.  Until then a formula converts to the empty value, an
-// arithmetic step with a formula gives the empty value, and XML elements are
-// held without being counted.
+// node tree, which stand above the values.  Values reach it only through the
+// interface below; the equation tree registers one object at start-up.  Until
+// then a formula converts to the empty value, an arithmetic step with a
+// formula gives the empty value, and a list default of a function parameter
+// cannot be evaluated.
 
 #include <QString>
 
 class CRpnData;
 class CRpnBuffer;
 class CEquationTree;
-class CXmlElement;
 
 // An object that a value owns and frees through its virtual destructor:
 // DOCUMENT and CURVE payloads and the table record of ReadTable.
@@ -49,25 +46,7 @@ public:
     virtual bool EvaluateText(const QString &text, CRpnData &result) = 0;
 };
 
-// XML elements as values: filled in by the XML document classes.
-class CRpnXmlSupport
-{
-public:
-    virtual ~CRpnXmlSupport() = default;
-
-    // The shared element that stands for "no element"; never counted.
-    virtual CXmlElement *EmptyElement() = 0;
-    virtual void AddRef(CXmlElement *element) = 0;
-    virtual void Release(CXmlElement *element) = 0;
-    // The element written as text.
-    virtual QString GetText(CXmlElement *element) = 0;
-    // `left` + `right` of two XML values; the result is counted for the caller.
-    virtual CXmlElement *Concatenate(CXmlElement *left, CXmlElement *right) = 0;
-};
-
 // Registration; pass null to unregister.  Registered once at start-up, before
-// any thread runs formulas; the objects must outlive all values.
+// any thread runs formulas; the object must outlive all values.
 void SetRpnFormulaSupport(CRpnFormulaSupport *support);
-void SetRpnXmlSupport(CRpnXmlSupport *support);
 CRpnFormulaSupport *GetRpnFormulaSupport();
-CRpnXmlSupport *GetRpnXmlSupport();

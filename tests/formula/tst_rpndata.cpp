@@ -3,6 +3,7 @@
 #include "formula/rpndictionary.h"
 #include "formula/rpnseams.h"
 #include "formula/rpnuserfunction.h"
+#include "support/xmlelement.h"
 
 #include "formulatest.h"
 
@@ -404,70 +405,36 @@ TEST(RpnData, SerialisationLayoutAndDamage)
     EXPECT_TRUE(back.IsNull());
 }
 
-namespace {
-
-// Stands in for the XML document classes: an element is a counter.
-struct FakeElement
+TEST(RpnData, XmlValuesCountTheirElements)
 {
-    int refs = 1;
-    QString name;
-};
-
-class FakeXml : public CRpnXmlSupport
-{
-public:
-    static FakeElement *of(CXmlElement *e) { return reinterpret_cast<FakeElement *>(e); }
-    static CXmlElement *as(FakeElement *e) { return reinterpret_cast<CXmlElement *>(e); }
-
-    CXmlElement *EmptyElement() override { return as(&empty); }
-    void AddRef(CXmlElement *e) override { ++of(e)->refs; }
-    void Release(CXmlElement *e) override
+    CXmlElementPtr a = CreateElement(QStringLiteral("a"));
+    CXmlElementPtr b = CreateElement(QStringLiteral("b"));
     {
-        if (--of(e)->refs == 0) {
-            ++freed;
-            delete of(e);
-        }
-    }
-    QString GetText(CXmlElement *e) override { return QStringLiteral("<%1>").arg(of(e)->name); }
-    CXmlElement *Concatenate(CXmlElement *a, CXmlElement *b) override
-    {
-        return as(new FakeElement{1, of(a)->name + of(b)->name});
-    }
-
-    FakeElement empty{1000, QString()};
-    int freed = 0;
-};
-
-} // namespace
-
-TEST(RpnData, XmlValuesThroughTheSeam)
-{
-    FakeXml xml;
-    SetRpnXmlSupport(&xml);
-    {
-        auto *a = new FakeElement{1, QStringLiteral("a")};
-        CRpnData va(FakeXml::as(a)); // counts the element
-        CRpnData alias = va;         // shares the payload, not the element count
-        EXPECT_EQ(a->refs, 2);
-        xml.Release(FakeXml::as(a));
-        EXPECT_EQ(va.GetText(), "<a>");
+        CRpnData va(a.Get());
+        CRpnData alias = va; // shares the payload, not the element count
+        CRpnData vb;
+        vb.SetXml(b.Get());
+        EXPECT_EQ(a->RefCount(), 2);
+        EXPECT_TRUE(va.GetText().contains(QLatin1StringView("<a></a>")));
 
         CRpnData empty(static_cast<CXmlElement *>(nullptr));
-        EXPECT_EQ(empty.GetXml(), xml.EmptyElement());
+        EXPECT_EQ(empty.GetXml(), CXmlElement::Null());
         EXPECT_EQ(CRpnData::Equals(empty, CRpnData()), 1);
         EXPECT_EQ(CRpnData::Equals(va, CRpnData()), 0);
         EXPECT_EQ(CRpnData::Equals(va, alias), 1);
+        EXPECT_EQ(CRpnData::Equals(va, vb), 0);
 
-        auto *b = new FakeElement{1, QStringLiteral("b")};
-        CRpnData vb;
-        vb.SetXml(FakeXml::as(b));
-        xml.Release(FakeXml::as(b));
-        const CRpnData joined = CRpnData::Add(va, vb);
-        EXPECT_EQ(joined.GetText(), "<ab>");
+        // Joined as elements: a nameless element holds both; joining again
+        // spreads its children, and the empty element adds nothing.
+        const CRpnData ab = CRpnData::Add(va, vb);
+        const CRpnData abab = CRpnData::Add(CRpnData::Add(ab, empty), ab);
+        QStringList names;
+        for (int i = 0; i < abab.GetXml()->GetChildCount(); ++i)
+            names << abab.GetXml()->GetChildAt(i)->GetName();
+        EXPECT_EQ(names.join(u','), "a,b,a,b");
     }
-    EXPECT_EQ(xml.freed, 3);
-    EXPECT_EQ(xml.empty.refs, 1000); // never counted
-    SetRpnXmlSupport(nullptr);
+    EXPECT_EQ(a->RefCount(), 1);
+    EXPECT_EQ(b->RefCount(), 1);
 }
 
 #ifdef RPN_POOL_ASAN
