@@ -1,0 +1,49 @@
+#pragma once
+// Every message box and file dialog of the programs goes through here, so
+// that one object decides how they are answered: normally the standard Qt
+// boxes and a person, in tests a script.
+
+#include <QString>
+
+class QWidget;
+
+enum class PromptButtons { Ok, OkCancel, YesNo, YesNoCancel };
+enum class PromptIcon { None, Information, Question, Warning, Stop };
+enum class PromptAnswer { Ok, Cancel, Yes, No };
+
+struct CMessagePrompt {
+    QWidget *parent = nullptr;
+    QString text;
+    PromptButtons buttons = PromptButtons::Ok;
+    PromptIcon icon = PromptIcon::Warning;
+};
+
+struct CFilePrompt {
+    QWidget *parent = nullptr;
+    bool save = false;       // a save dialog (asks before overwriting), else open
+    QString caption;
+    QString fileName;        // the name, or folder, the dialog starts with
+    QString filter;          // Qt's form: "Text Files (*.txt);;All files (*)"
+    QString defaultSuffix;   // added to a name typed without one
+};
+
+class CUserPrompts
+{
+public:
+    virtual ~CUserPrompts() = default;
+    // Shows a message box; the button pressed.  Closing the box counts as
+    // Cancel, or as No when there is no Cancel, or as Ok.
+    virtual PromptAnswer Message(const CMessagePrompt &prompt);
+    // Asks for a file; empty when the dialog was cancelled.
+    virtual QString FileName(const CFilePrompt &prompt);
+};
+
+// Puts `prompts` in charge from now on (null: the standard boxes again) and
+// returns the one that was.  The caller keeps ownership.
+CUserPrompts *SetUserPrompts(CUserPrompts *prompts);
+CUserPrompts &UserPrompts();
+
+PromptAnswer ShowMessage(QWidget *parent, const QString &text,
+                         PromptButtons buttons = PromptButtons::Ok,
+                         PromptIcon icon = PromptIcon::Warning);
+QString AskFileName(const CFilePrompt &prompt);
