@@ -90,3 +90,23 @@ void ApplyFieldsToCapture(const CToolFields &fields, CCaptureModel &capture)
     capture.SetCalibration(v.xAtFirst, v.yAtFirst, v.xAtSecond, v.yAtSecond, v.xLog, v.yLog,
                            std::move(pairs), count);
 }
+
+void ExchangeAxisFields(CToolFields &fields)
+{
+    int count = 0;
+    CMyDoubleArray pairs;
+    ParsePointText(fields.points, count, pairs, true);
+    for (int i = 0; i < count; ++i)
+        std::swap(pairs[2 * i], pairs[2 * i + 1]);
+    fields.points = FormatPointText(pairs.GetData(), count);
+
+    std::swap(fields.xUnit, fields.yUnit);
+    std::swap(fields.xLog, fields.yLog);
+    std::swap(fields.xName, fields.yName);
+
+    const CAxisValues v = ReadAxisValues(fields);
+    fields.xAtFirst = FormatG(v.yAtFirst, 6, true);
+    fields.xAtSecond = FormatG(v.yAtSecond, 6, true);
+    fields.yAtFirst = FormatG(v.xAtFirst, 6, true);
+    fields.yAtSecond = FormatG(v.xAtSecond, 6, true);
+}

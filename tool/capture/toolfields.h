@@ -89,3 +89,10 @@ int CheckAxisValues(const CAxisValues &values, AxisCheckTexts texts = AxisCheckT
 // text is parsed (with unit suffixes) and the values and pairs go to the
 // canvas's calibration.  The caller repaints and feeds the plot.
 void ApplyFieldsToCapture(const CToolFields &fields, CCaptureModel &capture);
+
+// X and Y change places in the fields (box 1848 was just toggled; it is left
+// as it is): every pair of the point text is crossed and the text rewritten
+// "(%G,%G)"; the unit prefixes, the log boxes and the axis names change
+// places; and the axis values are rewritten "%G" crosswise: 1052 takes the
+// old 1063, 1056 the old 1060, 1063 the old 1052 and 1060 the old 1056.
+void ExchangeAxisFields(CToolFields &fields);
