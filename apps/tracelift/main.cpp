@@ -1,0 +1,12 @@
+// tracelift: the datasheet graph digitiser.  It takes no argument.
+#include "tool/tracelifttoolapp.h"
+
+#include <QApplication>
+
+int main(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    CTraceliftToolApp app;
+    app.InitInstance();
+    return app.m_exitCode;
+}

@@ -1,0 +1,147 @@
+#pragma once
+// CTraceliftToolDlg: the one dialog of the digitiser.  The picture canvas and
+// the plot lie over each other in one pane, exactly one of them visible; the
+// fields around them hold the axis values, the names, the unit prefixes and
+// the point text, which is the master copy of the traced points.  Every
+// command is a thin layer over the capture model in tool/capture.
+//
+// Each control's objectName() is its control id as text ("1052").
+
+#include "support/controls/userprompts.h"
+#include "tool/capture/capturemodel.h"
+#include "tool/capture/capturesteps.h"
+#include "tool/capture/curverecords.h"
+#include "tool/capture/toolfields.h"
+#include "tool/plotfeed.h"
+
+#include <QDialog>
+
+class CExEditCtrl;
+class CPlotPlaceholder;
+class CTraceliftWnd;
+class QAction;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QToolBar;
+
+class CTraceliftToolDlg : public QDialog
+{
+    Q_OBJECT
+public:
+    // Control ids besides those of the fields (ToolControlId).
+    enum : int {
+        IdOk = 1,
+        IdCancel = 2,
+        IdAddCurve = 1127,
+        IdApplyTyped = 1842,
+        IdReplot = 1844,
+        IdToolBar = 13666,
+        IdPaste = 32774,
+        IdNext = 33104,
+        IdBack = 33105,
+        IdPlot = 10101,
+    };
+
+    explicit CTraceliftToolDlg(QWidget *parent = nullptr);
+    ~CTraceliftToolDlg() override;
+
+    // Set by a caller before the dialog is shown; this program leaves both 0.
+    // Kind 595 uses the texts of that device kind and skips the X-range check
+    // of saving; a positive m_viewOnly hides Back and Next.
+    int m_deviceKind = 0;
+    int m_viewOnly = 0;
+
+    // The commands, as the controls, the toolbar and the keys call them.
+    void OnNext();
+    void OnBack();
+    void OnAddCurve();
+    void OnStartOver();
+    void OnReplot();
+    void OnExchangeXY();
+    void OnApplyTypedCurve();
+    void OnOk();
+    void OnLoad();
+    void OnPaste();
+    // A picture that did not come from the clipboard (a dropped or chosen
+    // file), taken while the canvas waits for a picture as a paste would be.
+    void OfferPicture(const QImage &picture);
+    void OfferPictureFile(const QString &path);
+
+    // The fields to the record and back (save true), or back only.
+    bool UpdateData(bool save);
+    // What every change of the fields ends in: the point text is parsed again
+    // and the canvas and the plot follow the fields.
+    void ApplyFields();
+
+    CTraceliftWnd *Canvas() const { return m_canvas; }
+    CCurveRecords &Records() { return m_records; }
+    const CPlotFeed &PlotFeed() const;
+    bool FieldsDirty() const { return m_fieldsDirty; }
+    CToolFields ReadFields() const;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void buildControls();
+    void connectControls();
+    void writeFields(const CToolFields &fields);
+    void selectUnit(QComboBox *combo, const QString &prefix);
+    void perform(const CStepActions &actions, const QImage *offered = nullptr);
+    void nextStep(const QImage *offered);
+    void setHint(std::optional<int> id);
+    void markDirty();
+    void onCanvasClicked(const CClickResult &result, int modeBefore);
+    void onValueUnderMouse(double x, double y);
+    void showPane(bool canvas);
+    void showMessage(int id, const QString &argument = QString(),
+                     PromptIcon icon = PromptIcon::Warning);
+    StepAnswer ask(int id, PromptButtons buttons);
+    bool saveCurves();
+    bool writeCurve(const CGraphInfoData &curve, const CToolFields &fields);
+
+    // The plot pane: everything the plot is fed goes through these.
+    void plotCurrentCurve(const CToolFields &fields, const CMyDoubleArray &pairs, int count);
+    void plotAllCurves(const CToolFields &fields);
+    void plotColumns(const CToolFields &fields, const CMyDoubleArray2D &values);
+    void replotFromData(bool xLog, bool yLog);
+    void repaintPlot();
+
+    CCurveRecords m_records;
+    CTraceliftWnd *m_canvas = nullptr;
+    CPlotPlaceholder *m_plot = nullptr;
+    QString m_lastFileName;
+    QLineEdit *m_readout = nullptr;
+    QPushButton *m_okButton = nullptr;
+    QPushButton *m_cancelButton = nullptr;
+    QPushButton *m_loadButton = nullptr;
+    QLineEdit *m_fileName = nullptr;
+    CExEditCtrl *m_yAtSecondEdit = nullptr;
+    CExEditCtrl *m_yAtFirstEdit = nullptr;
+    CExEditCtrl *m_xAtSecondEdit = nullptr;
+    CExEditCtrl *m_xAtFirstEdit = nullptr;
+    QCheckBox *m_xLogCheck = nullptr;
+    QCheckBox *m_yLogCheck = nullptr;
+    QCheckBox *m_exchangeCheck = nullptr;
+    QToolBar *m_toolBar = nullptr;
+    QAction *m_backAction = nullptr;
+    QAction *m_nextAction = nullptr;
+    CExEditCtrl *m_pointsEdit = nullptr;
+    QLabel *m_hint = nullptr;
+    QComboBox *m_xUnitCombo = nullptr;
+    QComboBox *m_yUnitCombo = nullptr;
+    QLineEdit *m_xNameEdit = nullptr;
+    QLineEdit *m_yNameEdit = nullptr;
+    QPushButton *m_addCurveButton = nullptr;
+    QWidget *m_pane = nullptr;
+    bool m_fieldsDirty = false;
+    QString m_xName;
+    QString m_yName;
+    int m_minTrackWidth = 50;
+    int m_minTrackHeight = 100;
+    bool m_initialised = false;
+};

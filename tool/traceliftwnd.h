@@ -1,0 +1,89 @@
+#pragma once
+// CTraceliftWnd: the canvas of the digitiser.  It shows the pasted picture,
+// takes the clicks of the calibration and of the trace, draws the reference
+// frame, the calibration grid with its labels and the traced curve, and reads
+// out the value under the mouse.  The capture itself (mode, calibration,
+// points) is the window-free CCaptureModel it holds.
+
+#include "tool/capture/capturemodel.h"
+
+#include <QFont>
+#include <QImage>
+#include <QPointer>
+#include <QWidget>
+
+class QPainter;
+
+class CTraceliftWnd : public QWidget
+{
+    Q_OBJECT
+public:
+    enum : int { IdCanvas = 1095, IdMagnifier = 1100 };
+
+    explicit CTraceliftWnd(QWidget *parent = nullptr);
+
+    CCaptureModel m_capture;
+
+    CaptureMode Mode() const { return m_capture.m_mode; }
+    void SetMode(CaptureMode mode);
+
+    // Takes the clipboard's picture; false when the clipboard holds none.
+    bool PasteFromClipboard();
+    // Makes a copy of the picture the canvas's own, shows it, and clears the
+    // drag, the pan and the mode (the caller sets the mode it wants).  False
+    // for a null picture.
+    bool CopyBitmap(const QImage &source);
+    const QImage &Bitmap() const { return m_bitmap; }
+
+    // Draws the canvas as it stands into any painter of the given size.
+    void Paint(QPainter &painter, const QSize &size) const;
+
+    // The frame rectangle of the present mode, in canvas pixels.
+    QRect FrameRect(const QSize &size) const;
+    // The width of "10000.00" in the canvas's font: the room kept for the
+    // Y labels left of the default rectangle.
+    int LabelTextWidth() const;
+    // Sets the default rectangle from the present size (the mode becomes
+    // ModePlotted).
+    void SetDefaultRectangle();
+
+    // The magnifier, once one is attached, is hidden by every click and step.
+    void SetMagnifier(QWidget *magnifier) { m_zoom = magnifier; }
+    void HideMagnifier();
+
+    // The picture is a clipboard's or a dropped file's; both count.
+    static bool ClipboardHasPicture();
+    static QImage ClipboardPicture();
+
+signals:
+    // A left click outside the drag modes, after the click rule ran; the
+    // mode the click found.
+    void clicked(const CClickResult &result, int modeBefore);
+    // The mouse is over a spot that maps to (x, y), in a read-out mode.
+    void valueUnderMouse(double x, double y);
+    // A picture file was dropped or chosen while the canvas waits for a picture.
+    void pictureFileOffered(const QString &path);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    void updateCursor();
+    void paintGrid(QPainter &painter, const QRect &frame, bool pictureShown) const;
+    void choosePictureFile();
+
+    QImage m_bitmap;
+    int m_pictureWidth = 0;
+    int m_pictureHeight = 0;
+    QFont m_font;
+    QPointer<QWidget> m_zoom;
+    QPoint m_dragLast;
+    bool m_dragging = false;
+};
