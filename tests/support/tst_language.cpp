@@ -1,6 +1,7 @@
 #include "support/languagestring.h"
 #include "support/registry.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -114,4 +115,33 @@ TEST_F(LanguageTest, RegistryKeyPathsAndValueKinds)
     EXPECT_EQ(RegistryGetString(key, QStringLiteral("EMICount"), QStringLiteral("x")), QStringLiteral("x"));
     RegistrySetString(key, QStringLiteral("EMI0"), QStringLiteral("CISPR 25"));
     EXPECT_EQ(RegistryGetString(key, QStringLiteral("EMI0"), QString()), QStringLiteral("CISPR 25"));
+}
+
+TEST_F(LanguageTest, FolderOfTheProgramIsSearchedFirst)
+{
+    QTemporaryDir program;
+    ASSERT_TRUE(QDir(program.path()).mkdir(QStringLiteral("lang")));
+    QFile f(program.filePath(QStringLiteral("lang/en.lang")));
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write("100\tBeside the program\n");
+    f.close();
+    EXPECT_EQ(LanguageSearchFolders(program.path()).value(0), program.filePath(QStringLiteral("lang")));
+    ASSERT_TRUE(LoadLanguageModule(program.path()));
+    EXPECT_EQ(LanguageString(100), QStringLiteral("Beside the program"));
+    EXPECT_EQ(LanguageString(102), QString()); // no other English file is mixed in
+}
+
+TEST(LanguageFile, EnglishTextsAreWellFormed)
+{
+    QFile f(QStringLiteral(TARN_SOURCE_DIR "/lang/en.lang"));
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    QList<QPair<int, QString>> entries;
+    EXPECT_TRUE(ParseLanguageText(f.readAll(), entries));
+    ASSERT_FALSE(entries.isEmpty());
+    for (int i = 0; i < entries.size(); ++i) {
+        EXPECT_FALSE(entries[i].second.trimmed().isEmpty()) << entries[i].first;
+        if (i > 0) {
+            EXPECT_LT(entries[i - 1].first, entries[i].first) << "numbers must rise";
+        }
+    }
 }

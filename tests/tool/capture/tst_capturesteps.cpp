@@ -256,3 +256,34 @@ TEST(CaptureTexts, EveryNumberHasItsText)
         EXPECT_TRUE(LanguageString(id).contains("%1")) << id;
     UnloadLanguageModule();
 }
+
+TEST(ToolFields, ExchangeOfTheAxes)
+{
+    CToolFields f;
+    f.points = QStringLiteral("(1,2) (3k,4)(5)");
+    f.xAtFirst = QStringLiteral("1");
+    f.xAtSecond = QStringLiteral("2e3");
+    f.yAtFirst = QStringLiteral("0.5");
+    f.yAtSecond = QStringLiteral("7");
+    f.xLog = true;
+    f.xUnit = QStringLiteral("k");
+    f.yUnit = QStringLiteral("m");
+    f.xName = QStringLiteral("VCE");
+    f.yName = QStringLiteral("IC");
+    f.exchangeXY = true;
+    ExchangeAxisFields(f);
+    EXPECT_EQ(f.points, QStringLiteral("(2,1)(4,3000)"));
+    EXPECT_EQ(f.xAtFirst, QStringLiteral("0.5"));
+    EXPECT_EQ(f.xAtSecond, QStringLiteral("7"));
+    EXPECT_EQ(f.yAtFirst, QStringLiteral("1"));
+    EXPECT_EQ(f.yAtSecond, QStringLiteral("2000"));
+    EXPECT_FALSE(f.xLog);
+    EXPECT_TRUE(f.yLog);
+    EXPECT_EQ(f.xUnit, QStringLiteral("m"));
+    EXPECT_EQ(f.yName, QStringLiteral("VCE"));
+    EXPECT_TRUE(f.exchangeXY); // the box is the caller's
+    ExchangeAxisFields(f);
+    EXPECT_EQ(f.points, QStringLiteral("(1,2)(3000,4)"));
+    EXPECT_EQ(f.xAtSecond, QStringLiteral("2000"));
+    EXPECT_EQ(f.xName, QStringLiteral("VCE"));
+}

@@ -1,0 +1,539 @@
+#include "traceliftfixture.h"
+
+#include "tool/capture/capturesteps.h"
+#include "tool/capture/numbertext.h"
+#include "tool/tracelifttoolapp.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QFile>
+#include <QPushButton>
+#include <QTimer>
+#include <cmath>
+
+namespace {
+
+double saturation(double x) { return 100.0 * (1 - std::exp(-x / 2.5)); }
+double exponential(double x) { return 1e-3 * std::pow(10.0, x / 2.2); }
+
+QList<double> samples()
+{
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    return xs;
+}
+
+// The pairs of a written point text file, and its header line.
+QList<QPair<double, double>> readPairs(const QString &path, QString &header)
+{
+    QFile f(path);
+    EXPECT_TRUE(f.open(QIODevice::ReadOnly));
+    QList<QPair<double, double>> pairs;
+    const QList<QByteArray> lines = f.readAll().split('\n');
+    for (const QByteArray &raw : lines) {
+        const QByteArray line = raw.trimmed();
+        if (line.isEmpty())
+            continue;
+        const QList<QByteArray> t = line.split(' ');
+        bool okX = false, okY = false;
+        const double x = t.value(0).toDouble(&okX);
+        const double y = t.value(1).toDouble(&okY);
+        if (okX && okY)
+            pairs.append({x, y});
+        else
+            header = QString::fromLatin1(line);
+    }
+    return pairs;
+}
+
+bool within5Digits(double a, double b)
+{
+    return std::fabs(a - b) <= 5e-5 * std::fabs(b) + 1e-12;
+}
+
+} // namespace
+
+TEST_F(TraceliftTest, FromPastedPictureToSavedFile)
+{
+    for (const bool logY : {false, true}) {
+        SCOPED_TRACE(logY ? "logarithmic Y" : "linear Y");
+        const CGraphPicture g = MakeGraphPicture(logY, logY ? exponential : saturation, samples());
+        if (mode() == ModePlotted)
+            prompts.answers = {PromptAnswer::Yes}; // discard the first curve
+        reach(ModeTrace, g);
+        ASSERT_EQ(mode(), ModeTrace);
+        EXPECT_EQ(canvas()->Bitmap().size(), g.image.size());
+        EXPECT_TRUE(canvas()->isVisible());
+        type(IdXName, QStringLiteral("VCE"));
+        type(IdYName, QStringLiteral("IC"));
+        for (QPoint v : g.vertices)
+            click(v);
+        EXPECT_EQ(canvas()->m_capture.m_points.count, g.vertices.size());
+        next();
+        ASSERT_EQ(mode(), ModePlotted);
+        EXPECT_FALSE(canvas()->isVisible());
+        EXPECT_TRUE(control(CTraceliftToolDlg::IdPlot)->isVisible());
+        EXPECT_FALSE(action(CTraceliftToolDlg::IdBack)->isEnabled());
+        ASSERT_EQ(dialog->PlotFeed().curves.size(), 1);
+        EXPECT_EQ(dialog->PlotFeed().curves[0].count, g.vertices.size());
+        EXPECT_EQ(dialog->PlotFeed().yLog, logY);
+
+        const QString path = files.filePath(logY ? QStringLiteral("log.txt") : QStringLiteral("lin.txt"));
+        prompts.fileNames = {path};
+        control<QPushButton>(CTraceliftToolDlg::IdOk)->click();
+        // The second picture replaced the first curve after a question.
+        EXPECT_EQ(prompts.MessageTexts(), logY ? QStringList{message(27525)} : QStringList());
+        EXPECT_EQ(text(IdFileName), path);
+        EXPECT_TRUE(dialog->isVisible()); // OK saves and stays
+
+        QString header;
+        const auto pairs = readPairs(path, header);
+        EXPECT_EQ(header, QStringLiteral("VCE IC"));
+        ASSERT_EQ(pairs.size(), g.vertices.size());
+        for (int i = 0; i < pairs.size(); ++i) {
+            EXPECT_TRUE(within5Digits(pairs[i].first, g.XAt(g.vertices[i].x())))
+                << i << ": " << pairs[i].first << " vs " << g.XAt(g.vertices[i].x());
+            EXPECT_TRUE(within5Digits(pairs[i].second, g.YAt(g.vertices[i].y())))
+                << i << ": " << pairs[i].second << " vs " << g.YAt(g.vertices[i].y());
+        }
+        prompts.messages.clear();
+    }
+}
+
+TEST_F(TraceliftTest, BackFromEachMode)
+{
+    struct Case {
+        CaptureMode from;
+        CaptureMode to;
+        bool backEnabled;
+    };
+    const Case cases[] = {
+        {ModeWaitPicture, ModeWaitPicture, false},
+        {ModePicturePlaced, ModeWaitPicture, false},
+        {ModeCorner1, ModePicturePlaced, true},
+        {ModeCorner2, ModeCorner1, true},
+        {ModeCornersSet, ModeCorner1, true},
+        {ModeValuesAwaited, ModeCorner1, true},
+        {ModeTrace, ModeValuesAwaited, true},
+    };
+    const CGraphPicture g = MakeGraphPicture(false, saturation, samples());
+    for (const Case &c : cases) {
+        SCOPED_TRACE(int(c.from));
+        dialog = std::make_unique<CTraceliftToolDlg>();
+        dialog->show();
+        reach(c.from, g);
+        ASSERT_EQ(mode(), c.from);
+        edit(IdReadout)->setText(QStringLiteral("(1,2)"));
+        EXPECT_EQ(action(CTraceliftToolDlg::IdBack)->isEnabled(), c.from != ModeWaitPicture);
+        dialog->OnBack();
+        EXPECT_EQ(mode(), c.to);
+        EXPECT_EQ(action(CTraceliftToolDlg::IdBack)->isEnabled(), c.backEnabled);
+        EXPECT_EQ(control<QLabel>(IdHint)->text(), LanguageString(*HintTextId(c.to)));
+        EXPECT_TRUE(text(IdReadout).isEmpty());
+        EXPECT_EQ(canvas()->m_capture.m_calibration.pictureShown, c.from != ModePicturePlaced && c.from != ModeWaitPicture);
+        EXPECT_TRUE(prompts.messages.isEmpty());
+    }
+}
+
+TEST_F(TraceliftTest, NextRefusesWhatIsMissing)
+{
+    const CGraphPicture g = MakeGraphPicture(false, saturation, samples());
+    next();
+    next(); // the clipboard is empty
+    EXPECT_EQ(mode(), ModeWaitPicture);
+    EXPECT_EQ(prompts.MessageTexts(), QStringList{message(27526)});
+
+    // Text on the clipboard is no picture either.
+    QGuiApplication::clipboard()->setText(QStringLiteral("(1,2)"));
+    next();
+    EXPECT_EQ(mode(), ModeWaitPicture);
+    EXPECT_EQ(prompts.messages.size(), 2);
+
+    QGuiApplication::clipboard()->setImage(g.image);
+    next();
+    next();
+    next(); // no corner yet
+    EXPECT_EQ(mode(), ModeCorner1);
+    click(g.lowerLeft);
+    next(); // one corner
+    EXPECT_EQ(mode(), ModeCorner1);
+    EXPECT_EQ(prompts.MessageTexts().mid(2), (QStringList{message(27527), message(27527)}));
+
+    click(g.lowerLeft);
+    click(g.upperRight);
+    ASSERT_EQ(mode(), ModeCornersSet);
+    prompts.messages.clear();
+    struct Case {
+        const char *x1, *x2, *y1, *y2;
+        bool xLog, yLog;
+        int message;
+    };
+    const Case checks[] = {
+        {"1", "1", "0", "1", false, false, 27528},
+        {"0", "1", "2", "2", false, false, 27529},
+        {"0", "10", "0", "1", true, false, 27530},
+        {"1", "10", "0", "1", false, true, 27531},
+        {"1", "10", "-1", "1", true, true, 27531},
+    };
+    bool first = true;
+    for (const Case &c : checks) {
+        type(IdXAtFirst, QString::fromLatin1(c.x1));
+        type(IdXAtSecond, QString::fromLatin1(c.x2));
+        type(IdYAtFirst, QString::fromLatin1(c.y1));
+        type(IdYAtSecond, QString::fromLatin1(c.y2));
+        control<QCheckBox>(IdXLog)->setChecked(c.xLog);
+        control<QCheckBox>(IdYLog)->setChecked(c.yLog);
+        next();
+        EXPECT_EQ(mode(), ModeValuesAwaited);
+        // The first refusal only marks the values; from then on Next says why.
+        if (first) {
+            EXPECT_TRUE(prompts.messages.isEmpty());
+            next();
+        }
+        EXPECT_EQ(prompts.MessageTexts().value(0), message(c.message)) << c.message;
+        first = false;
+        prompts.messages.clear();
+    }
+    typeValues(g);
+    control<QCheckBox>(IdXLog)->setChecked(false);
+    next();
+    EXPECT_EQ(mode(), ModeTrace);
+    next(); // no point traced
+    EXPECT_EQ(mode(), ModeTrace);
+    EXPECT_EQ(prompts.MessageTexts(), QStringList{message(27533)});
+}
+
+TEST_F(TraceliftTest, StartOverAndNewCaptureAskFirst)
+{
+    const CGraphPicture g = MakeGraphPicture(false, saturation, samples());
+    reach(ModeTrace, g);
+    click(g.vertices[0]);
+    click(g.vertices[1]);
+    const QString points = text(IdPoints);
+    ASSERT_FALSE(points.isEmpty());
+
+    prompts.answers = {PromptAnswer::No};
+    control<QPushButton>(IdStartOver)->click();
+    EXPECT_EQ(mode(), ModeTrace);
+    EXPECT_EQ(text(IdPoints), points);
+    EXPECT_EQ(prompts.MessageTexts(), QStringList{message(27537)});
+
+    prompts.answers = {PromptAnswer::Yes};
+    control<QPushButton>(IdStartOver)->click();
+    EXPECT_EQ(mode(), ModeIdle);
+    EXPECT_TRUE(text(IdPoints).isEmpty());
+    EXPECT_FALSE(canvas()->isVisible());
+    EXPECT_FALSE(canvas()->m_capture.m_calibration.pictureLoaded);
+    EXPECT_FALSE(canvas()->m_capture.m_calibration.HasRectangle());
+    EXPECT_EQ(control<QLabel>(IdHint)->text(), LanguageString(27551));
+    // Below mode 10 Start over does nothing.
+    prompts.messages.clear();
+    control<QPushButton>(IdStartOver)->click();
+    EXPECT_TRUE(prompts.messages.isEmpty());
+
+    // A new capture over traced points asks; Cancel keeps them.
+    reach(ModeTrace, g);
+    click(g.vertices[0]);
+    next();
+    ASSERT_EQ(mode(), ModePlotted);
+    prompts.messages.clear();
+    prompts.answers = {PromptAnswer::Cancel};
+    next();
+    EXPECT_EQ(mode(), ModePlotted);
+    EXPECT_EQ(prompts.MessageTexts(), QStringList{message(27525)});
+    EXPECT_EQ(prompts.messages[0].buttons, PromptButtons::YesNoCancel);
+}
+
+TEST_F(TraceliftTest, SecondCurveOnTheSamePictureIsRefusedAtTheSameTemperature)
+{
+    const CGraphPicture g = MakeGraphPicture(false, saturation, samples());
+    reach(ModeTrace, g);
+    for (QPoint v : g.vertices)
+        click(v);
+    next();
+    ASSERT_EQ(mode(), ModePlotted);
+
+    control<QPushButton>(CTraceliftToolDlg::IdAddCurve)->click();
+    EXPECT_EQ(mode(), ModeCornersSet);
+    EXPECT_TRUE(canvas()->isVisible());
+    EXPECT_TRUE(text(IdPoints).isEmpty());
+    EXPECT_EQ(text(IdXAtSecond), QStringLiteral("10")); // the calibration stays
+    next();
+    ASSERT_EQ(mode(), ModeTrace);
+    for (int i = 0; i < g.vertices.size(); ++i)
+        click(g.vertices[i] + QPoint(0, -20));
+    next();
+    ASSERT_EQ(mode(), ModePlotted);
+
+    prompts.fileNames = {files.filePath(QStringLiteral("two.txt"))};
+    control<QPushButton>(CTraceliftToolDlg::IdOk)->click();
+    ASSERT_EQ(prompts.messages.size(), 1);
+    EXPECT_EQ(prompts.messages[0].text, message(27534, QStringLiteral("25")));
+    EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Stop);
+    EXPECT_TRUE(prompts.filePrompts.isEmpty());
+    EXPECT_FALSE(QFile::exists(files.filePath(QStringLiteral("two.txt"))));
+}
+
+TEST_F(TraceliftTest, LoadShowsTheColumnsOfAFile)
+{
+    const QString path = files.filePath(QStringLiteral("in.txt"));
+    {
+        QFile f(path);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("; measured at 25 degrees\n// second comment\n\nVce Ic Ib\n0.5 1e-3 7\n1 2.5D-3 8\n\t2,4e-3,9\n");
+    }
+    type(IdXName, QStringLiteral("U"));
+    prompts.fileNames = {path};
+    control<QPushButton>(IdLoad)->click();
+    EXPECT_TRUE(prompts.messages.isEmpty());
+    ASSERT_EQ(prompts.filePrompts.size(), 1);
+    EXPECT_FALSE(prompts.filePrompts[0].save);
+    EXPECT_EQ(prompts.filePrompts[0].filter, QStringLiteral("Text Files (*.txt);;All files (*)"));
+
+    EXPECT_EQ(text(IdXAtFirst), QStringLiteral("0.5"));
+    EXPECT_EQ(text(IdXAtSecond), QStringLiteral("2"));
+    EXPECT_EQ(text(IdYAtFirst), QStringLiteral("1e-3"));
+    EXPECT_EQ(text(IdYAtSecond), QStringLiteral("9"));
+    EXPECT_EQ(text(IdPoints), QStringLiteral("(0.5,1e-3,7)(1,2.5D-3,8)(2,4e-3,9)"));
+    EXPECT_EQ(text(IdXName), QStringLiteral("U")); // the field's name wins over the file's
+    EXPECT_EQ(text(IdFileName), path);
+    EXPECT_EQ(mode(), ModeIdle);
+    EXPECT_EQ(canvas()->m_capture.m_points.count, 3);
+    ASSERT_EQ(dialog->PlotFeed().curves.size(), 1);
+    EXPECT_DOUBLE_EQ(dialog->PlotFeed().curves[0].pairs[3], 2.5);
+
+    // Files that cannot be taken leave the fields alone.
+    struct Bad {
+        const char *name;
+        const char *content; // null: no such file
+        int message;          // 0: silently nothing
+    };
+    const Bad bad[] = {
+        {"comments.txt", "; nothing\n// at all\n", 0},
+        {"letters.txt", "1 2\n3 x\n", 0},
+        {"oneword.txt", "Vce\n1\n2\n", 27591},
+        {"missing.txt", nullptr, -1},
+    };
+    for (const Bad &b : bad) {
+        SCOPED_TRACE(b.name);
+        const QString p = files.filePath(QString::fromLatin1(b.name));
+        if (b.content) {
+            QFile f(p);
+            ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+            f.write(b.content);
+        }
+        prompts.messages.clear();
+        prompts.fileNames = {p};
+        control<QPushButton>(IdLoad)->click();
+        EXPECT_EQ(text(IdPoints), QStringLiteral("(0.5,1e-3,7)(1,2.5D-3,8)(2,4e-3,9)"));
+        EXPECT_EQ(text(IdFileName), path);
+        if (b.message == 0) {
+            EXPECT_TRUE(prompts.messages.isEmpty());
+        } else {
+            ASSERT_EQ(prompts.messages.size(), 1);
+            EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Stop);
+            if (b.message > 0)
+                EXPECT_EQ(prompts.messages[0].text, message(b.message, QString::fromLatin1(b.name)));
+            else
+                EXPECT_TRUE(prompts.messages[0].text.contains(QString::fromLatin1(b.name)));
+        }
+    }
+    // A cancelled dialog does nothing.
+    prompts.messages.clear();
+    control<QPushButton>(IdLoad)->click();
+    EXPECT_TRUE(prompts.messages.isEmpty());
+    EXPECT_EQ(text(IdFileName), path);
+}
+
+TEST_F(TraceliftTest, ExchangeOfXAndYAndBack)
+{
+    type(IdXAtFirst, QStringLiteral("1"));
+    type(IdXAtSecond, QStringLiteral("20"));
+    type(IdYAtFirst, QStringLiteral("0.001"));
+    type(IdYAtSecond, QStringLiteral("5e3"));
+    type(IdXName, QStringLiteral("VCE"));
+    type(IdYName, QStringLiteral("IC"));
+    type(IdPoints, QStringLiteral("(1,0.5)(2,1k)"));
+    control<QCheckBox>(IdYLog)->click();
+    control<QComboBox>(IdXUnit)->setCurrentIndex(5); // k
+    control<QComboBox>(IdYUnit)->setCurrentIndex(3); // m
+
+    auto *exchange = control<QCheckBox>(IdExchangeXY);
+    exchange->click();
+    EXPECT_EQ(text(IdPoints), QStringLiteral("(0.5,1)(1000,2)"));
+    EXPECT_EQ(text(IdXAtFirst), QStringLiteral("0.001"));
+    EXPECT_EQ(text(IdXAtSecond), QStringLiteral("5000"));
+    EXPECT_EQ(text(IdYAtFirst), QStringLiteral("1"));
+    EXPECT_EQ(text(IdYAtSecond), QStringLiteral("20"));
+    EXPECT_EQ(text(IdXName), QStringLiteral("IC"));
+    EXPECT_EQ(text(IdYName), QStringLiteral("VCE"));
+    EXPECT_TRUE(control<QCheckBox>(IdXLog)->isChecked());
+    EXPECT_FALSE(control<QCheckBox>(IdYLog)->isChecked());
+    EXPECT_EQ(control<QComboBox>(IdXUnit)->currentText(), QStringLiteral("m"));
+    EXPECT_EQ(control<QComboBox>(IdYUnit)->currentText(), QStringLiteral("k"));
+    // The canvas follows at once.
+    EXPECT_EQ(canvas()->m_capture.m_points.count, 2);
+    EXPECT_DOUBLE_EQ(canvas()->m_capture.m_points.pairs[2], 1000.0);
+    EXPECT_TRUE(canvas()->m_capture.m_calibration.xLog);
+
+    exchange->click();
+    EXPECT_EQ(text(IdPoints), QStringLiteral("(1,0.5)(2,1000)"));
+    EXPECT_EQ(text(IdXAtSecond), QStringLiteral("20"));
+    EXPECT_EQ(text(IdYAtSecond), QStringLiteral("5000"));
+    EXPECT_EQ(text(IdXName), QStringLiteral("VCE"));
+    EXPECT_EQ(control<QComboBox>(IdXUnit)->currentText(), QStringLiteral("k"));
+}
+
+TEST_F(TraceliftTest, TypedCurveIsCheckedAndPlotted)
+{
+    ASSERT_EQ(mode(), ModeTyped);
+    EXPECT_TRUE(action(CTraceliftToolDlg::IdNext)->isEnabled());
+    type(IdXAtFirst, QStringLiteral("2"));
+    type(IdXAtSecond, QStringLiteral("2"));
+    type(IdYAtFirst, QStringLiteral("0"));
+    type(IdYAtSecond, QStringLiteral("10"));
+    type(IdPoints, QStringLiteral("(0,1)(1,4)(2,9)"));
+    control<QPushButton>(CTraceliftToolDlg::IdOk)->click(); // OK in mode 1 applies the typed curve
+    EXPECT_EQ(prompts.MessageTexts(), QStringList{message(27540)});
+    EXPECT_EQ(mode(), ModeTyped);
+
+    type(IdXAtFirst, QStringLiteral("0"));
+    control<QPushButton>(CTraceliftToolDlg::IdApplyTyped)->click();
+    EXPECT_EQ(mode(), ModePlotted);
+    EXPECT_EQ(prompts.messages.size(), 1);
+    ASSERT_EQ(dialog->PlotFeed().curves.size(), 1);
+    EXPECT_EQ(dialog->PlotFeed().curves[0].count, 3);
+    EXPECT_DOUBLE_EQ(dialog->PlotFeed().curves[0].pairs[5], 9.0);
+    EXPECT_EQ(text(IdPoints), QStringLiteral("(0,1)(1,4)(2,9)"));
+    EXPECT_EQ(control<QLabel>(IdHint)->text(), LanguageString(27552));
+
+    // Replot fits the plot to the points.
+    control<QPushButton>(CTraceliftToolDlg::IdReplot)->click();
+    EXPECT_DOUBLE_EQ(dialog->PlotFeed().xHigh, 2.0);
+    EXPECT_DOUBLE_EQ(dialog->PlotFeed().yLow, 1.0);
+
+    // Saving: a cancelled dialog writes nothing, an unwritable place is reported.
+    control<QPushButton>(CTraceliftToolDlg::IdOk)->click();
+    EXPECT_EQ(prompts.filePrompts.size(), 1);
+    EXPECT_TRUE(prompts.filePrompts[0].save);
+    EXPECT_EQ(prompts.filePrompts[0].defaultSuffix, QStringLiteral("txt"));
+    EXPECT_TRUE(text(IdFileName).isEmpty());
+    prompts.fileNames = {files.filePath(QStringLiteral("no/such/folder/x.txt"))};
+    control<QPushButton>(CTraceliftToolDlg::IdOk)->click();
+    ASSERT_EQ(prompts.messages.size(), 2);
+    EXPECT_EQ(prompts.messages[1].icon, PromptIcon::Stop);
+    EXPECT_TRUE(prompts.messages[1].text.contains(QStringLiteral("x.txt")));
+    EXPECT_TRUE(text(IdFileName).isEmpty());
+}
+
+TEST_F(TraceliftTest, DirtyFieldsApplyOnTheNextMouseMove)
+{
+    const CGraphPicture g = MakeGraphPicture(false, saturation, samples());
+    reach(ModeTrace, g);
+    click(g.vertices[3]);
+    ASSERT_EQ(canvas()->m_capture.m_points.count, 1);
+    type(IdPoints, QStringLiteral("(1,2)(3,4)"));
+    EXPECT_TRUE(dialog->FieldsDirty());
+    EXPECT_EQ(canvas()->m_capture.m_points.count, 1); // not applied while typing
+    QTest::mouseMove(canvas(), g.lowerLeft);
+    EXPECT_FALSE(dialog->FieldsDirty());
+    EXPECT_EQ(canvas()->m_capture.m_points.count, 2);
+    EXPECT_EQ(text(IdReadout), QStringLiteral("(0,0)"));
+}
+
+TEST_F(TraceliftTest, PicturesFromFilesAndCtrlV)
+{
+    const CGraphPicture g = MakeGraphPicture(false, saturation, samples());
+    const QString picture = files.filePath(QStringLiteral("graph.png"));
+    ASSERT_TRUE(g.image.save(picture));
+    const QString notPicture = files.filePath(QStringLiteral("notes.png"));
+    {
+        QFile f(notPicture);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("no picture here");
+    }
+    dialog->OfferPictureFile(picture); // only while waiting for a picture
+    EXPECT_EQ(mode(), ModeTyped);
+    next();
+    dialog->OfferPictureFile(notPicture);
+    EXPECT_EQ(mode(), ModeWaitPicture);
+    EXPECT_EQ(prompts.MessageTexts(), QStringList{message(27590, QStringLiteral("notes.png"))});
+    dialog->OfferPictureFile(picture);
+    EXPECT_EQ(mode(), ModePicturePlaced);
+    EXPECT_EQ(canvas()->Bitmap().pixel(g.vertices[4]), g.image.pixel(g.vertices[4]));
+    EXPECT_TRUE(action(CTraceliftToolDlg::IdBack)->isEnabled());
+
+    // Ctrl+V: from a finished curve, a new capture and the paste at once.
+    dialog = std::make_unique<CTraceliftToolDlg>();
+    dialog->show();
+    dialog->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(dialog.get()));
+    QGuiApplication::clipboard()->setImage(g.image);
+    control<QPushButton>(CTraceliftToolDlg::IdReplot)->setFocus();
+    QTest::keyClick(dialog.get(), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(mode(), ModePicturePlaced);
+    // Escape does not close the dialog; Close does, without a question.
+    QTest::keyClick(dialog.get(), Qt::Key_Escape);
+    EXPECT_TRUE(dialog->isVisible());
+    prompts.messages.clear();
+    control<QPushButton>(CTraceliftToolDlg::IdCancel)->click();
+    EXPECT_FALSE(dialog->isVisible());
+    EXPECT_EQ(dialog->result(), QDialog::Rejected);
+    EXPECT_TRUE(prompts.messages.isEmpty());
+}
+
+TEST_F(TraceliftTest, EveryControlHasItsIdAndATooltip)
+{
+    const int ids[] = {CTraceliftToolDlg::IdOk, CTraceliftToolDlg::IdCancel, IdXAtFirst, IdXAtSecond,
+                       IdYAtSecond, IdYAtFirst, IdXLog, IdYLog, IdPoints, IdReadout,
+                       CTraceliftWnd::IdCanvas, CTraceliftToolDlg::IdAddCurve, IdXUnit, IdXName,
+                       IdYName, IdFileName, IdStartOver, IdLoad, IdYUnit,
+                       CTraceliftToolDlg::IdApplyTyped, CTraceliftToolDlg::IdReplot, IdExchangeXY,
+                       CTraceliftToolDlg::IdPlot};
+    for (int id : ids) {
+        QWidget *w = control(id);
+        ASSERT_NE(w, nullptr);
+        EXPECT_FALSE(w->toolTip().isEmpty()) << id;
+    }
+    for (int id : {int(CTraceliftToolDlg::IdNext), int(CTraceliftToolDlg::IdBack)})
+        EXPECT_FALSE(action(id)->toolTip().isEmpty()) << id;
+    EXPECT_NE(control(IdHint), nullptr);
+    EXPECT_NE(control(CTraceliftToolDlg::IdToolBar), nullptr);
+    EXPECT_FALSE(control(CTraceliftToolDlg::IdAddCurve)->isVisible());
+    EXPECT_NE(dialog->findChild<QAction *>(QString::number(CTraceliftToolDlg::IdPaste)), nullptr);
+    // The window may be made smaller, down to half its first size.
+    EXPECT_EQ(dialog->minimumSize(), QSize(550, 380));
+}
+
+TEST(TraceliftApp, StartStopsWithoutTheEnglishTexts)
+{
+    QTemporaryDir empty;
+    qputenv("TARN_LANG_DIR", empty.path().toUtf8());
+    UnloadLanguageModule();
+    CScriptedPrompts prompts;
+    CTraceliftToolApp app;
+    EXPECT_FALSE(app.InitInstance());
+    EXPECT_EQ(app.m_exitCode, 1);
+    ASSERT_EQ(prompts.messages.size(), 1);
+    EXPECT_EQ(prompts.messages[0].text, QStringLiteral("Missing file en.lang. Please re-install TARN."));
+    EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Stop);
+
+    // With the texts the dialog runs modally until it is closed.
+    qputenv("TARN_LANG_DIR", TARN_SOURCE_DIR "/lang");
+    UnloadLanguageModule();
+    bool sawDialog = false;
+    QTimer::singleShot(0, [&] {
+        auto *dlg = qobject_cast<CTraceliftToolDlg *>(QApplication::activeModalWidget());
+        sawDialog = dlg != nullptr;
+        if (dlg)
+            dlg->reject();
+    });
+    EXPECT_FALSE(app.InitInstance());
+    EXPECT_TRUE(sawDialog);
+    EXPECT_EQ(app.m_exitCode, 0);
+    EXPECT_EQ(QCoreApplication::organizationName(), QStringLiteral("HELIOMAR"));
+    EXPECT_EQ(QCoreApplication::applicationName(), QStringLiteral("Tracelift"));
+    qunsetenv("TARN_LANG_DIR");
+    UnloadLanguageModule();
+}
