@@ -177,6 +177,15 @@ void CTraceliftWnd::Paint(QPainter &painter, const QSize &size) const
         drawFrame(painter, frame);
     }
 
+    // While the second corner is awaited, a small cross shows where the first
+    // one was placed.
+    if (mode == ModeCorner2 || mode == ModeTypedCorner2) {
+        painter.setPen(QPen(colourOf(CurveColour), 2));
+        const QPoint corner(c.firstCornerX, c.firstCornerY);
+        painter.drawLine(corner - QPoint(9, 0), corner + QPoint(9, 0));
+        painter.drawLine(corner - QPoint(0, 9), corner + QPoint(0, 9));
+    }
+
     if (c.HasRectangle() && cornersFrameMode(mode) && c.xAtFirst != c.xAtSecond
         && c.yAtFirst != c.yAtSecond) {
         paintGrid(painter, frame, pictureShown);
