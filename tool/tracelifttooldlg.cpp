@@ -136,8 +136,8 @@ CTraceliftToolDlg::~CTraceliftToolDlg() = default;
 void CTraceliftToolDlg::buildControls()
 {
     // Top: Back and Next, the hint line, and the (hidden) Add curve button.
-    m_toolBar = named(new QToolBar(this), IdToolBar);
-    m_toolBar->setToolTip(QString());
+    m_toolBar = new QToolBar(this);
+    m_toolBar->setObjectName(QString::number(IdToolBar));
     m_toolBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_toolBar->setIconSize(QSize(20, 20));
     m_backAction = m_toolBar->addAction(style()->standardIcon(QStyle::SP_ArrowBack), LanguageString(TextBack));
@@ -175,9 +175,10 @@ void CTraceliftToolDlg::buildControls()
     m_pane->setMinimumSize(200, 150);
     m_pane->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     m_canvas = new CTraceliftWnd(m_pane);
-    m_canvas->setToolTip(LanguageString(CTraceliftWnd::IdCanvas));
     m_canvas->hide();
-    m_plot = named(new CPlotPlaceholder(m_pane), IdPlot);
+    // No tooltips over the panes: they would cover the spot being aimed at.
+    m_plot = new CPlotPlaceholder(m_pane);
+    m_plot->setObjectName(QString::number(IdPlot));
 
     // Y axis, left of the pane: the second corner's value at the top, the
     // first corner's at the bottom, as the corners lie on the picture.
