@@ -8,5 +8,5 @@ tarn_build "$TARN_ROOT/build" -DCMAKE_BUILD_TYPE=Release
 if [ -x "$TARN_ROOT/build/bin/tracelift" ]; then
   exec "$TARN_ROOT/build/bin/tracelift" "$@"
 fi
-echo "The digitiser tracelift is not built yet: this version holds its libraries and tests only."
-exit 0
+echo "The build did not produce build/bin/tracelift; see the build output above." >&2
+exit 1

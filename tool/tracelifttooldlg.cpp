@@ -2,7 +2,6 @@
 
 #include "support/controls/exeditctrl.h"
 #include "support/languagestring.h"
-#include "tool/capture/numbertext.h"
 #include "tool/plotplaceholder.h"
 #include "tool/traceliftwnd.h"
 
