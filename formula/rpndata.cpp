@@ -37,8 +37,10 @@ CRpnData *allocItems(int capacity)
     return static_cast<CRpnData *>(::operator new(sizeof(CRpnData) * std::size_t(std::max(capacity, 1))));
 }
 
+} // namespace
+
 // Truncation toward zero after the bias of one hundredth toward the sign.
-int biasedInt(double x)
+int RpnBiasedInt(double x)
 {
     if (std::isnan(x))
         return 0;
@@ -48,6 +50,13 @@ int biasedInt(double x)
     if (b <= -2147483648.0)
         return std::numeric_limits<int>::min();
     return int(b);
+}
+
+namespace {
+
+int biasedInt(double x)
+{
+    return RpnBiasedInt(x);
 }
 
 // A plain decimal integer at the start of the text, as atoi reads it.
@@ -128,10 +137,6 @@ void CRpnData::SetInt(int value)
     reset(RPN_INT)->m_int = value;
 }
 
-void CRpnData::SetDouble(double value)
-{
-    reset(RPN_REAL)->m_real = value;
-}
 
 void CRpnData::SetComplex(std::complex<double> value)
 {

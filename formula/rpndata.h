@@ -137,6 +137,11 @@ inline int FreeCount()
 }
 } // namespace RpnPool
 
+// A double as an integer the language's way: 0.01 toward the sign, then
+// truncated; out of the 32-bit range saturates, NaN gives 0.  This is the
+// rounding of every index and integer argument.
+int RpnBiasedInt(double x);
+
 // Result of CRpnData::Equals when the operator node has to compare element by element.
 inline constexpr int RPN_NOT_DECIDED = -1;
 
@@ -211,7 +216,20 @@ public:
     // --- setters: each detaches from the old payload ---------------------------
     void SetNull();
     void SetInt(int value);
-    void SetDouble(double value);
+    void SetDouble(double value)
+    {
+        // An unshared number is overwritten where it lies: nobody else can
+        // see the change, and a getter that fills the same handle row after
+        // row then takes no payload per row.
+        CRpnPayload *p = m_p;
+        if (p->m_refs == 1 && p->m_kind <= RPN_INT) {
+            p->m_kind = RPN_REAL;
+            p->m_flags = 0;
+            p->m_real = value;
+            return;
+        }
+        reset(RPN_REAL)->m_real = value;
+    }
     void SetComplex(std::complex<double> value);
     void SetComplex(double re, double im) { SetComplex({re, im}); }
     void SetText(const QString &text);

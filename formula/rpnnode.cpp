@@ -1,6 +1,43 @@
+// The node base: defaults of the virtual operations, error reporting, and the
+// walks over whole trees (kept iterative, so that deep trees are safe).
+
 #include "formula/rpnnode.h"
 
+#include "formula/rpnbuffer.h"
+#include "formula/rpndictionary.h"
+#include "formula/rpnfunctioncall.h"
+#include "formula/rpnkeywords.h"
+#include "formula/rpnstatements.h"
+#include "formula/rpntree.h"
+
+#include <utility>
+#include <vector>
+
+namespace {
+constexpr int kMsgNotForComplex = 43217;
+}
+
 CRpnNode::~CRpnNode() = default;
+
+int CRpnNode::IndexOfChild(const CRpnNode *node) const
+{
+    const int n = GetOperandCount();
+    for (int i = 0; i < n; ++i) {
+        if (GetOperand(i) == node)
+            return i;
+    }
+    return -1;
+}
+
+CRpnNode *CRpnNode::TakeOperand(int i)
+{
+    CRpnNode *node = GetOperand(i);
+    if (node) {
+        SetOperand(i, nullptr);
+        node->m_parent = nullptr;
+    }
+    return node;
+}
 
 CRpnNode *CRpnNode::Clone(CEquationTree *tree, int position, int row, int col) const
 {
@@ -12,4 +49,248 @@ CRpnNode *CRpnNode::Clone(CEquationTree *tree, int position, int row, int col) c
     node->m_flags = m_flags;
     node->m_flags2 = m_flags2;
     return node;
+}
+
+void CRpnNode::Apply(CRpnData &result, const CRpnData &a, const CRpnData &, unsigned char &)
+{
+    result = a;
+}
+
+double CRpnNode::ApplyReal(double a, double, unsigned char &)
+{
+    return a;
+}
+
+void CRpnNode::ApplyComplex(CRpnData &result, const CRpnData &a, const CRpnData &, unsigned char &status)
+{
+    ReportError(status, kMsgNotForComplex, {GetName()});
+    result = a;
+}
+
+void CRpnNode::Evaluate(CRpnData &result, unsigned char &)
+{
+    result.SetNull();
+}
+
+double CRpnNode::EvaluateReal(unsigned char &status)
+{
+    if (m_fastPath && !IsStopping()) {
+        double x;
+        if (EvaluateFast(x))
+            return x;
+    }
+    CRpnData value;
+    Evaluate(value, status);
+    return value.GetDouble();
+}
+
+int CRpnNode::CollectDefaults(CMapStringToRpnData &dictionary)
+{
+    int added = 0;
+    const int n = GetOperandPlaces(this);
+    for (int i = 0; i < n; ++i) {
+        if (CRpnNode *child = GetOperand(i))
+            added += child->CollectDefaults(dictionary);
+    }
+    return added;
+}
+
+void CRpnNode::SerializeNode(CRpnBuffer &buffer)
+{
+    std::int32_t kind = GetKind();
+    buffer.Transfer(kind);
+    buffer.Transfer(m_position);
+    buffer.Transfer(m_row);
+    buffer.Transfer(m_col);
+    buffer.Transfer(m_flags);
+    buffer.Transfer(m_flags2);
+}
+
+CNodeConstant *CRpnNode::AsConstant()
+{
+    return Has(RPN_TRAIT_VALUE) ? dynamic_cast<CNodeConstant *>(this) : nullptr;
+}
+
+CNodeVariable *CRpnNode::AsVariable()
+{
+    return Has(RPN_TRAIT_VARIABLE) ? dynamic_cast<CNodeVariable *>(this) : nullptr;
+}
+
+CRpnNodeList *CRpnNode::AsList()
+{
+    return Has(RPN_TRAIT_LIST) ? dynamic_cast<CRpnNodeList *>(this) : nullptr;
+}
+
+CNodeMultiOperand *CRpnNode::AsMultiOperand()
+{
+    return Has(RPN_TRAIT_MULTI_OPERAND) ? dynamic_cast<CNodeMultiOperand *>(this) : nullptr;
+}
+
+CNodeSingleOperand *CRpnNode::AsSingleOperand()
+{
+    return dynamic_cast<CNodeSingleOperand *>(this);
+}
+
+CNodeDoubleOperand *CRpnNode::AsDoubleOperand()
+{
+    return dynamic_cast<CNodeDoubleOperand *>(this);
+}
+
+CNode_IF *CRpnNode::AsIF()
+{
+    return Has(RPN_TRAIT_IF_LIKE) ? dynamic_cast<CNode_IF *>(this) : nullptr;
+}
+
+CNode_Function *CRpnNode::AsFunctionCall()
+{
+    return Has(RPN_TRAIT_FUNCTION_CALL) ? dynamic_cast<CNode_Function *>(this) : nullptr;
+}
+
+bool CRpnNode::IsStopping() const
+{
+    return m_tree && m_tree->IsStopping();
+}
+
+void CRpnNode::ReportError(unsigned char &status, int id, std::initializer_list<CRpnFormatArg> args)
+{
+    if (m_tree)
+        m_tree->ReportError(status, id, args, GetName(), m_row, m_col);
+    else
+        status = 0;
+}
+
+void CRpnNode::ReportText(unsigned char &status, const QString &message)
+{
+    ReportRpnError(m_tree, status, message, GetName(), m_row, m_col);
+}
+
+QString CRpnNode::SourceExcerpt() const
+{
+    return m_tree ? FormatPosition(m_tree->GetSource(), m_position) : QString();
+}
+
+// --- walks -------------------------------------------------------------------------
+
+int GetOperandPlaces(const CRpnNode *node)
+{
+    if (node->IsWhile())
+        return 2;
+    if (node->IsIFLike())
+        return 3;
+    return node->GetOperandCount();
+}
+
+int WalkTree(CRpnNode *root, const CRpnNodeVisitor &visitor)
+{
+    std::vector<CRpnNode *> stack;
+    if (root)
+        stack.push_back(root);
+    while (!stack.empty()) {
+        CRpnNode *node = stack.back();
+        stack.pop_back();
+        if (const int r = visitor(node))
+            return r;
+        // Children go on the stack last first, so that they are visited in order.
+        for (int i = GetOperandPlaces(node) - 1; i >= 0; --i) {
+            if (CRpnNode *child = node->GetOperand(i))
+                stack.push_back(child);
+        }
+    }
+    return 0;
+}
+
+namespace {
+
+// The nodes of a subtree with every child after its parent.
+std::vector<CRpnNode *> preOrder(CRpnNode *root)
+{
+    std::vector<CRpnNode *> out;
+    WalkTree(root, [&out](CRpnNode *node) {
+        out.push_back(node);
+        return 0;
+    });
+    return out;
+}
+
+} // namespace
+
+void ResetRunTree(CRpnNode *root)
+{
+    const std::vector<CRpnNode *> nodes = preOrder(root);
+    for (auto it = nodes.rbegin(); it != nodes.rend(); ++it)
+        (*it)->ResetRun();
+}
+
+void PrepareFastPath(CRpnNode *root)
+{
+    // Bottom-up: a node may take the fast path when its class has one and all
+    // its operands may.  A list may when it has exactly one child that may.
+    const std::vector<CRpnNode *> nodes = preOrder(root);
+    for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
+        CRpnNode *node = *it;
+        node->m_realPath = std::int8_t(node->GetRealPath());
+        bool fast;
+        if (node->IsList() && !node->IsMultiOperand()) {
+            fast = node->GetOperandCount() == 1 && node->GetOperand(0) && node->GetOperand(0)->m_fastPath;
+        } else if (node->IsValue()) {
+            double x;
+            // Constants decide now; variables at each read.
+            fast = node->IsVariable() || node->EvaluateFast(x);
+        } else if (node->GetRealPath() != RPN_REAL_PATH_NONE) {
+            fast = true;
+            const int n = node->GetOperandCount();
+            for (int i = 0; i < n && fast; ++i) {
+                const CRpnNode *child = node->GetOperand(i);
+                fast = child && child->m_fastPath;
+            }
+        } else {
+            fast = false;
+        }
+        node->m_fastPath = fast;
+    }
+}
+
+CRpnNode *CloneSubtree(const CRpnNode *node, CEquationTree *tree)
+{
+    if (!node)
+        return nullptr;
+    CRpnNode *copy = node->Clone(tree, node->m_position, node->m_row, node->m_col);
+    std::vector<std::pair<const CRpnNode *, CRpnNode *>> stack{{node, copy}};
+    while (!stack.empty()) {
+        auto [from, to] = stack.back();
+        stack.pop_back();
+        const int n = GetOperandPlaces(from);
+        for (int i = 0; i < n; ++i) {
+            const CRpnNode *child = from->GetOperand(i);
+            CRpnNode *childCopy = child ? child->Clone(tree, child->m_position, child->m_row, child->m_col) : nullptr;
+            to->SetOperand(i, childCopy);
+            if (childCopy)
+                stack.emplace_back(child, childCopy);
+        }
+    }
+    copy->m_fastPath = false;
+    return copy;
+}
+
+void DeleteSubtree(CRpnNode *node)
+{
+    std::vector<CRpnNode *> stack;
+    if (node)
+        stack.push_back(node);
+    while (!stack.empty()) {
+        CRpnNode *n = stack.back();
+        stack.pop_back();
+        const int places = GetOperandPlaces(n);
+        for (int i = 0; i < places; ++i) {
+            if (CRpnNode *child = n->TakeOperand(i))
+                stack.push_back(child);
+        }
+        delete n;
+    }
+}
+
+CRpnNode *CreateNodeOfKind(int kind, CEquationTree *tree, int position, int row, int col)
+{
+    const CRpnNode *prototype = GetPrototypes().GetAt(kind);
+    return prototype ? prototype->Clone(tree, position, row, col) : nullptr;
 }

@@ -1,0 +1,435 @@
+// The parser's later passes: block building, the shunting yard into postfix
+// order, folding into trees, and the structure check.
+
+#include "formula/rpnparser.h"
+
+#include "formula/rpnexception.h"
+#include "formula/rpnstatements.h"
+#include "formula/rpntree.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kMsgCloseWithoutOpen = 43027;
+constexpr int kMsgSyntaxError = 43028;
+constexpr int kMsgNotClosed = 43029;
+constexpr int kMsgStrayParenthesis = 43030;
+constexpr int kMsgMissingOperand = 43031;
+constexpr int kMsgUsedBeforeAssigned = 43166;
+constexpr int kMsgNotAVariable = 43167;
+constexpr int kMsgBracketMismatch = 43170;
+constexpr int kMsgDirectiveMismatch = 43192;
+constexpr int kMsgMisplacedIf = 43198;
+
+bool isSquare(const CRpnNode *n)
+{
+    return n->IsParenthesis() && static_cast<const CNodeParenthese *>(n)->IsSquare();
+}
+
+bool isRound(const CRpnNode *n)
+{
+    return n->IsParenthesis() && !static_cast<const CNodeParenthese *>(n)->IsSquare();
+}
+
+// What the shunting yard passes straight to the output.
+bool isOperand(const CRpnNode *n)
+{
+    return n->IsValue() || n->IsText() || n->IsList() || n->IsComment() || n->IsArrayIndex();
+}
+
+bool isComparison(const CRpnNode *n)
+{
+    const int k = n->GetKind();
+    return k >= RPN_NODE_EQUAL && k <= RPN_NODE_LESS_EQUAL;
+}
+
+// IF takes an else-part; WHILE and the other statements of its family take a
+// condition and a body only.
+bool takesElse(const CRpnNode *n)
+{
+    return n->IsIFLike() && !n->IsWhile() && !n->IsCatch();
+}
+
+// Everything still held by the working arrays goes back to the list, which
+// frees it with itself.
+void giveBack(CRpnNodeList *list, std::vector<CRpnNode *> &a, std::vector<CRpnNode *> &b,
+              const std::vector<CRpnNode *> &rest, std::size_t from)
+{
+    list->m_children.clear();
+    for (CRpnNode *n : a)
+        list->m_children.push_back(n);
+    for (CRpnNode *n : b)
+        list->m_children.push_back(n);
+    for (std::size_t i = from; i < rest.size(); ++i)
+        list->m_children.push_back(rest[i]);
+    a.clear();
+    b.clear();
+}
+
+} // namespace
+
+// --- pass 4: block building ---------------------------------------------------------------------
+
+CRpnNodeList *CRpnParser::buildBlocks()
+{
+    auto *root = make<CRpnNodeList>(0, 1, 0);
+    struct Open
+    {
+        CRpnNodeList *list;
+        bool square; // opened by "[" rather than "{"
+    };
+    std::vector<Open> stack{{root, false}};
+    // Reports at `at`, frees what was built and `at` itself (not yet placed).
+    auto failHere = [&](CRpnNode *at, int id, std::initializer_list<CRpnFormatArg> args) -> CRpnNodeList * {
+        fail(at, id, args);
+        delete at;
+        DeleteSubtree(root);
+        return nullptr;
+    };
+
+    for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+        CRpnNode *node = m_nodes[i];
+        m_nodes[i] = nullptr; // from here on the tree being built, or this loop, owns it
+        CRpnNodeList *current = stack.back().list;
+        CRpnNode *last = current->m_children.empty() ? nullptr : current->m_children.back();
+
+        if (node->IsBraceOpen()) {
+            CRpnNodeList *list;
+            if (last && last->IsMultiOperand() && last->GetOperandCount() == 0) {
+                list = last->AsList(); // the function's own argument list
+            } else {
+                list = make<CRpnNodeList>(node->m_position, node->m_row, node->m_col);
+                current->Append(list);
+            }
+            stack.push_back({list, false});
+            delete node;
+            continue;
+        }
+        if (isSquare(node) && node->IsParenthesisOpen()) {
+            if (!last || !(last->IsVariable() || last->IsArrayIndex()))
+                return failHere(node, kMsgBracketMismatch, {});
+            current->m_children.pop_back();
+            auto *index = make<CNodeArrayIndex>(node->m_position, node->m_row, node->m_col);
+            auto *list = make<CRpnNodeList>(node->m_position, node->m_row, node->m_col);
+            index->SetOperand(0, last);
+            index->SetOperand(1, list);
+            current->Append(index);
+            stack.push_back({list, true});
+            delete node;
+            continue;
+        }
+        if (node->IsBraceClose() || (isSquare(node) && node->IsParenthesisClose())) {
+            const bool square = isSquare(node);
+            if (stack.size() == 1 || stack.back().square != square) {
+                if (node->IsMacro())
+                    return failHere(node, kMsgDirectiveMismatch, {node->GetName()});
+                return failHere(node, kMsgBracketMismatch, {});
+            }
+            if (square && stack.back().list->m_children.empty()) {
+                // a[] only on the left of an assignment.
+                const CRpnNode *next = i + 1 < m_nodes.size() ? m_nodes[i + 1] : nullptr;
+                if (!next || !next->IsAssignmentLike())
+                    return failHere(node, kMsgBracketMismatch, {});
+                stack.back().list->Append(make<CNodeNULL>(node->m_position, node->m_row, node->m_col));
+            }
+            stack.pop_back();
+            delete node;
+            continue;
+        }
+        current->Append(node);
+    }
+    if (stack.size() > 1) {
+        const CRpnNodeList *open = stack.back().list;
+        const CRpnNode *at = open->m_children.empty() ? static_cast<const CRpnNode *>(open) : open->m_children.back();
+        fail(at, kMsgBracketMismatch, {});
+        DeleteSubtree(root);
+        return nullptr;
+    }
+    m_nodes.clear();
+    return root;
+}
+
+// --- passes 5 and 6: ordering and folding, inner lists first ---------------------------------------
+
+bool CRpnParser::processNode(CRpnNode *node)
+{
+    if (!node)
+        return true;
+    if (CRpnNodeList *list = node->AsList())
+        return processList(list);
+    if (node->IsArrayIndex()) {
+        // The index lists of a chain a[i][j], each a list of its own.
+        for (CRpnNode *n = node; n && n->IsArrayIndex(); n = n->GetOperand(0)) {
+            CRpnNode *right = n->GetOperand(1);
+            if (right && right->AsList() && !processList(right->AsList()))
+                return false;
+        }
+    }
+    return true;
+}
+
+bool CRpnParser::processList(CRpnNodeList *list)
+{
+    for (CRpnNode *child : list->m_children) {
+        if (!processNode(child))
+            return false;
+    }
+    return order(list) && fold(list);
+}
+
+bool CRpnParser::order(CRpnNodeList *list)
+{
+    std::vector<CRpnNode *> in = std::move(list->m_children);
+    list->m_children.clear();
+    std::vector<CRpnNode *> output, stack;
+
+    auto failHere = [&](CRpnNode *at, std::size_t restFrom, int id) {
+        fail(at, id, {});
+        giveBack(list, output, stack, in, restFrom);
+        return false;
+    };
+    // Moves the operators to the output, up to an open parenthesis if asked.
+    auto flush = [&]() {
+        while (!stack.empty()) {
+            if (stack.back()->IsParenthesisOpen())
+                return false;
+            output.push_back(stack.back());
+            stack.pop_back();
+        }
+        return true;
+    };
+
+    for (std::size_t k = 0; k < in.size(); ++k) {
+        CRpnNode *node = in[k];
+        if (isOperand(node)) {
+            output.push_back(node);
+        } else if (node->IsEnd()) {
+            if (!flush())
+                return failHere(stack.back(), k, kMsgNotClosed);
+            delete node;
+        } else if (node->IsBrace()) {
+            if (!flush())
+                return failHere(stack.back(), k, kMsgNotClosed);
+            output.push_back(node);
+        } else if (node->IsELSELike()) {
+            if (!flush())
+                return failHere(stack.back(), k, kMsgNotClosed);
+            const CRpnNode *last = output.empty() ? nullptr : output.back();
+            if (!last || last->IsIFLike() || last->IsELSELike())
+                return failHere(node, k, kMsgSyntaxError);
+            output.push_back(node);
+        } else if (isRound(node) && node->IsParenthesisOpen()) {
+            stack.push_back(node);
+        } else if (isRound(node)) {
+            while (!stack.empty() && !stack.back()->IsParenthesisOpen()) {
+                output.push_back(stack.back());
+                stack.pop_back();
+            }
+            if (stack.empty())
+                return failHere(node, k, kMsgCloseWithoutOpen);
+            delete stack.back();
+            stack.pop_back();
+            delete node;
+            in[k] = nullptr;
+            // IF (condition): the statement goes out right behind its condition.
+            const CRpnNode *following = k + 1 < in.size() ? in[k + 1] : nullptr;
+            if (!stack.empty() && stack.back()->IsIFLike() && !(following && isComparison(following))) {
+                output.push_back(stack.back());
+                stack.pop_back();
+            }
+        } else {
+            const int precedence = node->GetPrecedence();
+            while (!stack.empty() && !stack.back()->IsParenthesisOpen()
+                   && precedence <= stack.back()->GetPrecedence()) {
+                output.push_back(stack.back());
+                stack.pop_back();
+            }
+            stack.push_back(node);
+        }
+    }
+    while (!stack.empty()) {
+        if (stack.back()->IsParenthesisOpen()) {
+            fail(stack.back(), kMsgNotClosed, {});
+            giveBack(list, output, stack, in, in.size());
+            return false;
+        }
+        output.push_back(stack.back());
+        stack.pop_back();
+    }
+    // The commas have done their work: the output holds one value after the other.
+    for (CRpnNode *&n : output) {
+        if (n->IsComma()) {
+            delete n;
+            n = nullptr;
+        }
+    }
+    output.erase(std::remove(output.begin(), output.end(), nullptr), output.end());
+    list->m_children = std::move(output);
+    return true;
+}
+
+bool CRpnParser::fold(CRpnNodeList *list)
+{
+    struct Entry
+    {
+        CRpnNode *node;
+        bool pending; // an IF still collecting its parts
+    };
+    std::vector<CRpnNode *> in = std::move(list->m_children);
+    list->m_children.clear();
+    std::vector<Entry> stack;
+
+    auto failHere = [&](const CRpnNode *at, std::size_t restFrom, int id) {
+        fail(at, id, {});
+        std::vector<CRpnNode *> held;
+        for (const Entry &e : stack)
+            held.push_back(e.node);
+        std::vector<CRpnNode *> none;
+        giveBack(list, held, none, in, restFrom);
+        return false;
+    };
+    auto topPending = [&]() {
+        for (int p = int(stack.size()) - 1; p >= 0; --p) {
+            if (stack[std::size_t(p)].pending)
+                return p;
+        }
+        return -1;
+    };
+    // The pending statement at p takes the first entry above it as its next
+    // part; entries after that stay as statements of their own.
+    auto takePart = [&](int p) {
+        auto *statement = static_cast<CNode_IF *>(stack[std::size_t(p)].node);
+        CRpnNode *part = stack[std::size_t(p) + 1].node;
+        stack.erase(stack.begin() + p + 1);
+        if (statement->m_state == 0) {
+            statement->SetOperand(1, part);
+            statement->m_state = 1;
+        } else {
+            statement->SetOperand(2, part);
+            statement->m_state = 4;
+        }
+    };
+
+    for (std::size_t k = 0; k < in.size(); ++k) {
+        CRpnNode *node = in[k];
+        if (isOperand(node)) {
+            stack.push_back({node, false});
+            continue;
+        }
+        if (node->IsELSELike()) {
+            // The nearest IF waiting for its then-part takes it and the else.
+            for (;;) {
+                const int p = topPending();
+                if (p < 0)
+                    return failHere(node, k, kMsgSyntaxError);
+                CRpnNode *statement = stack[std::size_t(p)].node;
+                const int above = int(stack.size()) - p - 1;
+                if (above == 0)
+                    return failHere(node, k, kMsgMissingOperand);
+                if (!takesElse(statement)) {
+                    takePart(p);
+                    stack[std::size_t(p)].pending = false;
+                    continue;
+                }
+                if (static_cast<CNode_IF *>(statement)->m_state != 0 || above != 1)
+                    return failHere(node, k, kMsgSyntaxError);
+                takePart(p);
+                static_cast<CNode_IF *>(statement)->m_state = 2;
+                break;
+            }
+            delete node;
+            in[k] = nullptr;
+            continue;
+        }
+        if (node->IsIFLike()) {
+            if (stack.empty() || stack.back().pending)
+                return failHere(node, k, kMsgMissingOperand);
+            node->SetOperand(0, stack.back().node);
+            stack.pop_back();
+            static_cast<CNode_IF *>(node)->m_state = 0;
+            stack.push_back({node, true});
+            continue;
+        }
+        if (node->IsParenthesis())
+            return failHere(node, k, kMsgStrayParenthesis);
+        if (node->IsBrace() || node->IsEnd() || node->IsComma())
+            return failHere(node, k, kMsgSyntaxError);
+
+        const int count = node->GetOperandCount();
+        if (int(stack.size()) < count)
+            return failHere(node, k, kMsgMissingOperand);
+        for (int i = 0; i < count; ++i) {
+            if (stack[stack.size() - std::size_t(count) + std::size_t(i)].pending)
+                return failHere(node, k, kMsgMisplacedIf);
+        }
+        if (node->IsAssignmentLike() && count >= 1) {
+            const CRpnNode *target = stack[stack.size() - std::size_t(count)].node;
+            if (!(target->IsVariable() || target->IsArrayIndex() || target->IsText()))
+                return failHere(node, k, kMsgSyntaxError);
+        }
+        for (int i = 0; i < count; ++i)
+            node->SetOperand(i, stack[stack.size() - std::size_t(count) + std::size_t(i)].node);
+        stack.resize(stack.size() - std::size_t(count));
+        stack.push_back({node, false});
+    }
+
+    // Statements still waiting take their last part now.
+    for (int p = topPending(); p >= 0; p = topPending()) {
+        if (int(stack.size()) - p - 1 == 0)
+            return failHere(stack[std::size_t(p)].node, in.size(), kMsgMissingOperand);
+        takePart(p);
+        stack[std::size_t(p)].pending = false;
+    }
+    for (const Entry &e : stack)
+        list->m_children.push_back(e.node);
+    return true;
+}
+
+// --- pass 7: the structure check ----------------------------------------------------------------------
+
+bool CRpnParser::useVariable(CRpnNode *node)
+{
+    CNodeVariable *variable = node->AsVariable();
+    if (variable->IsConstant())
+        return true;
+    const QString &name = variable->m_name;
+    if (!m_seen.contains(name))
+        m_seen.append(name);
+    if (variable->IsNew() && !m_known.contains(name) && !m_tree->m_freeVariables)
+        return fail(node, kMsgUsedBeforeAssigned, {});
+    return true;
+}
+
+bool CRpnParser::checkStructure(CRpnNode *node)
+{
+    if (!node)
+        return true;
+    if (node->IsVariable())
+        return useVariable(node);
+    if (node->IsAssignmentLike() && node->IsBinary()) {
+        CRpnNode *left = node->GetOperand(0);
+        CRpnNode *right = node->GetOperand(1);
+        if (!left)
+            return fail(node, kMsgUsedBeforeAssigned, {});
+        if (!(left->IsVariable() || left->IsText() || left->IsArrayIndex()))
+            return fail(node, kMsgNotAVariable, {});
+        if (!checkStructure(right))
+            return false;
+        if (left->IsVariable() && !node->IsSelfAssignment()) {
+            const QString &name = static_cast<CNodeVariable *>(left)->m_name;
+            if (!m_known.contains(name))
+                m_known.append(name);
+            if (!m_seen.contains(name) && !static_cast<CNodeVariable *>(left)->IsConstant())
+                m_seen.append(name);
+            return true;
+        }
+        return checkStructure(left);
+    }
+    const int places = GetOperandPlaces(node);
+    for (int i = 0; i < places; ++i) {
+        if (!checkStructure(node->GetOperand(i)))
+            return false;
+    }
+    return true;
+}

@@ -1,0 +1,811 @@
+// The operators: evaluation of one- and two-operand nodes, the arithmetic,
+// comparisons, logic and bits, assignments with index chains, and indexing.
+
+#include "formula/rpnoperators.h"
+
+#include "formula/rpnbuffer.h"
+#include "formula/rpndictionary.h"
+#include "formula/rpnformulavalue.h"
+#include "formula/rpntree.h"
+#include "support/xmlelement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <vector>
+
+namespace {
+
+constexpr int kMsgDivisionByZero = 41655;
+constexpr int kMsgBadIndex = 43032;
+constexpr int kMsgIndexOutside = 43034;
+constexpr int kMsgNotAVariable = 43167;
+
+// A STRING operand of `-`, `/` and `%` is read as a number first.
+CRpnData numberIfText(const CRpnData &v)
+{
+    return v.IsString() ? CRpnData(v.GetDouble()) : v;
+}
+
+bool isZeroDivisor(const CRpnData &b)
+{
+    return (b.IsReal() && b.GetRealValue() == 0.0) || (b.IsInt() && b.GetIntValue() == 0) || b.IsNull();
+}
+
+// The polar form of `^`: base z, exponent `e` (complex or real).
+CRpnData complexPower(std::complex<double> z, const CRpnData &e)
+{
+    const double r = std::sqrt(z.real() * z.real() + z.imag() * z.imag());
+    const double theta = std::atan2(z.imag(), z.real());
+    double modulus, angle;
+    if (e.IsComplex()) {
+        const double c = e.GetRealValue(), d = e.GetImagValue();
+        modulus = std::pow(r, c) * std::exp(-d * theta);
+        angle = c * theta + d * std::log(r);
+    } else {
+        const double p = e.GetDouble();
+        modulus = std::pow(r, p);
+        angle = p * theta;
+    }
+    return CRpnData(std::complex<double>(modulus * std::cos(angle), modulus * std::sin(angle)));
+}
+
+// The indices of an index list: its elements, each array among them spread
+// into its own elements (`a[{1,2}]` goes down twice).
+std::vector<CRpnData> expandIndices(const CRpnData &indices)
+{
+    std::vector<CRpnData> out;
+    if (!indices.IsArray()) {
+        out.push_back(indices);
+        return out;
+    }
+    const int n = indices.GetSize();
+    for (int i = 0; i < n; ++i) {
+        const CRpnData item = indices.GetAt(i);
+        if (item.IsArray()) {
+            for (int k = 0; k < item.GetSize(); ++k)
+                out.push_back(item.GetAt(k));
+        } else {
+            out.push_back(item);
+        }
+    }
+    return out;
+}
+
+// The error of an index outside its array or text.
+void reportOutside(CRpnNode *node, int index, unsigned char &status)
+{
+    CEquationTree *tree = node->m_tree;
+    if (!tree) {
+        status = 0;
+        return;
+    }
+    tree->ReportError(status, tree->HasError() ? QString() : RpnMessage(kMsgIndexOutside) + QStringLiteral("   ") + node->SourceExcerpt(),
+                      QStringLiteral("[%1]").arg(index), node->m_row, node->m_col);
+}
+
+void reportNotIndexable(CRpnNode *node, unsigned char &status)
+{
+    ReportRpnError(node->m_tree, status, RpnMessage(kMsgIndexOutside), QStringLiteral("["), node->m_row, node->m_col);
+}
+
+// Stores `value` at indices[k...] inside `container`, which is changed in
+// place or replaced (texts are made anew); the caller writes it back.
+void storeInto(CRpnNode *node, CRpnData &container, const std::vector<CRpnData> &indices, std::size_t k,
+               const CRpnData &value, unsigned char &status)
+{
+    const CRpnData &index = indices[k];
+    const bool last = k + 1 == indices.size();
+    switch (container.GetKind()) {
+    case RPN_ARRAY:
+    case RPN_ARRAY_R: {
+        const int size = container.GetSize();
+        if (index.IsNull() && last) {
+            // a[] = x appends.
+            container.Resize(size + 1);
+            container.SetAt(size, value);
+            return;
+        }
+        const int i = index.GetInt();
+        if (index.IsNull() || i < 0 || i >= size) {
+            reportOutside(node, i, status);
+            return;
+        }
+        if (last) {
+            container.SetAt(i, value);
+            return;
+        }
+        if (!container.IsArray() || container.GetKind() == RPN_ARRAY_R) {
+            reportNotIndexable(node, status);
+            return;
+        }
+        CRpnData child = container.GetAt(i);
+        storeInto(node, child, indices, k + 1, value, status);
+        if (status != 0)
+            container.SetAt(i, child);
+        return;
+    }
+    case RPN_STRING: {
+        if (!last) {
+            reportNotIndexable(node, status);
+            return;
+        }
+        QString text = container.GetTextValue();
+        const QString piece = value.GetText(16);
+        const int i = index.GetInt();
+        if (index.IsNull() || i >= text.size()) {
+            text += piece;
+        } else if (i < 0) {
+            reportOutside(node, i, status);
+            return;
+        } else if (piece.size() == 1) {
+            text[i] = piece[0];
+        } else {
+            text.replace(i, 1, piece);
+        }
+        container.SetText(text);
+        return;
+    }
+    case RPN_DICTIONARY: {
+        const QString key = index.GetText(16);
+        if (last) {
+            container.DictSet(key, value);
+            return;
+        }
+        CRpnData child = container.DictGet(key);
+        storeInto(node, child, indices, k + 1, value, status);
+        if (status != 0)
+            container.DictSet(key, child);
+        return;
+    }
+    default:
+        reportNotIndexable(node, status);
+        return;
+    }
+}
+
+} // namespace
+
+void ReportDivisionByZero(CRpnNode *node, unsigned char &status)
+{
+    node->ReportError(status, kMsgDivisionByZero, {node->SourceExcerpt()});
+}
+
+// --- one operand --------------------------------------------------------------------------
+
+CNodeSingleOperand::~CNodeSingleOperand()
+{
+    DeleteSubtree(m_operand);
+}
+
+bool CNodeSingleOperand::SetOperand(int i, CRpnNode *node)
+{
+    if (i != 0)
+        return false;
+    m_operand = node;
+    if (node)
+        node->m_parent = this;
+    return true;
+}
+
+void CNodeSingleOperand::Evaluate(CRpnData &result, unsigned char &status)
+{
+    if (m_fastPath && !IsStopping()) {
+        double x;
+        if (EvaluateFast(x)) {
+            result.SetDouble(x);
+            return;
+        }
+    }
+    if (!m_operand) {
+        result.SetNull();
+        return;
+    }
+    CRpnData value;
+    m_operand->Evaluate(value, status);
+    if (status == 0) {
+        result.SetNull();
+        return;
+    }
+    if (status == 10 || IsStopping()) {
+        result = value;
+        return;
+    }
+    if (value.IsFormula()) {
+        MakeFormulaOfNode(this, &value, 1, result);
+        return;
+    }
+    Apply(result, value, CRpnData(0), status);
+}
+
+void CNodeSingleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
+{
+    switch (a.GetKind()) {
+    case RPN_ARRAY_R: {
+        const int n = a.GetSize();
+        CRpnData out;
+        out.SetRealArray(n);
+        const double *in = a.GetRealData();
+        double *o = out.GetRealData();
+        for (int i = 0; i < n; ++i) {
+            unsigned char st = 1;
+            o[i] = ApplyReal(in[i], 0.0, st);
+            if (st == 0)
+                status = 0;
+        }
+        result = std::move(out);
+        return;
+    }
+    case RPN_ARRAY: {
+        const int n = a.GetSize();
+        CRpnData out;
+        out.SetArray(n);
+        for (int i = 0; i < n; ++i) {
+            unsigned char st = 1;
+            Apply(out.GetItems()[i], a.GetItems()[i], b, st);
+            if (st == 0)
+                status = 0;
+        }
+        result = std::move(out);
+        return;
+    }
+    case RPN_COMPLEX:
+        ApplyComplex(result, a, b, status);
+        return;
+    case RPN_CURVE:
+        result.SetNull();
+        return;
+    default:
+        result.SetDouble(ApplyReal(a.GetDouble(), 0.0, status));
+        return;
+    }
+}
+
+bool CNodeSingleOperand::EvaluateFast(double &out)
+{
+    double a;
+    if (!m_operand || !m_operand->EvaluateFast(a))
+        return false;
+    unsigned char st = 1;
+    out = ApplyReal(a, 0.0, st);
+    return st == 1;
+}
+
+// --- two operands ----------------------------------------------------------------------------
+
+CNodeDoubleOperand::~CNodeDoubleOperand()
+{
+    DeleteSubtree(m_left);
+    DeleteSubtree(m_right);
+}
+
+bool CNodeDoubleOperand::SetOperand(int i, CRpnNode *node)
+{
+    if (i == 0) {
+        m_left = node;
+        m_leftIsList = node && node->IsList();
+    } else if (i == 1) {
+        m_right = node;
+    } else {
+        return false;
+    }
+    if (node)
+        node->m_parent = this;
+    return true;
+}
+
+void CNodeDoubleOperand::Evaluate(CRpnData &result, unsigned char &status)
+{
+    if (m_fastPath && !IsStopping()) {
+        double x;
+        if (EvaluateFast(x)) {
+            result.SetDouble(x);
+            return;
+        }
+    }
+    if (!m_left || !m_right) {
+        result.SetNull();
+        return;
+    }
+    CRpnData a;
+    m_left->Evaluate(a, status);
+    if (status == 0) {
+        result.SetNull();
+        return;
+    }
+    if (status == 10 || IsStopping()) {
+        result = std::move(a);
+        return;
+    }
+    // The short cuts: `0 * f()`, `0 && f()` and `1 || f()` do not evaluate f.
+    if (a.IsReal()) {
+        const int path = GetRealPath();
+        if (path == RPN_REAL_PATH_ZERO_CUT && a.GetRealValue() == 0.0) {
+            result = std::move(a);
+            return;
+        }
+        if (path == RPN_REAL_PATH_TRUE_CUT && a.GetRealValue() != 0.0) {
+            result.SetDouble(1.0);
+            return;
+        }
+    }
+    CRpnData b;
+    m_right->Evaluate(b, status);
+    if (status == 0) {
+        result.SetNull();
+        return;
+    }
+    if (status == 10 || IsStopping()) {
+        result = std::move(b);
+        return;
+    }
+    if (a.IsFormula() || b.IsFormula()) {
+        const CRpnData operands[2] = {a, b};
+        MakeFormulaOfNode(this, operands, 2, result);
+        return;
+    }
+    Apply(result, a, b, status);
+}
+
+void CNodeDoubleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
+{
+    const bool aArray = a.IsArrayOrCurve();
+    const bool bArray = b.IsArrayOrCurve();
+    if (aArray || bArray) {
+        const bool aReals = a.GetKind() == RPN_ARRAY_R;
+        const bool bReals = b.GetKind() == RPN_ARRAY_R;
+        const int n = aArray && bArray ? std::min(a.GetSize(), b.GetSize()) : aArray ? a.GetSize() : b.GetSize();
+        CRpnData out;
+        if ((aReals || !aArray) && (bReals || !bArray)) {
+            // Plain doubles: two ARRAY_R, or one with a scalar read once.
+            out.SetRealArray(n);
+            double *o = out.GetRealData();
+            const double *x = aArray ? a.GetRealData() : nullptr;
+            const double *y = bArray ? b.GetRealData() : nullptr;
+            const double xs = aArray ? 0.0 : a.GetDouble();
+            const double ys = bArray ? 0.0 : b.GetDouble();
+            for (int i = 0; i < n; ++i) {
+                unsigned char st = 1;
+                o[i] = ApplyReal(x ? x[i] : xs, y ? y[i] : ys, st);
+                if (st == 0)
+                    status = 0;
+            }
+        } else {
+            out.SetArray(n);
+            for (int i = 0; i < n; ++i) {
+                unsigned char st = 1;
+                Apply(out.GetItems()[i], aArray ? a.GetAt(i) : a, bArray ? b.GetAt(i) : b, st);
+                if (st == 0)
+                    status = 0;
+            }
+        }
+        result = std::move(out);
+        return;
+    }
+    if (a.IsComplex() || b.IsComplex()) {
+        ApplyComplex(result, a, b, status);
+        return;
+    }
+    result.SetDouble(ApplyReal(a.GetDouble(), b.GetDouble(), status));
+}
+
+bool CNodeDoubleOperand::EvaluateFast(double &out)
+{
+    double a, b;
+    if (!m_left->EvaluateFast(a))
+        return false;
+    const int path = m_realPath;
+    if (!m_leftIsList) {
+        if (path == RPN_REAL_PATH_ZERO_CUT && a == 0.0) {
+            out = a;
+            return true;
+        }
+        if (path == RPN_REAL_PATH_TRUE_CUT && a != 0.0) {
+            out = 1.0;
+            return true;
+        }
+    }
+    if (!m_right->EvaluateFast(b))
+        return false;
+    if (path == RPN_REAL_PATH_DIVISOR && b == 0.0)
+        return false;
+    unsigned char st = 1;
+    out = ApplyReal(a, b, st);
+    return st == 1;
+}
+
+// --- arithmetic ----------------------------------------------------------------------------------
+
+void CNodePlus::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &)
+{
+    result = CRpnData::Add(a, b);
+}
+
+void CNodeMinus::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &)
+{
+    result = CRpnData::Subtract(numberIfText(a), numberIfText(b));
+}
+
+void CNodeMultiply::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &)
+{
+    result = CRpnData::Multiply(a, b);
+}
+
+void CNodeDivide::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
+{
+    const CRpnData divisor = numberIfText(b);
+    if (isZeroDivisor(divisor)) {
+        ReportDivisionByZero(this, status);
+        result.SetNull();
+        return;
+    }
+    result = CRpnData::Divide(numberIfText(a), divisor);
+}
+
+double CNodeDivide::ApplyReal(double a, double b, unsigned char &status)
+{
+    if (b == 0.0) {
+        ReportDivisionByZero(this, status);
+        return 0.0;
+    }
+    return a / b;
+}
+
+void CNodeMod::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
+{
+    const CRpnData divisor = numberIfText(b);
+    if (isZeroDivisor(divisor)) {
+        ReportDivisionByZero(this, status);
+        result.SetNull();
+        return;
+    }
+    result = CRpnData::Remainder(numberIfText(a), divisor);
+}
+
+double CNodeMod::ApplyReal(double a, double b, unsigned char &status)
+{
+    if (b == 0.0) {
+        ReportDivisionByZero(this, status);
+        return 0.0;
+    }
+    return std::fmod(a, b);
+}
+
+double CNodePower::ApplyReal(double a, double b, unsigned char &)
+{
+    return RpnPower(a, b);
+}
+
+void CNodePower::ApplyComplex(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &)
+{
+    result = complexPower(a.GetComplex(), b);
+}
+
+double CNodeMod2::ApplyReal(double a, double b, unsigned char &)
+{
+    return std::fmod(a, b);
+}
+
+double CNodeAbsPower::ApplyReal(double a, double b, unsigned char &)
+{
+    return std::pow(std::fabs(a), b);
+}
+
+void CNodeAbsPower::ApplyComplex(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &)
+{
+    // The imaginary part of the base is dropped; the sign of its real part stays.
+    result = complexPower({a.GetComplex().real(), 0.0}, b);
+}
+
+// --- comparisons -----------------------------------------------------------------------------------
+
+void CNodeEqualTo::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
+{
+    const int equal = CRpnData::Equals(a, b);
+    if (equal == RPN_NOT_DECIDED)
+        CNodeDoubleOperand::Apply(result, a, b, status);
+    else
+        result.SetInt(equal);
+}
+
+void CNodeNotEqualTo::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
+{
+    const int equal = CRpnData::Equals(a, b);
+    if (equal == RPN_NOT_DECIDED)
+        CNodeDoubleOperand::Apply(result, a, b, status);
+    else
+        result.SetInt(equal ? 0 : 1);
+}
+
+// --- bits ------------------------------------------------------------------------------------------
+
+double CNodeBitwiseAnd::ApplyReal(double a, double b, unsigned char &)
+{
+    return RpnBiasedInt(a) & RpnBiasedInt(b);
+}
+
+double CNodeBitwiseOR::ApplyReal(double a, double b, unsigned char &)
+{
+    return RpnBiasedInt(a) | RpnBiasedInt(b);
+}
+
+double CNodeBitwiseNot::ApplyReal(double a, double, unsigned char &)
+{
+    return ~RpnBiasedInt(a);
+}
+
+double CNodeBitwiseShiftLeft::ApplyReal(double a, double b, unsigned char &)
+{
+    // Shifts of 32 places and more, or by a negative count, leave no bits.
+    const int s = RpnBiasedInt(b);
+    if (s < 0 || s > 31)
+        return 0.0;
+    return std::int32_t(std::uint32_t(RpnBiasedInt(a)) << s);
+}
+
+double CNodeBitwiseShiftRight::ApplyReal(double a, double b, unsigned char &)
+{
+    // An arithmetic shift: the sign fills in from the left.
+    const int s = RpnBiasedInt(b);
+    const int x = RpnBiasedInt(a);
+    if (s < 0)
+        return 0.0;
+    return s > 31 ? (x < 0 ? -1.0 : 0.0) : double(x >> s);
+}
+
+// --- assignment --------------------------------------------------------------------------------------
+
+void CNodeAssignment::Store(CRpnNode *node, CRpnNode *target, const CRpnData &value, CRpnData &result,
+                            unsigned char &status)
+{
+    if (CNodeVariable *variable = target ? target->AsVariable() : nullptr) {
+        result = variable->SetValue(value, status);
+        return;
+    }
+    if (!target || !target->IsArrayIndex()) {
+        ReportRpnError(node->m_tree, status, RpnMessage(kMsgNotAVariable), QStringLiteral("="), node->m_row,
+                       node->m_col);
+        result.SetNull();
+        return;
+    }
+    // The chain v[i][j]...: walked from the outside to the variable, the
+    // indices gathered first to last.
+    std::vector<CNodeDoubleOperand *> chain;
+    CRpnNode *base = target;
+    while (base && base->IsArrayIndex()) {
+        chain.push_back(static_cast<CNodeDoubleOperand *>(base));
+        base = static_cast<CNodeDoubleOperand *>(base)->m_left;
+    }
+    CNodeVariable *variable = base ? base->AsVariable() : nullptr;
+    if (!variable) {
+        ReportRpnError(node->m_tree, status, RpnMessage(kMsgNotAVariable), QStringLiteral("="), node->m_row,
+                       node->m_col);
+        result.SetNull();
+        return;
+    }
+    std::vector<CRpnData> indices;
+    for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+        CRpnData index;
+        if ((*it)->m_right)
+            (*it)->m_right->Evaluate(index, status);
+        if (status == 0) {
+            ReportRpnError(node->m_tree, status, RpnMessage(kMsgBadIndex), QStringLiteral("["), node->m_row,
+                           node->m_col);
+            result.SetNull();
+            return;
+        }
+        for (CRpnData &i : expandIndices(index))
+            indices.push_back(std::move(i));
+    }
+    if (indices.empty())
+        indices.emplace_back();
+    CRpnData current;
+    variable->GetValue(current);
+    storeInto(node, current, indices, 0, value, status);
+    if (status == 0) {
+        result.SetNull();
+        return;
+    }
+    variable->SetValue(current, status);
+    result = value;
+}
+
+void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
+{
+    if (!m_left || !m_right) {
+        result.SetNull();
+        return;
+    }
+    CRpnData value;
+    m_right->Evaluate(value, status);
+    if (status == 0) {
+        result.SetNull();
+        return;
+    }
+    if (status == 10 || IsStopping()) {
+        result = std::move(value);
+        return;
+    }
+    if (IsSelf()) {
+        CRpnData current;
+        m_left->Evaluate(current, status);
+        if (status == 0) {
+            result.SetNull();
+            return;
+        }
+        CRpnData combined;
+        Combine(combined, current, value, status);
+        if (status == 0) {
+            result.SetNull();
+            return;
+        }
+        value = std::move(combined);
+    }
+    CNodeVariable *variable = m_left->AsVariable();
+    if (value.GetKind() == RPN_CURVE && variable)
+        variable->SetMark(CNodeVariable::MarkCurve, true);
+    // Value semantics for arrays: a shared one is copied before it is stored.
+    if (value.IsArrayOrCurve() && value.GetRefs() >= 2) {
+        CRpnData copy = value;
+        copy.DeepCopy(value);
+        value = std::move(copy);
+    }
+    Store(this, m_left, value, result, status);
+}
+
+void CNodeAssignment::Combine(CRpnData &result, const CRpnData &, const CRpnData &value, unsigned char &)
+{
+    result = value;
+}
+
+int CNodeAssignment::CollectDefaults(CMapStringToRpnData &dictionary)
+{
+    int added = CRpnNode::CollectDefaults(dictionary);
+    if (CNodeVariable *variable = m_left ? m_left->AsVariable() : nullptr) {
+        CRpnData existing;
+        if (!dictionary.Lookup(variable->m_name, existing)) {
+            dictionary.SetAt(variable->m_name, variable->m_value);
+            ++added;
+        }
+    }
+    return added;
+}
+
+void CNodeAddAssignment::Combine(CRpnData &result, const CRpnData &current, const CRpnData &value, unsigned char &)
+{
+    result = CRpnData::Add(current, value);
+}
+
+void CNodeSubAssignment::Combine(CRpnData &result, const CRpnData &current, const CRpnData &value, unsigned char &)
+{
+    result = CRpnData::Subtract(numberIfText(current), numberIfText(value));
+}
+
+void CNodeMulAssignment::Combine(CRpnData &result, const CRpnData &current, const CRpnData &value, unsigned char &)
+{
+    result = CRpnData::Multiply(current, value);
+}
+
+void CNodeDivAssignment::Combine(CRpnData &result, const CRpnData &current, const CRpnData &value,
+                                 unsigned char &status)
+{
+    const CRpnData divisor = numberIfText(value);
+    if (isZeroDivisor(divisor)) {
+        ReportDivisionByZero(this, status);
+        result.SetNull();
+        return;
+    }
+    result = CRpnData::Divide(numberIfText(current), divisor);
+}
+
+// --- ++ and -- -------------------------------------------------------------------------------------------
+
+CRpnNode *CNodeIncrement::Clone(CEquationTree *tree, int position, int row, int col) const
+{
+    auto *node = static_cast<CNodeIncrement *>(CRpnNode::Clone(tree, position, row, col));
+    node->m_fix = m_fix;
+    return node;
+}
+
+void CNodeIncrement::SerializeNode(CRpnBuffer &buffer)
+{
+    CRpnNode::SerializeNode(buffer);
+    buffer.Transfer(m_fix);
+}
+
+void CNodeIncrement::Evaluate(CRpnData &result, unsigned char &status)
+{
+    CNodeVariable *variable = m_operand ? m_operand->AsVariable() : nullptr;
+    if (!variable) {
+        ReportRpnError(m_tree, status, RpnMessage(kMsgNotAVariable), GetName(), m_row, m_col);
+        result.SetNull();
+        return;
+    }
+    CRpnData old;
+    variable->Evaluate(old, status);
+    if (status == 0) {
+        result.SetNull();
+        return;
+    }
+    CRpnData now;
+    if (old.IsString())
+        now = old;
+    else if (old.IsInt())
+        now.SetInt(int(std::uint32_t(old.GetIntValue()) + std::uint32_t(Step())));
+    else
+        now.SetDouble(old.GetDouble() + Step());
+    variable->SetValue(now, status);
+    result = m_fix < 0 ? now : old;
+}
+
+// --- indexing ------------------------------------------------------------------------------------------------
+
+void CNodeArrayIndex::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
+{
+    CRpnData current = a;
+    for (const CRpnData &index : expandIndices(b)) {
+        switch (current.GetKind()) {
+        case RPN_ARRAY:
+        case RPN_ARRAY_R: {
+            const int i = index.GetInt();
+            if (i < 0 || i >= current.GetSize()) {
+                reportOutside(this, i, status);
+                result.SetNull();
+                return;
+            }
+            current = current.GetAt(i);
+            break;
+        }
+        case RPN_STRING: {
+            const QString &text = current.GetTextValue();
+            const int i = index.GetInt();
+            if (i < 0 || i >= text.size()) {
+                reportOutside(this, i, status);
+                result.SetNull();
+                return;
+            }
+            current = CRpnData(QString(text[i]));
+            break;
+        }
+        case RPN_DICTIONARY:
+            current = current.DictGet(index.GetText(16));
+            break;
+        case RPN_XML: {
+            CXmlElement *element = current.GetXml();
+            if (index.IsString()) {
+                bool found = false;
+                const QString value = CXmlElement::IsNull(element) ? QString()
+                                                                    : element->GetAttribute(index.GetTextValue(), &found);
+                if (found)
+                    current.SetText(value);
+                else
+                    current.SetNull();
+            } else if (index.IsNull() || (index.IsArray() && index.GetSize() == 0)) {
+                current.SetText(CXmlElement::IsNull(element) ? QString() : element->GetName());
+            } else {
+                reportNotIndexable(this, status);
+                result = a;
+                return;
+            }
+            break;
+        }
+        default:
+            reportNotIndexable(this, status);
+            result = a;
+            return;
+        }
+    }
+    result = std::move(current);
+}
+
+// --- inspection ---------------------------------------------------------------------------------------------
+
+void CNodeIsNull::Apply(CRpnData &result, const CRpnData &a, const CRpnData &, unsigned char &)
+{
+    result.SetInt(a.IsNull() ? 1 : 0);
+}
+
+void CNodeTypeName::Apply(CRpnData &result, const CRpnData &a, const CRpnData &, unsigned char &)
+{
+    result.SetText(CRpnData::TypeName(a.GetKind()));
+}

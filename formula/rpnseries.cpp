@@ -1,0 +1,287 @@
+// Series over host columns, block by block.
+
+#include "formula/rpnseries.h"
+
+#include "formula/rpnoperators.h"
+#include "formula/rpntree.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+// Runs f over a block with each operand either a pointer or a constant, in
+// loops simple enough for the compiler to vectorise.
+template <typename F>
+void binary(const double *a, double av, const double *b, double bv, double *out, int n, F f)
+{
+    if (a && b) {
+        for (int i = 0; i < n; ++i)
+            out[i] = f(a[i], b[i]);
+    } else if (a) {
+        for (int i = 0; i < n; ++i)
+            out[i] = f(a[i], bv);
+    } else if (b) {
+        for (int i = 0; i < n; ++i)
+            out[i] = f(av, b[i]);
+    } else {
+        const double x = f(av, bv);
+        for (int i = 0; i < n; ++i)
+            out[i] = x;
+    }
+}
+
+template <typename F>
+void unary(const double *a, double av, double *out, int n, F f)
+{
+    if (a) {
+        for (int i = 0; i < n; ++i)
+            out[i] = f(a[i]);
+    } else {
+        const double x = f(av);
+        for (int i = 0; i < n; ++i)
+            out[i] = x;
+    }
+}
+
+// Marks the rows whose divisor is zero.
+void markZero(const double *b, double bv, unsigned char *again, int n)
+{
+    if (b) {
+        for (int i = 0; i < n; ++i)
+            again[i] |= b[i] == 0.0;
+    } else if (bv == 0.0) {
+        std::fill(again, again + n, 1);
+    }
+}
+
+} // namespace
+
+std::unique_ptr<CRpnSeriesProgram> CRpnSeriesProgram::Build(CEquationTree *tree)
+{
+    CRpnNode *root = tree->GetRoot();
+    if (!root)
+        return nullptr;
+    std::unique_ptr<CRpnSeriesProgram> program(new CRpnSeriesProgram);
+    if (!program->compile(root, program->m_result))
+        return nullptr;
+    program->m_registers.assign(program->m_steps.size(), std::vector<double>(BlockRows));
+    program->m_columnCopies.assign(program->m_columns.size(), std::vector<double>(BlockRows));
+    program->m_columnData.assign(program->m_columns.size(), nullptr);
+    program->m_again.assign(BlockRows, 0);
+    return program;
+}
+
+bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
+{
+    if (!node)
+        return false;
+    // A list of one element has that element's double.
+    if (node->IsList() && !node->IsMultiOperand())
+        return node->GetOperandCount() == 1 && compile(node->GetOperand(0), out);
+    if (CNodeVariable *variable = node->AsVariable()) {
+        if (variable->IsConstant()) {
+            if (!variable->m_value.IsReal())
+                return false;
+            out = {Operand::Constant, 0, variable->m_value.GetRealValue()};
+            return true;
+        }
+        if (!variable->m_column)
+            return false;
+        auto it = std::find(m_columns.begin(), m_columns.end(), variable->m_column);
+        if (it == m_columns.end())
+            it = m_columns.insert(m_columns.end(), variable->m_column);
+        out = {Operand::Column, int(it - m_columns.begin()), 0.0};
+        return true;
+    }
+    if (node->IsValue()) {
+        double x;
+        if (!node->EvaluateFast(x))
+            return false;
+        out = {Operand::Constant, 0, x};
+        return true;
+    }
+    const int path = node->GetRealPath();
+    const int count = node->GetOperandCount();
+    if (path == RPN_REAL_PATH_NONE || count < 1 || count > 2)
+        return false;
+    Step step{OpApplyReal1, node, {}, {}, false, 0};
+    if (!compile(node->GetOperand(0), step.a))
+        return false;
+    if (count == 2 && !compile(node->GetOperand(1), step.b))
+        return false;
+    if (count == 2) {
+        const auto *binaryNode = static_cast<const CNodeDoubleOperand *>(node);
+        step.shortCut = !binaryNode->m_leftIsList;
+    }
+    switch (node->GetKind()) {
+    case RPN_NODE_PLUS: step.op = OpAdd; break;
+    case RPN_NODE_MINUS: step.op = OpSub; break;
+    case RPN_NODE_MULTIPLY: step.op = OpMul; break;
+    case RPN_NODE_DIVIDE: step.op = OpDiv; break;
+    case RPN_NODE_MOD: step.op = OpMod; break;
+    case RPN_NODE_POWER:
+    case RPN_NODE_POWER2: step.op = OpPow; break;
+    case RPN_NODE_SINGLE_MINUS: step.op = OpNeg; break;
+    case RPN_NODE_SINGLE_PLUS: step.op = OpPos; break;
+    case RPN_NODE_LESS: step.op = OpLess; break;
+    case RPN_NODE_GREATER: step.op = OpGreater; break;
+    case RPN_NODE_LESS_EQUAL: step.op = OpLessEqual; break;
+    case RPN_NODE_GREATER_EQUAL: step.op = OpGreaterEqual; break;
+    case RPN_NODE_AND: step.op = OpAnd; break;
+    case RPN_NODE_OR: step.op = OpOr; break;
+    case RPN_NODE_NOT: step.op = OpNot; break;
+    default:
+        step.op = count == 2 ? OpApplyReal2 : OpApplyReal1;
+        // The cuts and the divisor test of other classes stay with the tree.
+        if (path != RPN_REAL_PATH_PLAIN)
+            return false;
+        break;
+    }
+    step.out = int(m_steps.size());
+    m_steps.push_back(step);
+    out = {Operand::Register, step.out, 0.0};
+    return true;
+}
+
+const double *CRpnSeriesProgram::data(const Operand &o) const
+{
+    switch (o.kind) {
+    case Operand::Register: return m_registers[std::size_t(o.index)].data();
+    case Operand::Column: return m_columnData[std::size_t(o.index)];
+    default: return nullptr;
+    }
+}
+
+int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *valid, int first, int last)
+{
+    int good = 0;
+    unsigned char *again = m_again.data();
+    for (int row0 = first; row0 <= last; row0 += BlockRows) {
+        if (tree->IsStopping()) {
+            for (int r = row0; r <= last; ++r)
+                valid[r] = 0;
+            break;
+        }
+        const int n = std::min(BlockRows, last - row0 + 1);
+        std::fill(again, again + n, 0);
+
+        // The columns of this block; rows that are not valid are done again.
+        for (std::size_t c = 0; c < m_columns.size(); ++c) {
+            const CRpnColumnBinding *column = m_columns[c];
+            if (row0 >= 0 && row0 + n <= column->count) {
+                m_columnData[c] = column->values + row0;
+            } else {
+                double *copy = m_columnCopies[c].data();
+                for (int i = 0; i < n; ++i) {
+                    const int r = row0 + i;
+                    const bool inside = r >= 0 && r < column->count;
+                    copy[i] = inside ? column->values[r] : 0.0;
+                    again[i] |= !inside;
+                }
+                m_columnData[c] = copy;
+            }
+            if (column->valid) {
+                for (int i = 0; i < n; ++i) {
+                    const int r = row0 + i;
+                    if (r >= 0 && r < column->count)
+                        again[i] |= column->valid[r] != 1;
+                }
+            }
+        }
+
+        // ApplyReal of other classes may report; what it reports for rows
+        // the tree then evaluates again is taken back.
+        const QString errorText = tree->errorText, errorToken = tree->errorToken;
+        const int errorRow = tree->errorRow, errorCol = tree->errorCol;
+        bool reported = false;
+
+        for (const Step &s : m_steps) {
+            const double *a = data(s.a), *b = data(s.b);
+            const double av = s.a.value, bv = s.b.value;
+            double *out = m_registers[std::size_t(s.out)].data();
+            switch (s.op) {
+            case OpAdd: binary(a, av, b, bv, out, n, [](double x, double y) { return x + y; }); break;
+            case OpSub: binary(a, av, b, bv, out, n, [](double x, double y) { return x - y; }); break;
+            case OpMul:
+                if (s.shortCut)
+                    binary(a, av, b, bv, out, n, [](double x, double y) { return x == 0.0 ? x : x * y; });
+                else
+                    binary(a, av, b, bv, out, n, [](double x, double y) { return x * y; });
+                break;
+            case OpDiv:
+                markZero(b, bv, again, n);
+                binary(a, av, b, bv, out, n, [](double x, double y) { return x / y; });
+                break;
+            case OpMod:
+                markZero(b, bv, again, n);
+                binary(a, av, b, bv, out, n, [](double x, double y) { return std::fmod(x, y); });
+                break;
+            case OpPow:
+                if (!b && bv == 2.0)
+                    unary(a, av, out, n, [](double x) { return x * x; });
+                else
+                    binary(a, av, b, bv, out, n, [](double x, double y) { return RpnPower(x, y); });
+                break;
+            case OpNeg: unary(a, av, out, n, [](double x) { return -x; }); break;
+            case OpPos: unary(a, av, out, n, [](double x) { return x; }); break;
+            case OpLess: binary(a, av, b, bv, out, n, [](double x, double y) { return x < y ? 1.0 : 0.0; }); break;
+            case OpGreater: binary(a, av, b, bv, out, n, [](double x, double y) { return x > y ? 1.0 : 0.0; }); break;
+            case OpLessEqual: binary(a, av, b, bv, out, n, [](double x, double y) { return x <= y ? 1.0 : 0.0; }); break;
+            case OpGreaterEqual: binary(a, av, b, bv, out, n, [](double x, double y) { return x >= y ? 1.0 : 0.0; }); break;
+            case OpAnd:
+                if (s.shortCut)
+                    binary(a, av, b, bv, out, n, [](double x, double y) { return x == 0.0 ? x : (y != 0.0 ? 1.0 : 0.0); });
+                else
+                    binary(a, av, b, bv, out, n, [](double x, double y) { return x != 0.0 && y != 0.0 ? 1.0 : 0.0; });
+                break;
+            case OpOr: binary(a, av, b, bv, out, n, [](double x, double y) { return x != 0.0 || y != 0.0 ? 1.0 : 0.0; }); break;
+            case OpNot: unary(a, av, out, n, [](double x) { return x == 0.0 ? 1.0 : 0.0; }); break;
+            case OpApplyReal1:
+            case OpApplyReal2:
+                for (int i = 0; i < n; ++i) {
+                    unsigned char st = 1;
+                    out[i] = s.node->ApplyReal(a ? a[i] : av, s.op == OpApplyReal2 ? (b ? b[i] : bv) : 0.0, st);
+                    if (st != 1) {
+                        again[i] = 1;
+                        reported = true;
+                    }
+                }
+                break;
+            }
+        }
+        if (reported) {
+            tree->errorText = errorText;
+            tree->errorToken = errorToken;
+            tree->errorRow = errorRow;
+            tree->errorCol = errorCol;
+        }
+
+        // The plain rows in one sweep, then the marked ones through the tree.
+        const double *result = data(m_result);
+        double *outValues = values + row0;
+        unsigned char *outValid = valid + row0;
+        int marked = 0;
+        for (int i = 0; i < n; ++i) {
+            double x = result ? result[i] : m_result.value;
+            const unsigned char v = RpnSeriesValidityGood(x);
+            outValues[i] = x;
+            outValid[i] = v;
+            good += v == 1;
+            marked += again[i];
+        }
+        for (int i = 0; marked > 0 && i < n; ++i) {
+            if (!again[i])
+                continue;
+            --marked;
+            good -= outValid[i] == 1;
+            tree->m_rowIndex = row0 + i;
+            unsigned char st = 1;
+            double x = tree->GetRoot()->EvaluateReal(st);
+            outValid[i] = RpnSeriesValidity(x, st);
+            outValues[i] = x;
+            good += outValid[i] == 1;
+        }
+    }
+    return good;
+}

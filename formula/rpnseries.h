@@ -1,0 +1,68 @@
+#pragma once
+// Series over host columns, a block of rows at a time.
+//
+// When a tree is one expression of REAL constants, variables bound to host
+// columns and operators with a real path (see RpnRealPath), EvaluateSeries
+// does not walk the tree once per row: the expression is turned into a short
+// list of steps, and each step runs over a block of rows in a tight loop.
+// Rows where the plain doubles do not tell the whole story (a column value
+// that is not valid, a zero divisor, an ApplyReal that fails) are marked and
+// evaluated again through the tree, row by row, so that every row gets
+// exactly the value, the validity and the error report it would get there.
+
+#include <memory>
+#include <vector>
+
+class CEquationTree;
+class CRpnNode;
+struct CRpnColumnBinding;
+
+class CRpnSeriesProgram
+{
+public:
+    // Rows per block.
+    static constexpr int BlockRows = 256;
+
+    // The program for the tree's root, or null when the root is not such an
+    // expression.
+    static std::unique_ptr<CRpnSeriesProgram> Build(CEquationTree *tree);
+
+    // As CEquationTree::EvaluateSeries.
+    int Run(CEquationTree *tree, double *values, unsigned char *valid, int first, int last);
+
+    int GetStepCount() const { return int(m_steps.size()); }
+
+private:
+    enum Op : int {
+        OpAdd, OpSub, OpMul, OpDiv, OpMod, OpPow, OpNeg, OpPos,
+        OpLess, OpGreater, OpLessEqual, OpGreaterEqual, OpAnd, OpOr, OpNot,
+        OpApplyReal1, OpApplyReal2, // any other node with a real path, through its ApplyReal
+    };
+    struct Operand
+    {
+        enum Kind { Register, Column, Constant } kind = Constant;
+        int index = 0;       // register or column
+        double value = 0.0;  // constant
+    };
+    struct Step
+    {
+        Op op;
+        CRpnNode *node;
+        Operand a, b;
+        bool shortCut;       // the left operand may decide alone (`*`, AND, OR)
+        int out;             // register
+    };
+
+    bool compile(CRpnNode *node, Operand &out);
+    const double *data(const Operand &o) const;
+
+    std::vector<Step> m_steps;
+    std::vector<const CRpnColumnBinding *> m_columns;
+    Operand m_result;
+    // Scratch for one block: a register per step, a column copy where a
+    // block reaches past a column's end, the rows to evaluate again.
+    std::vector<std::vector<double>> m_registers;
+    std::vector<std::vector<double>> m_columnCopies;
+    std::vector<const double *> m_columnData;
+    std::vector<unsigned char> m_again;
+};
