@@ -202,12 +202,30 @@ bool CRpnParser::order(CRpnNodeList *list)
 
     for (std::size_t k = 0; k < in.size(); ++k) {
         CRpnNode *node = in[k];
+        const bool inParentheses = std::any_of(stack.begin(), stack.end(),
+                                               [](const CRpnNode *n) { return n->IsParenthesisOpen(); });
         if (isOperand(node)) {
             output.push_back(node);
         } else if (node->IsEnd()) {
             if (!flush())
                 return failHere(stack.back(), k, kMsgNotClosed);
-            delete node;
+            // Kept as a statement boundary for the fold, which deletes it.
+            output.push_back(node);
+        } else if (node->IsComma()) {
+            // Between parentheses a comma separates arguments: it empties the
+            // stack down to the parenthesis and goes.  Between the elements
+            // of a list it is a boundary like a statement end.
+            if (inParentheses) {
+                while (!stack.back()->IsParenthesisOpen()) {
+                    output.push_back(stack.back());
+                    stack.pop_back();
+                }
+                delete node;
+                in[k] = nullptr;
+            } else {
+                flush();
+                output.push_back(node);
+            }
         } else if (node->IsBrace()) {
             if (!flush())
                 return failHere(stack.back(), k, kMsgNotClosed);
@@ -215,7 +233,9 @@ bool CRpnParser::order(CRpnNodeList *list)
         } else if (node->IsELSELike()) {
             if (!flush())
                 return failHere(stack.back(), k, kMsgNotClosed);
-            const CRpnNode *last = output.empty() ? nullptr : output.back();
+            const CRpnNode *last = nullptr;
+            for (auto it = output.rbegin(); it != output.rend() && !last; ++it)
+                last = (*it)->IsEnd() || (*it)->IsComma() ? nullptr : *it;
             if (!last || last->IsIFLike() || last->IsELSELike())
                 return failHere(node, k, kMsgSyntaxError);
             output.push_back(node);
@@ -257,14 +277,6 @@ bool CRpnParser::order(CRpnNodeList *list)
         output.push_back(stack.back());
         stack.pop_back();
     }
-    // The commas have done their work: the output holds one value after the other.
-    for (CRpnNode *&n : output) {
-        if (n->IsComma()) {
-            delete n;
-            n = nullptr;
-        }
-    }
-    output.erase(std::remove(output.begin(), output.end(), nullptr), output.end());
     list->m_children = std::move(output);
     return true;
 }
@@ -279,6 +291,9 @@ bool CRpnParser::fold(CRpnNodeList *list)
     std::vector<CRpnNode *> in = std::move(list->m_children);
     list->m_children.clear();
     std::vector<Entry> stack;
+    // Statement ends and the commas between list elements are boundaries:
+    // nothing before the last one is an operand of what follows it.
+    std::size_t floor = 0;
 
     auto failHere = [&](const CRpnNode *at, std::size_t restFrom, int id) {
         fail(at, id, {});
@@ -317,6 +332,12 @@ bool CRpnParser::fold(CRpnNodeList *list)
             stack.push_back({node, false});
             continue;
         }
+        if (node->IsEnd() || node->IsComma()) {
+            floor = stack.size();
+            delete node;
+            in[k] = nullptr;
+            continue;
+        }
         if (node->IsELSELike()) {
             // The nearest IF waiting for its then-part takes it and the else.
             for (;;) {
@@ -330,12 +351,14 @@ bool CRpnParser::fold(CRpnNodeList *list)
                 if (!takesElse(statement)) {
                     takePart(p);
                     stack[std::size_t(p)].pending = false;
+                    floor = std::min(floor, stack.size());
                     continue;
                 }
                 if (static_cast<CNode_IF *>(statement)->m_state != 0 || above != 1)
                     return failHere(node, k, kMsgSyntaxError);
                 takePart(p);
                 static_cast<CNode_IF *>(statement)->m_state = 2;
+                floor = std::min(floor, stack.size());
                 break;
             }
             delete node;
@@ -343,7 +366,7 @@ bool CRpnParser::fold(CRpnNodeList *list)
             continue;
         }
         if (node->IsIFLike()) {
-            if (stack.empty() || stack.back().pending)
+            if (stack.size() <= floor || stack.back().pending)
                 return failHere(node, k, kMsgMissingOperand);
             node->SetOperand(0, stack.back().node);
             stack.pop_back();
@@ -353,11 +376,11 @@ bool CRpnParser::fold(CRpnNodeList *list)
         }
         if (node->IsParenthesis())
             return failHere(node, k, kMsgStrayParenthesis);
-        if (node->IsBrace() || node->IsEnd() || node->IsComma())
+        if (node->IsBrace())
             return failHere(node, k, kMsgSyntaxError);
 
         const int count = node->GetOperandCount();
-        if (int(stack.size()) < count)
+        if (stack.size() < floor + std::size_t(count))
             return failHere(node, k, kMsgMissingOperand);
         for (int i = 0; i < count; ++i) {
             if (stack[stack.size() - std::size_t(count) + std::size_t(i)].pending)

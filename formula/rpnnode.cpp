@@ -229,23 +229,23 @@ void PrepareFastPath(CRpnNode *root)
     for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
         CRpnNode *node = *it;
         node->m_realPath = std::int8_t(node->GetRealPath());
-        bool fast;
+        bool fast = false, fastValue = false;
         if (node->IsList() && !node->IsMultiOperand()) {
             fast = node->GetOperandCount() == 1 && node->GetOperand(0) && node->GetOperand(0)->m_fastPath;
         } else if (node->IsValue()) {
             double x;
             // Constants decide now; variables at each read.
-            fast = node->IsVariable() || node->EvaluateFast(x);
-        } else if (node->GetRealPath() != RPN_REAL_PATH_NONE) {
-            fast = true;
+            fast = fastValue = node->IsVariable() || node->EvaluateFast(x);
+        } else if (node->m_realPath != RPN_REAL_PATH_NONE) {
+            fast = fastValue = true;
             const int n = node->GetOperandCount();
-            for (int i = 0; i < n && fast; ++i) {
+            for (int i = 0; i < n; ++i) {
                 const CRpnNode *child = node->GetOperand(i);
-                fast = child && child->m_fastPath;
+                fast = fast && child && child->m_fastPath;
+                fastValue = fastValue && child && child->m_fastValue;
             }
-        } else {
-            fast = false;
         }
+        node->m_fastValue = fastValue;
         node->m_fastPath = fast;
     }
 }
@@ -268,7 +268,7 @@ CRpnNode *CloneSubtree(const CRpnNode *node, CEquationTree *tree)
                 stack.emplace_back(child, childCopy);
         }
     }
-    copy->m_fastPath = false;
+    copy->m_fastPath = copy->m_fastValue = false;
     return copy;
 }
 

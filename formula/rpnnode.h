@@ -253,9 +253,11 @@ public:
     CRpnNode *m_parent = nullptr;    // not owned
     std::uint32_t m_flags = 0;
     std::uint32_t m_flags2 = 0;
-    // Set by PrepareFastPath: this subtree may try EvaluateFast, and the
-    // node's GetRealPath, kept for the fast path.
+    // Set by PrepareFastPath: this subtree may try EvaluateFast for its
+    // double (m_fastPath), and for its value too (m_fastValue: no list inside,
+    // whose value would be an ARRAY); and the node's GetRealPath.
     bool m_fastPath = false;
+    bool m_fastValue = false;
     std::int8_t m_realPath = RPN_REAL_PATH_NONE;
 };
 

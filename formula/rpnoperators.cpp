@@ -190,7 +190,7 @@ bool CNodeSingleOperand::SetOperand(int i, CRpnNode *node)
 
 void CNodeSingleOperand::Evaluate(CRpnData &result, unsigned char &status)
 {
-    if (m_fastPath && !IsStopping()) {
+    if (m_fastValue && !IsStopping()) {
         double x;
         if (EvaluateFast(x)) {
             result.SetDouble(x);
@@ -283,7 +283,6 @@ bool CNodeDoubleOperand::SetOperand(int i, CRpnNode *node)
 {
     if (i == 0) {
         m_left = node;
-        m_leftIsList = node && node->IsList();
     } else if (i == 1) {
         m_right = node;
     } else {
@@ -296,7 +295,7 @@ bool CNodeDoubleOperand::SetOperand(int i, CRpnNode *node)
 
 void CNodeDoubleOperand::Evaluate(CRpnData &result, unsigned char &status)
 {
-    if (m_fastPath && !IsStopping()) {
+    if (m_fastValue && !IsStopping()) {
         double x;
         if (EvaluateFast(x)) {
             result.SetDouble(x);
@@ -395,15 +394,15 @@ bool CNodeDoubleOperand::EvaluateFast(double &out)
     if (!m_left->EvaluateFast(a))
         return false;
     const int path = m_realPath;
-    if (!m_leftIsList) {
-        if (path == RPN_REAL_PATH_ZERO_CUT && a == 0.0) {
-            out = a;
-            return true;
-        }
-        if (path == RPN_REAL_PATH_TRUE_CUT && a != 0.0) {
-            out = 1.0;
-            return true;
-        }
+    // A short cut needs a REAL on the left.  Where a list inside may have
+    // made an ARRAY (or not, if a short cut further in kept a REAL), the
+    // ordinary evaluation decides.
+    const bool cut = (path == RPN_REAL_PATH_ZERO_CUT && a == 0.0) || (path == RPN_REAL_PATH_TRUE_CUT && a != 0.0);
+    if (cut) {
+        if (!m_left->m_fastValue)
+            return false;
+        out = path == RPN_REAL_PATH_ZERO_CUT ? a : 1.0;
+        return true;
     }
     if (!m_right->EvaluateFast(b))
         return false;

@@ -57,8 +57,6 @@ public:
 
     CRpnNode *m_left = nullptr;  // owned
     CRpnNode *m_right = nullptr; // owned
-    // A list as left operand evaluates to an ARRAY, which takes no short cut.
-    bool m_leftIsList = false;
 };
 
 // --- arithmetic -----------------------------------------------------------------------

@@ -44,6 +44,18 @@ void unary(const double *a, double av, double *out, int n, F f)
     }
 }
 
+// Marks the rows where the left value would take a short cut: zero, or
+// (for OR) not zero.
+void markCut(const double *a, double av, bool nonZero, unsigned char *again, int n)
+{
+    if (a) {
+        for (int i = 0; i < n; ++i)
+            again[i] |= (a[i] != 0.0) == nonZero;
+    } else if ((av != 0.0) == nonZero) {
+        std::fill(again, again + n, 1);
+    }
+}
+
 // Marks the rows whose divisor is zero.
 void markZero(const double *b, double bv, unsigned char *again, int n)
 {
@@ -77,13 +89,17 @@ bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
     if (!node)
         return false;
     // A list of one element has that element's double.
-    if (node->IsList() && !node->IsMultiOperand())
-        return node->GetOperandCount() == 1 && compile(node->GetOperand(0), out);
+    if (node->IsList() && !node->IsMultiOperand()) {
+        if (node->GetOperandCount() != 1 || !compile(node->GetOperand(0), out))
+            return false;
+        out.real = false; // an ARRAY of one
+        return true;
+    }
     if (CNodeVariable *variable = node->AsVariable()) {
         if (variable->IsConstant()) {
             if (!variable->m_value.IsReal())
                 return false;
-            out = {Operand::Constant, 0, variable->m_value.GetRealValue()};
+            out = {Operand::Constant, 0, variable->m_value.GetRealValue(), true};
             return true;
         }
         if (!variable->m_column)
@@ -91,14 +107,14 @@ bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
         auto it = std::find(m_columns.begin(), m_columns.end(), variable->m_column);
         if (it == m_columns.end())
             it = m_columns.insert(m_columns.end(), variable->m_column);
-        out = {Operand::Column, int(it - m_columns.begin()), 0.0};
+        out = {Operand::Column, int(it - m_columns.begin()), 0.0, true};
         return true;
     }
     if (node->IsValue()) {
         double x;
         if (!node->EvaluateFast(x))
             return false;
-        out = {Operand::Constant, 0, x};
+        out = {Operand::Constant, 0, x, true};
         return true;
     }
     const int path = node->GetRealPath();
@@ -110,10 +126,8 @@ bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
         return false;
     if (count == 2 && !compile(node->GetOperand(1), step.b))
         return false;
-    if (count == 2) {
-        const auto *binaryNode = static_cast<const CNodeDoubleOperand *>(node);
-        step.shortCut = !binaryNode->m_leftIsList;
-    }
+    // The short cuts need a REAL on the left; a list inside makes an ARRAY.
+    step.shortCut = count == 2 && step.a.real;
     switch (node->GetKind()) {
     case RPN_NODE_PLUS: step.op = OpAdd; break;
     case RPN_NODE_MINUS: step.op = OpSub; break;
@@ -140,7 +154,7 @@ bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
     }
     step.out = int(m_steps.size());
     m_steps.push_back(step);
-    out = {Operand::Register, step.out, 0.0};
+    out = {Operand::Register, step.out, 0.0, step.a.real && (count == 1 || step.b.real)};
     return true;
 }
 
@@ -200,6 +214,10 @@ int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *v
             const double *a = data(s.a), *b = data(s.b);
             const double av = s.a.value, bv = s.b.value;
             double *out = m_registers[std::size_t(s.out)].data();
+            // Without a sure REAL on the left, a row where a short cut would
+            // decide goes through the tree (it may hold an ARRAY there).
+            if (!s.shortCut && (s.op == OpMul || s.op == OpAnd || s.op == OpOr))
+                markCut(a, av, s.op == OpOr, again, n);
             switch (s.op) {
             case OpAdd: binary(a, av, b, bv, out, n, [](double x, double y) { return x + y; }); break;
             case OpSub: binary(a, av, b, bv, out, n, [](double x, double y) { return x - y; }); break;

@@ -43,6 +43,7 @@ private:
         enum Kind { Register, Column, Constant } kind = Constant;
         int index = 0;       // register or column
         double value = 0.0;  // constant
+        bool real = true;    // the tree's value here is a REAL (no list inside)
     };
     struct Step
     {

@@ -1,5 +1,7 @@
 #include "formulatest.h"
 
+#include "formula/rpnexception.h"
+#include "formula/rpntree.h"
 #include "support/languagestring.h"
 
 #include <gtest/gtest.h>
@@ -49,6 +51,42 @@ CRpnData Empty(std::uint32_t kind)
 std::string Describe(const CRpnData &v)
 {
     return (CRpnData::KindName(v.GetKind()) + u':' + v.GetText(RPN_TEXT_BRACES)).toStdString();
+}
+
+int MessageIdOf(const QString &text)
+{
+    static const int ids[] = {41655, 41656, 41657, 41658, 41659, 41830, 43027, 43028, 43029, 43030, 43031,
+                              43032, 43034, 43035, 43047, 43166, 43167, 43170, 43192, 43198, 43217, 43241,
+                              43242, 43243, 43300};
+    for (int id : ids) {
+        const QString prefix = GetMessageText(id).section(u'%', 0, 0);
+        if (!prefix.isEmpty() && text.startsWith(prefix))
+            return id;
+    }
+    return 0;
+}
+
+std::string Calculate(const QString &text, CEquationTree *tree)
+{
+    CEquationTree fresh;
+    CEquationTree &t = tree ? *tree : fresh;
+    auto error = [&t] {
+        return QStringLiteral("E%1@%2,%3")
+            .arg(MessageIdOf(t.GetErrorMessage()))
+            .arg(t.GetErrorRow())
+            .arg(t.GetErrorCol())
+            .toStdString();
+    };
+    if (!t.Compile(text, nullptr, true))
+        return error();
+    CRpnData value;
+    try {
+        if (t.Run(value) != 1)
+            return error();
+    } catch (const CRpnException &) {
+        return error();
+    }
+    return Describe(value);
 }
 
 namespace {

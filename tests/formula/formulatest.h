@@ -21,6 +21,21 @@ CRpnData Empty(std::uint32_t kind);
 // A value as "KIND:text" with braces, e.g. "ARRAY:{1,2}", "REAL:3".
 std::string Describe(const CRpnData &v);
 
+class CEquationTree;
+
+// The number of the language message that `text` is (its text up to the
+// first argument matches), or 0.
+int MessageIdOf(const QString &text);
+
+// Compiles `text` in `tree` (a fresh one when null, new variables allowed),
+// runs it, and describes what came out: the value as Describe gives it, or
+// "E<message>@<row>,<col>" for a compile or run error.
+std::string Calculate(const QString &text, CEquationTree *tree = nullptr);
+inline std::string Calculate(const char *utf8, CEquationTree *tree = nullptr)
+{
+    return Calculate(QString::fromUtf8(utf8), tree);
+}
+
 inline std::ostream &operator<<(std::ostream &os, const QString &s)
 {
     return os << s.toStdString();
