@@ -140,8 +140,14 @@ CRpnNodeList *CRpnParser::buildBlocks()
         current->Append(node);
     }
     if (stack.size() > 1) {
+        // At the last node of the open list (a statement end made of a line
+        // end does not count).
         const CRpnNodeList *open = stack.back().list;
-        const CRpnNode *at = open->m_children.empty() ? static_cast<const CRpnNode *>(open) : open->m_children.back();
+        const CRpnNode *at = open;
+        for (auto it = open->m_children.rbegin(); it != open->m_children.rend() && at == open; ++it) {
+            if (*it && !(*it)->IsEnd())
+                at = *it;
+        }
         fail(at, kMsgBracketMismatch, {});
         DeleteSubtree(root);
         return nullptr;
