@@ -273,7 +273,8 @@ void CBufferIO::TransferString(QString &text)
             // Copied out, since the text need not lie on an even address; the
             // terminator and anything behind an early one are dropped.
             QString all(int(n / 2), Qt::Uninitialized);
-            std::memcpy(all.data(), m_cursor, std::size_t(all.size()) * 2);
+            if (!all.isEmpty())
+                std::memcpy(all.data(), m_cursor, std::size_t(all.size()) * 2);
             const qsizetype end = all.indexOf(QChar(0));
             text = end < 0 ? all : all.left(end);
             m_cursor += n;
