@@ -11,6 +11,7 @@
 #include "graphdata/curveinfo.h"
 #include "graphdata/graphdata.h"
 #include "graphdata/graphrange.h"
+#include "graphdata/textnline.h"
 
 #include <QString>
 #include <cstdint>
@@ -128,6 +129,8 @@ public:
     void FitRanges();
 
     // ---- members -------------------------------------------------------------
+    // Drawing objects over the plot (lines, rectangles, texts), owned.
+    CTextnLineArray m_textObjects;
     std::int32_t m_highlightedCurve = -1;
     std::int32_t m_activeAxis = 0;
     QString m_title;
@@ -168,6 +171,15 @@ public:
     std::int32_t m_drawLock = 0;
     std::int32_t m_lastDrawnRow = 0;
     std::int32_t m_lastGeneration = 0;
+
+    // Where the last full draw put things, in device pixels: the target it
+    // filled, the plot rectangle, the X axis band below the plot and the
+    // legend's title box.  Incremental passes, the window's hit tests and the
+    // drawing objects work from these.
+    CIntRect m_drawTarget;
+    CIntRect m_plotRect;
+    CIntRect m_xAxisRect;
+    CIntRect m_titleRect;
 
     // Spectrum frequency column and its log form, filled by the spectrum
     // code; the X extent in spectrum mode comes from them.

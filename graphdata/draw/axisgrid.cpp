@@ -1,0 +1,107 @@
+#include "graphdata/draw/axisgrid.h"
+
+#include "graphdata/axislabels.h"
+#include "graphdata/axisscale.h"
+#include "graphdata/axisticks.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+// Text of a label on a linear axis: value times the prefix factor, with
+// the prefix letter behind it.
+QString linearLabel(double v, double step, const CUnitPrefix &prefix)
+{
+    // A value within a millionth of a step of 0 is 0, not a rounding rest.
+    if (std::fabs(v) < std::fabs(step) * 1e-6)
+        return QStringLiteral("0");
+    return LabelText(v * prefix.factor, prefix.digits) + prefix.letter;
+}
+
+QString logLabel(double v)
+{
+    const CUnitPrefix prefix = UnitPrefix(v);
+    return LabelText(v * prefix.factor, 6) + prefix.letter;
+}
+
+double widestOf(const QStringList &texts, const QFontMetricsF &metrics)
+{
+    double w = 0;
+    // Long lists are sampled: their texts differ little in width.
+    const int n = int(texts.size());
+    const int stride = n > 60 ? n / 30 : 1;
+    for (int i = 0; i < n; i += stride)
+        w = std::max(w, metrics.horizontalAdvance(texts[i]));
+    if (n > 0)
+        w = std::max(w, metrics.horizontalAdvance(texts.back()));
+    return w;
+}
+
+} // namespace
+
+CAxisTicks ComputeAxisTicks(const CAxisTickRequest &q, const QFontMetricsF &metrics)
+{
+    CAxisTicks out;
+    double lo = q.viewMin, hi = q.viewMax;
+    if (!std::isfinite(lo) || !std::isfinite(hi) || !(hi > lo))
+        return out;
+
+    if (q.log) {
+        const double room = q.length / (q.xAxis ? metrics.averageCharWidth() : metrics.height());
+        std::vector<double> ticks, labels;
+        LogTicks(room, std::pow(10.0, lo), std::pow(10.0, hi), ticks, labels);
+        for (double v : ticks)
+            out.major.push_back(std::log10(v));
+        if (q.labelsOn) {
+            for (double v : labels) {
+                out.labelAt.push_back(std::log10(v));
+                out.labels.push_back(logLabel(v));
+            }
+        }
+        out.widest = widestOf(out.labels, metrics);
+        return out;
+    }
+
+    double step = q.step;
+    if (!(step > 0)) {
+        double a = hi, b = lo;
+        step = q.dateDays ? DateAxisStep(hi - lo) : q.xAxis ? NiceStepX(a, b) : NiceStepY(a, b);
+    }
+    if (q.integerTicks) {
+        step = std::trunc(step);
+        if (!(step > 0))
+            step = 1;
+    }
+    const CUnitPrefix prefix = PrefixFromRange(lo, hi);
+    int zeroIndex = -1;
+    std::vector<double> ticks, labels;
+    step = LinearTicks(lo, hi, step, ticks, zeroIndex, 1, q.labelsOn, labels);
+    out.major = ticks;
+
+    if (q.labelsOn && !labels.empty()) {
+        QStringList texts;
+        for (double v : labels)
+            texts.push_back(linearLabel(v, step, prefix));
+        double every = 1;
+        if (!q.dateDays) {
+            const double need = q.xAxis ? 2 * (widestOf(texts, metrics) + metrics.averageCharWidth())
+                                        : 1.5 * metrics.height();
+            every = LabelEvery(hi - lo, step, q.length, need, q.xAxis);
+        }
+        if (every > 1) {
+            std::vector<double> sparse;
+            LinearTicks(lo, hi, step, ticks, zeroIndex, int(every), true, sparse);
+            labels.swap(sparse);
+            texts.clear();
+            for (double v : labels)
+                texts.push_back(linearLabel(v, step, prefix));
+        }
+        out.labelAt = labels;
+        out.labels = texts;
+    }
+    if (q.subDivisions >= 2 && !out.major.empty() && out.major.size() < 2000)
+        MinorTicks(lo, hi, out.major.front(), step, q.subDivisions, out.minor);
+    out.widest = widestOf(out.labels, metrics);
+    return out;
+}

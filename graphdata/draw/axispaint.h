@@ -1,0 +1,45 @@
+#pragma once
+// Painting the grid, the frame and the axes of a laid-out graph, and the
+// labels of auto-fitted and sliced axes.
+
+#include "graphdata/draw/graphlayout.h"
+
+#include <QColor>
+#include <cmath>
+#include <vector>
+
+class QPainter;
+class CGraphCurve;
+
+// Grid lines of the X axis and of the Y axes that have a grid.  Nothing when
+// the graph's grid switch (m_gridOn, shown inverted in the options) is set.
+void DrawGrid(QPainter &painter, const CGraphCurve &graph, const CGraphLayout &layout, bool blackWhite);
+
+// The plot's frame, tick marks, labels and the X axis title.
+void DrawAxes(QPainter &painter, const CGraphCurve &graph, const CGraphLayout &layout, bool blackWhite);
+
+// One curve of an auto-fitted (kind 1) or sliced (kind 2) axis, with the
+// extent its band or slice shows.
+struct CFitLabel
+{
+    int curve = -1;
+    bool slice = false;
+    QRect band;        // the slice, for kind 2
+    double min = 0, max = 0;
+    QColor color;
+    QString text;
+};
+
+// Kind 1 labels run down the label area, a row of (1.15 h) each; kind 2
+// labels stand beside their slice, clipped to it.
+void DrawFitLabels(QPainter &painter, const CGraphLayout &layout, const std::vector<CFitLabel> &labels);
+
+// Pixel of an axis value: the mapping of the plotting pipeline.
+inline int MapX(double v, double vmin, double scale, int left)
+{
+    return left + int(std::floor((v - vmin) * scale));
+}
+inline int MapY(double v, double vmin, double scale, int bottom)
+{
+    return bottom - int(std::floor((v - vmin) * scale));
+}

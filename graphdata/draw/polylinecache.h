@@ -1,0 +1,80 @@
+#pragma once
+// The polyline cache of a curve: the device points a drawing pass made of
+// its rows, cut into runs, with the symbol positions and the arrow at the
+// end, and the mapping they were made with.  A repaint with the same rows,
+// mapping, thickness and symbol state draws the cache again without
+// walking the rows.
+
+#include "graphdata/curveinfo.h"
+#include "graphdata/graphrange.h"
+
+#include <QPoint>
+#include <QPointF>
+#include <cstdint>
+#include <vector>
+
+// How values become device pixels:
+//   px = plot.left + floor((x - xMin) * xScale)
+//   py = plot.bottom - floor((y - yMin) * yScale)
+struct CPixelMapping
+{
+    double xMin = 0, xScale = 1;
+    double yMin = 0, yScale = 1;
+    CIntRect plot;
+
+    bool operator==(const CPixelMapping &other) const = default;
+};
+
+class CPolylinePixels : public CPolylineCache
+{
+public:
+    // points, cut into runs of m_runLengths points each
+    std::vector<QPoint> m_points;
+    std::vector<int> m_runLengths;
+    // symbol positions; only kept when the curve shows symbols
+    std::vector<QPoint> m_symbolPoints;
+    bool m_hasSymbols = false;
+    // rows covered
+    int m_firstRow = 0;
+    int m_lastRow = -1;
+    CPixelMapping m_mapping;
+    int m_thickness = 1;
+    // The arrow at the end of an X-Y curve: the last two distinct points,
+    // unrounded; the head's size comes from the font when it is drawn.
+    int m_arrowOn = 0;
+    QPointF m_arrowFrom, m_arrowTo;
+    double m_arrowLength = 0;
+    double m_arrowWidth = 0;
+    double m_arrowAngle = 20;
+    int m_arrowFill = 1;
+
+    // Where the walk that made the points stopped, so that rows added later
+    // carry it on exactly as one walk over all rows would have gone: the
+    // pixel column still open, the run being drawn, and the sizes of the
+    // arrays before that column was written out.
+    struct WalkState
+    {
+        bool resumable = false;
+        bool columnOpen = false;
+        std::int64_t col = 0, lo = 0, hi = 0, entry = 0, exit = 0;
+        bool runOpen = false;
+        QPoint runEnd;
+        int runStart = 0;
+        int points = 0, runs = 0, symbols = 0;
+        QPoint keep; // the point before the mark, which closing may drop
+        int lastWalked = -1; // the last row looked at
+        int start = -1;      // the first row drawn
+        int lastGood = -1;   // the last row with X and Y valid
+    };
+    WalkState m_walk;
+
+    int RunCount() const { return int(m_runLengths.size()); }
+
+    // The cache stands for a pass over rows firstRow..lastRow with this
+    // mapping (scales, minima and plot rectangle), thickness and symbol state.
+    bool IsValidFor(int firstRow, int lastRow, const CPixelMapping &mapping, int thickness, bool symbols) const
+    {
+        return m_firstRow == firstRow && m_lastRow == lastRow && m_mapping == mapping && m_thickness == thickness
+            && m_hasSymbols == symbols;
+    }
+};

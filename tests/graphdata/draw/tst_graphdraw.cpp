@@ -1,0 +1,494 @@
+// The drawing pass, rendered into images: pixels, the cached polylines and
+// the rectangles the pass leaves with the graph.
+#include "graphdata/draw/bitmapscreendraw.h"
+#include "graphdata/draw/curvepaint.h"
+#include "graphdata/draw/drawtools.h"
+#include "graphdata/draw/graphdraw.h"
+#include "graphdata/draw/polylinecache.h"
+#include "graphdata/graphcurve.h"
+#include "support/languagestring.h"
+
+#include <QImage>
+#include <QPainter>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+const std::uint32_t kRed = 0x0000FF, kBlue = 0xFF0000;
+
+// A graph on a white ground with column 0 as X and further columns as given.
+struct Plot
+{
+    CGraphCurve graph;
+    QImage image{480, 320, QImage::Format_RGB32};
+
+    explicit Plot(const std::vector<std::vector<double>> &columns)
+    {
+        const int rows = columns.empty() ? 0 : int(columns[0].size());
+        graph.m_data.Create(1, int(columns.size()), rows, 0);
+        for (int c = 0; c < int(columns.size()); ++c) {
+            graph.m_data.GetColumn(c)->m_name = c == 0 ? QStringLiteral("X") : QStringLiteral("Y%1").arg(c);
+            if (rows > 0)
+                graph.m_data.AppendRows(columns[std::size_t(c)].data(), nullptr, c, 1, 0, rows);
+        }
+        graph.m_backColor = 0xFFFFFF;
+        graph.m_foreColor = 0;
+    }
+    CCurveInfo &curve(int column, std::uint32_t color, int axis = 0)
+    {
+        bool changed;
+        const int i = graph.AddCurve(column, axis, false, changed);
+        CCurveInfo &c = *graph.Curve(i);
+        c.m_color = color;
+        return c;
+    }
+    void view(double x0, double x1, double y0, double y1, int axis = 0)
+    {
+        graph.m_xViewMin = x0;
+        graph.m_xViewMax = x1;
+        graph.Range(axis)->m_viewMin = y0;
+        graph.Range(axis)->m_viewMax = y1;
+    }
+    CDrawResult draw(unsigned flags = DrawFull)
+    {
+        QPainter p(&image);
+        CDrawRequest request;
+        request.flags = flags;
+        request.target = image.rect();
+        return DrawGraph(graph, p, request);
+    }
+    const CPolylinePixels *cache(int curve) const
+    {
+        return static_cast<const CPolylinePixels *>(graph.Curve(curve)->LinePixels());
+    }
+    bool is(int x, int y, std::uint32_t color) const
+    {
+        return QColor(image.pixel(x, y)) == ColorFromRef(color);
+    }
+    int count(std::uint32_t color, const QRect &within) const
+    {
+        int n = 0;
+        for (int y = within.top(); y <= within.bottom(); ++y)
+            for (int x = within.left(); x <= within.right(); ++x)
+                n += is(x, y, color) ? 1 : 0;
+        return n;
+    }
+    // Pixels of text in `color` over the white ground: smoothed text mixes
+    // the two, so a pixel counts when it lies on the way from white to it.
+    int countText(std::uint32_t color, const QRect &within) const
+    {
+        const QColor ref = ColorFromRef(color);
+        const int rc[3] = {ref.red(), ref.green(), ref.blue()};
+        int n = 0;
+        for (int y = within.top(); y <= within.bottom(); ++y)
+            for (int x = within.left(); x <= within.right(); ++x) {
+                const QColor c(image.pixel(x, y));
+                const int pc[3] = {c.red(), c.green(), c.blue()};
+                int k = 0;
+                for (int i = 1; i < 3; ++i)
+                    if (255 - rc[i] > 255 - rc[k])
+                        k = i;
+                const double a = double(255 - pc[k]) / (255 - rc[k]);
+                if (a < 0.3)
+                    continue;
+                bool on = true;
+                for (int i = 0; i < 3; ++i)
+                    on = on && std::abs(pc[i] - (255 * (1 - a) + rc[i] * a)) < 30;
+                n += on ? 1 : 0;
+            }
+        return n;
+    }
+    QRect plot() const { return EdgesToQRect(graph.m_plotRect); }
+};
+
+std::vector<double> ramp(int n, double from = 0, double step = 1)
+{
+    std::vector<double> v;
+    for (int i = 0; i < n; ++i)
+        v.push_back(from + i * step);
+    return v;
+}
+
+class GraphDraw : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG))); }
+};
+
+} // namespace
+
+TEST_F(GraphDraw, ConstantCurveOnAnAutoFittedAxisDrawsAtMidHeight)
+{
+    Plot plot({ramp(50), std::vector<double>(50, 7.5)});
+    plot.curve(1, kRed);
+    plot.graph.Range(0)->m_layout = CGraph_Range::LayoutAutoFit;
+    plot.view(0, 49, 0, 1);
+    ASSERT_EQ(plot.draw().kind, CDrawResult::Full);
+    const CIntRect r = plot.graph.m_plotRect;
+    const int mid = r.bottom - (r.bottom - r.top) / 2;
+    const CPolylinePixels *cache = plot.cache(0);
+    ASSERT_NE(cache, nullptr);
+    ASSERT_FALSE(cache->m_points.empty());
+    for (const QPoint &p : cache->m_points)
+        EXPECT_EQ(p.y(), mid);
+    EXPECT_TRUE(plot.is((r.left + r.right) / 2, mid, kRed));
+}
+
+TEST_F(GraphDraw, MissingAndSinglePointCurves)
+{
+    struct Case
+    {
+        const char *name;
+        std::vector<std::uint8_t> valid;
+        int symbol;
+        int expectedPixels; // of the curve's colour: 0 none, 1 some
+    };
+    const Case cases[] = {
+        {"all missing", {0, 0, 0, 0, 0}, 2, 0},
+        {"one point without symbol", {0, 0, 1, 0, 0}, 0, 0},
+        {"one point with symbol", {0, 0, 1, 0, 0}, 2, 1},
+    };
+    for (const Case &c : cases) {
+        Plot plot({ramp(5), ramp(5)});
+        plot.graph.m_data.GetColumn(1)->m_valid[0] = c.valid[0];
+        for (int i = 0; i < 5; ++i)
+            plot.graph.m_data.GetColumn(1)->m_valid[i] = c.valid[std::size_t(i)];
+        plot.curve(1, kRed).m_symbol = c.symbol;
+        plot.view(0, 4, 0, 4);
+        const CDrawResult result = plot.draw();
+        const CPolylinePixels *cache = plot.cache(0);
+        ASSERT_NE(cache, nullptr) << c.name;
+        EXPECT_TRUE(cache->m_points.empty()) << c.name;
+        const int pixels = plot.count(kRed, plot.plot());
+        if (c.expectedPixels == 0) {
+            EXPECT_EQ(pixels, 0) << c.name;
+        } else {
+            // a 5 by 5 square around the point's place
+            const QRect r = plot.plot();
+            const QPoint centre(r.left() + r.width() / 2, r.bottom() - r.height() / 2);
+            EXPECT_EQ(cache->m_symbolPoints.size(), 1u) << c.name;
+            EXPECT_TRUE(plot.is(cache->m_symbolPoints[0].x(), cache->m_symbolPoints[0].y(), kRed)) << c.name;
+            EXPECT_LE((cache->m_symbolPoints[0] - centre).manhattanLength(), 2) << c.name;
+            EXPECT_GE(pixels, 16) << c.name;
+            EXPECT_LE(pixels, 25) << c.name;
+        }
+        EXPECT_EQ(result.points, int(cache->m_symbolPoints.size()) * (c.symbol ? 1 : 0)) << c.name;
+    }
+}
+
+TEST_F(GraphDraw, ALineLeavingThePlotEndsOnePixelInside)
+{
+    Plot plot({{0, 1}, {1, 1e6}});
+    plot.curve(1, kRed);
+    plot.view(0, 10, 0, 10);
+    plot.draw();
+    const CPolylinePixels *cache = plot.cache(0);
+    ASSERT_EQ(cache->m_points.size(), 2u);
+    EXPECT_EQ(cache->m_points.back().y(), plot.graph.m_plotRect.top + 1);
+    EXPECT_TRUE(plot.is(cache->m_points.back().x(), cache->m_points.back().y(), kRed));
+    EXPECT_FALSE(plot.is(cache->m_points.back().x(), plot.graph.m_plotRect.top - 1, kRed));
+}
+
+TEST_F(GraphDraw, InvalidRowsBreakTheLineAndAreReported)
+{
+    Plot plot({ramp(9), ramp(9)});
+    plot.graph.m_data.GetColumn(1)->m_valid[4] = 2;
+    plot.graph.m_data.GetColumn(1)->m_hasInvalid = 1;
+    plot.curve(1, kRed);
+    plot.view(0, 8, 0, 8);
+    const CDrawResult result = plot.draw();
+    EXPECT_TRUE(result.invalidRows);
+    EXPECT_EQ(plot.cache(0)->RunCount(), 2);
+}
+
+TEST_F(GraphDraw, TheCacheIsReusedUntilTheViewChanges)
+{
+    Plot plot({ramp(1000), ramp(1000, 0, 0.5)});
+    plot.curve(1, kRed);
+    plot.view(0, 999, 0, 500);
+    plot.draw();
+    const CPolylinePixels *first = plot.cache(0);
+    ASSERT_NE(first, nullptr);
+    plot.draw();
+    EXPECT_EQ(plot.cache(0), first);
+    plot.view(0, 500, 0, 500);
+    plot.draw();
+    EXPECT_NE(plot.cache(0), first);
+    const CPolylinePixels *second = plot.cache(0);
+    plot.graph.Range(0)->m_viewMax = 250;
+    plot.draw();
+    EXPECT_NE(plot.cache(0), second);
+    EXPECT_EQ(plot.cache(0)->m_mapping.yScale, (plot.graph.m_plotRect.bottom - plot.graph.m_plotRect.top) / 250.0);
+}
+
+TEST_F(GraphDraw, RowsAddedLaterAreDrawnIncrementally)
+{
+    Plot plot({ramp(100), ramp(100)});
+    plot.graph.m_data->m_ordered = 1;
+    plot.curve(1, kRed);
+    plot.view(0, 200, 0, 200);
+    EXPECT_EQ(plot.draw().kind, CDrawResult::Full);
+    const CPolylinePixels *cache = plot.cache(0);
+    const QPoint oldEnd = cache->m_points.back();
+    // Nothing new: nothing is drawn.
+    EXPECT_EQ(plot.draw(0).kind, CDrawResult::Nothing);
+
+    std::vector<double> rows;
+    for (int i = 100; i < 150; ++i) {
+        rows.push_back(i);
+        rows.push_back(i);
+    }
+    plot.graph.m_data.AppendRows(rows.data(), nullptr, 0, 2, 100, 50);
+    const CDrawResult result = plot.draw(0);
+    EXPECT_EQ(result.kind, CDrawResult::Incremental);
+    EXPECT_EQ(plot.cache(0), cache);
+    EXPECT_EQ(cache->m_lastRow, 149);
+    EXPECT_GT(result.points, 1);
+    EXPECT_LT(result.points, int(cache->m_points.size()));
+    const QPoint newEnd = cache->m_points.back();
+    EXPECT_GT(newEnd.x(), oldEnd.x());
+    EXPECT_TRUE(plot.is(newEnd.x(), newEnd.y(), kRed));
+
+    // A full pass afterwards finds the cache valid and keeps it.
+    plot.draw();
+    EXPECT_EQ(plot.cache(0), cache);
+    // A changed generation asks for a full pass.
+    plot.graph.m_data->m_generation++;
+    EXPECT_EQ(plot.draw(0).kind, CDrawResult::Full);
+}
+
+TEST_F(GraphDraw, MessagesStandInForAPlot)
+{
+    {
+        Plot plot({ramp(3), ramp(3)});
+        EXPECT_EQ(plot.draw().kind, CDrawResult::Message); // no curves
+        EXPECT_GT(plot.countText(0, plot.image.rect().adjusted(100, 120, -100, -120)), 20);
+    }
+    {
+        Plot plot({ramp(3), ramp(3)});
+        plot.curve(1, kRed);
+        plot.view(0, 2, 0, 2);
+        plot.graph.m_data->m_dataFlags |= CGraphData_Data::NoData;
+        plot.graph.m_data->m_messageText = QStringLiteral("Waiting for the simulation");
+        EXPECT_EQ(plot.draw().kind, CDrawResult::Message);
+        EXPECT_EQ(plot.count(kRed, plot.image.rect()), 0);
+        EXPECT_GT(plot.countText(0, plot.image.rect()), 20);
+    }
+    {
+        Plot plot({ramp(3), ramp(3)});
+        plot.curve(1, kRed);
+        plot.view(0, 2, 0, 2);
+        plot.graph.m_drawLock = 1;
+        plot.image.fill(Qt::green);
+        EXPECT_EQ(plot.draw().kind, CDrawResult::Nothing);
+        EXPECT_EQ(plot.image.pixel(10, 10), QColor(Qt::green).rgb());
+    }
+}
+
+TEST_F(GraphDraw, TheLegendStandsWhereItsPositionSays)
+{
+    for (int position = 0; position <= 4; ++position) {
+        Plot plot({ramp(20), ramp(20), ramp(20, 20, -1)});
+        plot.curve(1, kRed);
+        plot.curve(2, kBlue);
+        plot.graph.m_title = QStringLiteral("Title");
+        plot.graph.m_legendPos = position;
+        plot.graph.m_legendOffset = 5000;
+        plot.view(0, 19, 0, 20);
+        plot.draw();
+        const QRect r = plot.plot();
+        ASSERT_EQ(plot.graph.m_curveHitRects.size(), 2u) << position;
+        const QRect title = EdgesToQRect(plot.graph.m_titleRect);
+        for (int i = 0; i < 2; ++i) {
+            const QRect hit = EdgesToQRect(plot.graph.m_curveHitRects[std::size_t(i)]);
+            EXPECT_FALSE(hit.isEmpty()) << position;
+            EXPECT_TRUE(plot.image.rect().contains(hit)) << position;
+            switch (position) {
+            case 0:
+            case 1:
+                EXPECT_LT(hit.bottom(), r.top()) << position;
+                break;
+            case 2:
+                EXPECT_GT(hit.top(), r.bottom()) << position;
+                break;
+            case 3:
+                EXPECT_LT(hit.right(), r.left()) << position;
+                break;
+            default:
+                EXPECT_GT(hit.left(), r.right()) << position;
+            }
+            // the label is written in the curve's colour
+            EXPECT_GT(plot.countText(i == 0 ? kRed : kBlue, hit), 5) << position;
+        }
+        if (position == 1) {
+            EXPECT_GE(title.left(), r.left() + r.width() / 2 - 1);
+        }
+        if (position >= 3) {
+            EXPECT_LT(plot.graph.m_curveHitRects[0].bottom, plot.graph.m_curveHitRects[1].top) << position;
+        }
+    }
+}
+
+TEST_F(GraphDraw, BarsStandBesideEachOtherOnTheirRows)
+{
+    Plot plot({{1, 2, 3}, {4, 6, 8}, {2, 3, 4}});
+    plot.curve(1, kRed).m_options |= CCurveBasicInfo::OptionBar;
+    plot.curve(2, kBlue).m_options |= CCurveBasicInfo::OptionBar;
+    plot.view(0, 4, 0, 10);
+    EXPECT_EQ(plot.draw().points, 6);
+    const CIntRect r = plot.graph.m_plotRect;
+    const double xs = (r.right - r.left) / 4.0, ys = (r.bottom - r.top) / 10.0;
+    // Row 2 (x = 2): the first curve's bar left of x, the second's right of it.
+    const int x = r.left + int(2 * xs);
+    EXPECT_TRUE(plot.is(x - 8, r.bottom - int(5.5 * ys), kRed));
+    EXPECT_FALSE(plot.is(x - 8, r.bottom - int(6.5 * ys), kRed));
+    EXPECT_TRUE(plot.is(x + 8, r.bottom - int(2.5 * ys), kBlue));
+    EXPECT_FALSE(plot.is(x + 8, r.bottom - int(3.5 * ys), kBlue));
+    EXPECT_DOUBLE_EQ(BarHalfWidth(2, 3, 2.0), 2.0 / (6 * 3));
+    EXPECT_DOUBLE_EQ(BarHalfWidth(1, 21, 2.0), 2.0 / (1 + 42));
+    EXPECT_DOUBLE_EQ(BarShift(3, 0, 1.0), -2.2);
+    EXPECT_DOUBLE_EQ(BarShift(2, 1, 1.0), 1.1);
+}
+
+TEST_F(GraphDraw, SinglePixelCurvesSetOnePixelPerRow)
+{
+    Plot plot({ramp(5, 1), {1, 2, 3, 4, 5}});
+    plot.curve(1, kRed).m_symbol = SymbolPixel;
+    plot.view(0, 6, 0, 6);
+    EXPECT_EQ(plot.draw().points, 5);
+    EXPECT_EQ(plot.count(kRed, plot.plot()), 5);
+    EXPECT_EQ(plot.graph.Curve(0)->LinePixels(), nullptr);
+}
+
+TEST_F(GraphDraw, AxesStackOutsideThePlot)
+{
+    Plot plot({ramp(20), ramp(20), ramp(20, 1000, 50)});
+    plot.curve(1, kRed);
+    CCurveInfo &second = plot.curve(2, kBlue);
+    second.m_yAxisIndex = plot.graph.AddRange(&second);
+    plot.graph.AddRange();
+    plot.graph.Range(2)->m_axisSide = 2;
+    plot.graph.FitRanges();
+    plot.draw();
+    const QRect r = plot.plot();
+    const QRect a0 = EdgesToQRect(plot.graph.Range(0)->m_areaRect);
+    const QRect a1 = EdgesToQRect(plot.graph.Range(1)->m_areaRect);
+    const QRect a2 = EdgesToQRect(plot.graph.Range(2)->m_areaRect);
+    EXPECT_LE(a0.right(), r.left());
+    EXPECT_GE(a1.left(), r.right());
+    EXPECT_LT(a2.right(), a0.left());
+    EXPECT_GE(a2.left(), 0);
+    EXPECT_LE(a1.right(), plot.image.width());
+}
+
+TEST_F(GraphDraw, LogarithmicAxesMapDecades)
+{
+    Plot plot({{1, 10, 100}, {1, 10, 100}});
+    plot.graph.m_xLog = 1;
+    plot.graph.Range(0)->m_logScale = 1;
+    plot.curve(1, kRed);
+    plot.view(0, 2, 0, 2); // log10 units
+    plot.draw();
+    const CIntRect r = plot.graph.m_plotRect;
+    const CPolylinePixels *cache = plot.cache(0);
+    ASSERT_GE(cache->m_points.size(), 2u);
+    EXPECT_EQ(cache->m_points.front(), QPoint(r.left, r.bottom));
+    EXPECT_EQ(cache->m_points.back(), QPoint(r.right, r.top));
+    const QPoint middle((r.left + r.right) / 2, (r.top + r.bottom) / 2);
+    EXPECT_GE(plot.count(kRed, QRect(middle - QPoint(1, 1), QSize(3, 3))), 1);
+}
+
+TEST_F(GraphDraw, SlicesAndStripsKeepEachCurveInItsBand)
+{
+    for (int mode = 0; mode < 2; ++mode) {
+        Plot plot({ramp(30), ramp(30), ramp(30, 100, -3), std::vector<double>(30, 1)});
+        for (int c = 1; c <= 3; ++c)
+            plot.curve(c, c == 1 ? kRed : c == 2 ? kBlue : 0x00A000);
+        plot.view(0, 29, 0, 1);
+        if (mode == 0)
+            plot.graph.Range(0)->m_layout = CGraph_Range::LayoutSlices;
+        else
+            plot.graph.m_viewKind = 3;
+        plot.draw();
+        const CIntRect r = plot.graph.m_plotRect;
+        const double band = (r.bottom - r.top) / 3.0;
+        for (int c = 0; c < 3; ++c) {
+            const CPolylinePixels *cache = plot.cache(c);
+            ASSERT_FALSE(cache->m_points.empty());
+            for (const QPoint &p : cache->m_points) {
+                EXPECT_GE(p.y(), r.top + int(c * band) - 1) << mode << " " << c;
+                EXPECT_LE(p.y(), r.top + int((c + 1) * band) + 1) << mode << " " << c;
+            }
+        }
+    }
+}
+
+TEST_F(GraphDraw, TheBoxViewDrawsRibbons)
+{
+    Plot plot({ramp(30), ramp(30), ramp(30, 30, -1)});
+    plot.curve(1, kRed);
+    plot.curve(2, kBlue);
+    plot.graph.m_viewKind = 1;
+    plot.view(0, 29, 0, 30);
+    const CDrawResult result = plot.draw();
+    // one quadrilateral between each two points of each curve's line
+    EXPECT_GE(result.points, 2 * 2);
+    int reddish = 0;
+    for (int y = 0; y < plot.image.height(); ++y)
+        for (int x = 0; x < plot.image.width(); ++x) {
+            const QColor c(plot.image.pixel(x, y));
+            reddish += c.red() > 180 && c.green() < 140 && c.blue() < 140 ? 1 : 0;
+        }
+    EXPECT_GT(reddish, 100);
+}
+
+TEST_F(GraphDraw, AnXYCurveEndsInAnArrow)
+{
+    Plot plot({ramp(3)});
+    const double pairs[] = {1, 1, 2, 3, 4, 4};
+    const int i = plot.graph.AddOwnCurve(QStringLiteral("X"), QStringLiteral("Y"), pairs, 3, false);
+    plot.graph.Curve(i)->m_color = kRed;
+    plot.graph.Curve(i)->m_specialDraw = CCurveBasicInfo::SpecialArrow;
+    plot.view(0, 5, 0, 5);
+    plot.draw();
+    const CPolylinePixels *cache = plot.cache(i);
+    ASSERT_EQ(cache->m_arrowOn, 1);
+    const CIntRect r = plot.graph.m_plotRect;
+    const double xs = (r.right - r.left) / 5.0;
+    EXPECT_NEAR(cache->m_arrowTo.x(), r.left + 4 * xs, 1e-9);
+    // the head is filled a few pixels back along the line
+    const QPointF back = cache->m_arrowTo + (cache->m_arrowFrom - cache->m_arrowTo) * (4.0 / QLineF(cache->m_arrowFrom, cache->m_arrowTo).length());
+    EXPECT_TRUE(plot.is(int(back.x()), int(back.y()), kRed));
+}
+
+TEST(BitmapScreenDraw, KeepsALargeEnoughImageAndCopiesTheRectangle)
+{
+    CBitmapScreenDraw store;
+    QImage screen(200, 100, QImage::Format_RGB32);
+    screen.fill(Qt::white);
+    {
+        QPainter target(&screen);
+        CDC_BitmapScreenDraw dc(store, target, QRect(50, 20, 100, 60));
+        dc.Painter().fillRect(QRect(60, 30, 10, 10), Qt::red);
+    }
+    EXPECT_EQ(store.m_width, 100);
+    EXPECT_EQ(QColor(screen.pixel(65, 35)), QColor(Qt::red));
+    const qint64 key = store.m_image.cacheKey();
+    {
+        QPainter target(&screen);
+        CDC_BitmapScreenDraw dc(store, target, QRect(0, 0, 80, 40));
+        dc.Painter().fillRect(QRect(0, 0, 80, 40), Qt::blue);
+    }
+    EXPECT_EQ(store.m_image.cacheKey() >> 32, key >> 32); // the same image
+    EXPECT_EQ(QColor(screen.pixel(79, 39)), QColor(Qt::blue));
+    EXPECT_EQ(QColor(screen.pixel(81, 41)), QColor(Qt::white));
+    {
+        QPainter target(&screen);
+        CDC_BitmapScreenDraw dc(store, target, QRect(0, 0, 200, 100));
+    }
+    EXPECT_EQ(store.m_width, 200);
+    EXPECT_EQ(store.m_useCount, 0);
+}
