@@ -199,12 +199,6 @@ int DrawThreeD(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, std::ve
         n += job.usable ? 1 : 0;
     if (n == 0)
         return 0;
-    CPixelMapping face;
-    face.xMin = xMin;
-    face.xScale = box.front.width() / (xMax - xMin);
-    face.yMin = yMin;
-    face.yScale = box.front.height() / (yMax - yMin);
-    face.plot = CIntRect{int(box.front.left()), int(box.front.top()), int(box.front.right()), int(box.front.bottom())};
     const double ribbon = 0.5 / n;
     int quads = 0;
     int slot = n;
@@ -213,21 +207,41 @@ int DrawThreeD(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, std::ve
         if (!job.usable)
             continue;
         --slot;
+        // Each curve on its own axis's range, on the front face.
+        const CGraph_Range &axis = *g.Range(job.axis);
+        if (!(axis.m_viewMax > axis.m_viewMin))
+            continue;
+        CPixelMapping face;
+        face.xMin = xMin;
+        face.xScale = box.front.width() / (xMax - xMin);
+        face.yMin = axis.m_viewMin;
+        face.yScale = box.front.height() / (axis.m_viewMax - axis.m_viewMin);
+        face.plot = CIntRect{int(box.front.left()), int(box.front.top()), int(box.front.right()),
+                             int(box.front.bottom())};
         const double zc = (slot + 0.5) / n;
         const QPointF d0 = box.depth * (zc - ribbon / 2), d1 = box.depth * (zc + ribbon / 2);
         CPolylinePixels line;
         BuildPolyline(line, job.Arrays(), job.first, job.last, face, 1, false, false);
         const QColor color = bw ? QColor(Qt::black) : ColorFromRef(job.curve->m_color);
-        p.setPen(QPen(color.darker(140), 0));
+        p.setPen(Qt::NoPen);
         p.setBrush(bw ? QColor(Qt::white) : color.lighter(130));
         const QPoint *pt = line.m_points.data();
         for (int runLength : line.m_runLengths) {
+            QPolygonF nearEdge, farEdge;
             for (int k = 0; k + 1 < runLength; ++k) {
                 const QPointF a = QPointF(pt[k]), b = QPointF(pt[k + 1]);
                 const QPointF quad[4] = {a + d0, b + d0, b + d1, a + d1};
                 p.drawPolygon(quad, 4);
                 ++quads;
             }
+            for (int k = 0; k < runLength; ++k) {
+                nearEdge << QPointF(pt[k]) + d0;
+                farEdge << QPointF(pt[k]) + d1;
+            }
+            p.setPen(QPen(color.darker(130), 0));
+            p.drawPolyline(farEdge);
+            p.drawPolyline(nearEdge);
+            p.setPen(Qt::NoPen);
             pt += runLength;
         }
     }
