@@ -19,6 +19,56 @@ inline std::int64_t floorToPixel(double t)
     return i - (double(i) > t ? 1 : 0);
 }
 
+// The X values that certainly fall into one pixel column: (low, high),
+// kept a millionth of a pixel (and a few rounding steps of X) inside the
+// column's edges, so that a value between them maps to the column whatever
+// the rounding.  Not usable when the pixels are too narrow for that margin.
+struct CColumnBounds
+{
+    double low = 0, high = 0;
+    bool usable = false;
+};
+
+CColumnBounds ColumnBounds(const CPixelMapping &m, std::int64_t col)
+{
+    CColumnBounds b;
+    if (!(m.xScale > 0) || !std::isfinite(m.xScale))
+        return b;
+    const double width = 1 / m.xScale;
+    const double k = double(col - m.plot.left);
+    const double a = m.xMin + k * width, z = m.xMin + (k + 1) * width;
+    const double tolerance = width * 1e-6 + std::max(std::fabs(a), std::fabs(z)) * 1e-12;
+    if (!std::isfinite(a) || !std::isfinite(z) || 4 * tolerance >= width)
+        return b;
+    b.low = a + tolerance;
+    b.high = z - tolerance;
+    b.usable = true;
+    return b;
+}
+
+// The fast part of the walk: from `row` on, the rows with X and Y valid
+// whose X lies in (low, high), that is in the open pixel column; their Y
+// extent and last Y.  Returns the first row that is not such a row.
+inline int sameColumnRows(const double *xv, const std::uint8_t *xb, const double *yv, const std::uint8_t *yb, int row,
+                          int last, double low, double high, double &yLow, double &yHigh, double &yLast)
+{
+    double lo = yLow, hi = yHigh, y = yLast;
+    for (; row <= last; ++row) {
+        if ((xb[row] ^ 1) | (yb[row] ^ 1))
+            break;
+        const double x = xv[row];
+        if (!(x > low && x < high))
+            break;
+        y = yv[row];
+        lo = std::min(lo, y);
+        hi = std::max(hi, y);
+    }
+    yLow = lo;
+    yHigh = hi;
+    yLast = y;
+    return row;
+}
+
 // The walk over the rows.  Its state lives in the cache between calls, so
 // that a later call can carry it on.
 class Walker
@@ -40,23 +90,40 @@ public:
         const double xMin = m.xMin, xScale = m.xScale, yMin = m.yMin, yScale = m.yScale;
         const std::int64_t left = m.plot.left, bottom = m.plot.bottom;
         const int rows = a.rows;
+        auto mapY = [&](double y) { return bottom - floorToPixel((y - yMin) * yScale); };
 
         bool open = m_s.columnOpen;
         std::int64_t col = m_s.col, lo = m_s.lo, hi = m_s.hi, exitY = m_s.exit;
         int lastGood = m_s.lastGood;
+        CColumnBounds bounds;
+        if (open)
+            bounds = ColumnBounds(m, col);
         int row = from;
-        for (; row <= last; ++row) {
+        while (row <= last) {
+            if (open && bounds.usable) {
+                // Rows that stay in the open column, on their Y values alone.
+                double yLow = HUGE_VAL, yHigh = -HUGE_VAL, yLast = 0;
+                const int stop = sameColumnRows(xv, xb, yv, yb, row, last, bounds.low, bounds.high, yLow, yHigh, yLast);
+                if (stop > row) {
+                    lo = std::min(lo, mapY(yHigh));
+                    hi = std::max(hi, mapY(yLow));
+                    exitY = mapY(yLast);
+                    lastGood = stop - 1;
+                    row = stop;
+                    if (row > last)
+                        break;
+                }
+            }
             const std::uint8_t bx = xb[row], by = yb[row];
             if (bx == 1 && by == 1) {
                 const std::int64_t px = left + floorToPixel((xv[row] - xMin) * xScale);
-                const std::int64_t py = bottom - floorToPixel((yv[row] - yMin) * yScale);
+                const std::int64_t py = mapY(yv[row]);
                 lastGood = row;
                 if (open && px == col) {
-                    if (py < lo)
-                        lo = py;
-                    else if (py > hi)
-                        hi = py;
+                    lo = std::min(lo, py);
+                    hi = std::max(hi, py);
                     exitY = py;
+                    ++row;
                     continue;
                 }
                 if (open) {
@@ -70,6 +137,7 @@ public:
                 open = true;
                 col = px;
                 lo = hi = exitY = py;
+                bounds = ColumnBounds(m, col);
             } else if (bx == 2 || by == 2) {
                 if (open) {
                     m_s.lo = lo;
@@ -82,6 +150,7 @@ public:
             } else if (row == last && last < rows - 1) {
                 ++last; // a missing last row: the line goes on to the next good one
             }
+            ++row;
         }
         m_s.columnOpen = open;
         if (open) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
 #include <vector>
 
 namespace {
@@ -162,6 +163,37 @@ TEST(Polyline, TenMillionRowsGiveAFewPointsPerPixelColumn)
     EXPECT_LE(cache.m_symbolPoints.size(), 2002u);
     for (const QPoint &p : cache.m_points)
         ASSERT_TRUE(InsidePlot(p.x(), p.y(), m.plot));
+}
+
+TEST(Polyline, EachPixelColumnSpansExactlyItsRows)
+{
+    // Four rows per pixel, many of them right on a column's edge, and
+    // pixel widths down to a few rounding steps of X.
+    for (double offset : {0.0, 1e9}) {
+        std::vector<double> x, y;
+        for (int i = 0; i < 1600; ++i) {
+            x.push_back(offset + i * 0.25);
+            y.push_back(150 + 140 * std::sin(i * 0.05) * std::cos(i * 0.31));
+        }
+        Arrays a(x, y);
+        CPixelMapping m = unitMapping();
+        m.xMin = offset;
+        CPolylinePixels cache;
+        BuildPolyline(cache, a.Get(), 0, int(x.size()) - 1, m, 1, false, false);
+        std::map<int, std::pair<int, int>> want, got;
+        auto widen = [](std::map<int, std::pair<int, int>> &spans, int px, int py) {
+            auto [it, fresh] = spans.emplace(px, std::make_pair(py, py));
+            if (!fresh)
+                it->second = {std::min(it->second.first, py), std::max(it->second.second, py)};
+        };
+        for (std::size_t i = 0; i < x.size(); ++i)
+            widen(want, kPlot.left + int(std::floor((x[i] - m.xMin) * m.xScale)),
+                  kPlot.bottom - int(std::floor((y[i] - m.yMin) * m.yScale)));
+        for (const QPoint &p : cache.m_points)
+            widen(got, p.x(), p.y());
+        EXPECT_EQ(got, want) << offset;
+        EXPECT_EQ(cache.RunCount(), 1);
+    }
 }
 
 TEST(Polyline, CarryingTheWalkOnGivesTheWalkOfAllRows)
