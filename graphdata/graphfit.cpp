@@ -314,11 +314,30 @@ int CGraphCurve::CurveExtent(int axis, double xFrom, double xTo, double &min, do
 void CGraphCurve::FitRanges()
 {
     FitX(m_xLog != 0);
+    // Bars stand out by their half width on each side of their rows: the X
+    // extent makes room for those of the first and the last row.
+    int bars = 0;
+    std::vector<bool> barAxis(std::size_t(m_ranges.GetSize()), false);
+    for (const CCurveInfo *curve : m_curves) {
+        if (curve->IsBar()) {
+            ++bars;
+            barAxis[std::size_t(AxisOf(*curve))] = true;
+        }
+    }
+    if (bars > 0 && !m_xLog) {
+        double w;
+        WidenForBars(bars, std::max(1, m_data.RowCountLocked()), m_xFullMax, m_xFullMin, w);
+    }
     SetXRange(true, false, 0, 0, 0, false, true);
     for (int axis = 0; axis < m_ranges.GetSize(); ++axis) {
         double lo, hi;
         CGraph_Range *range = m_ranges.GetAt(axis);
         if (CurveExtent(axis, m_xViewMin, m_xViewMax, lo, hi)) {
+            // Bars grow from the zero line, which their axis therefore shows.
+            if (barAxis[std::size_t(axis)] && !range->m_logScale && !range->m_dbScale) {
+                lo = std::min(lo, 0.0);
+                hi = std::max(hi, 0.0);
+            }
             range->m_fullMin = lo;
             range->m_fullMax = hi;
         }

@@ -153,15 +153,21 @@ void DrawAxes(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, bool bw)
         p.setFont(a.font);
         const QFontMetricsF yfm(a.font);
         const double gap = 0.3 * L.h + (onFrame ? 0 : tick);
+        // Labels run upward; one that would touch the one below is left out
+        // (a log axis of many decades in a low window labels every decade).
+        double lastTop = 1e9;
         for (int i = 0; i < int(a.ticks.labelAt.size()); ++i) {
             const int y = MapY(a.ticks.labelAt[std::size_t(i)], range.m_viewMin, ys, r.bottom);
             if (y < r.top - 1 || y > r.bottom + 1)
                 continue;
+            const double top = y - yfm.height() / 2;
+            if (top + yfm.height() > lastTop)
+                continue;
             const QString &text = a.ticks.labels[i];
             const double w = yfm.horizontalAdvance(text);
             const double x = leftSide ? a.axisX - gap - w : a.axisX + gap;
-            const double baseline = y - yfm.height() / 2 + yfm.ascent();
-            p.drawText(QPointF(x, baseline), text);
+            p.drawText(QPointF(x, top + yfm.ascent()), text);
+            lastTop = top;
         }
     }
 }

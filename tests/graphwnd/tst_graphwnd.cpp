@@ -50,7 +50,20 @@ public:
     }
     bool HitRect(const QRect &r) const override { return m_last.intersects(r); }
     void DrawMoved(QPainter &p, QPoint delta, const CObjectFrame &) override { p.drawRect(m_last.translated(delta)); }
-    int HitTest(QPoint point, bool) const override { return m_last.contains(point) ? 10 : 0; }
+    int HitTest(QPoint point, bool withHandles) const override
+    {
+        if (withHandles && (point - m_last.topLeft()).manhattanLength() <= 3)
+            return 1;
+        return m_last.contains(point) ? 10 : 0;
+    }
+    void MoveHandle(int handle, QPoint d, const CObjectFrame &f) override
+    {
+        if (handle == 1) {
+            m_x0 += d.x() / f.xScale;
+            m_y1 -= d.y() / f.yScale;
+        }
+        m_handleMoved = handle;
+    }
     void MoveBy(QPoint d, const CObjectFrame &f) override
     {
         m_x0 += d.x() / f.xScale;
@@ -70,6 +83,7 @@ public:
     double m_x0, m_y0, m_x1, m_y1;
     QRect m_last;
     int m_moves = 0;
+    int m_handleMoved = 0;
 };
 
 struct CursorSpy : CGraphCursorBase
@@ -491,4 +505,79 @@ TEST_F(GraphWnd, ViewCommandsAndTheCopyOfAData)
     m_wnd.DeleteGraphData();
     EXPECT_EQ(m_wnd.GetGraphData(), nullptr);
     paint(); // an empty window paints without a graph
+}
+
+TEST_F(GraphWnd, AHandleOfASelectedObjectResizesIt)
+{
+    auto *box = new TestBox(20, 20, 40, 40);
+    graph().m_textObjects.Add(box);
+    m_wnd.Redraw(1);
+    paint();
+    QTest::mouseClick(&m_wnd, Qt::LeftButton, Qt::NoModifier, box->m_last.center());
+    ASSERT_EQ(m_wnd.Selection().size(), 1u);
+    const QPoint corner = box->m_last.topLeft();
+    QTest::mousePress(&m_wnd, Qt::LeftButton, Qt::NoModifier, corner);
+    ASSERT_EQ(m_wnd.ActiveTrack(), &m_wnd.m_resizeTrack);
+    QTest::mouseMove(&m_wnd, corner - QPoint(10, 10));
+    QTest::mouseRelease(&m_wnd, Qt::LeftButton, Qt::NoModifier, corner - QPoint(10, 10));
+    EXPECT_EQ(box->m_handleMoved, 1);
+    EXPECT_LT(box->m_x0, 20);
+    EXPECT_EQ(box->m_x1, 40);
+}
+
+TEST_F(GraphWnd, DraggingAnEdgeZoomsTheFarSide)
+{
+    m_wnd.SetTool(5);
+    const QRect r = plot();
+    // grab in the lower half and drag up: the top limit comes down
+    const QPoint a(r.center().x(), r.bottom() - 30);
+    QTest::mousePress(&m_wnd, Qt::LeftButton, Qt::NoModifier, a);
+    ASSERT_EQ(m_wnd.ActiveTrack(), &m_wnd.m_zoomPanTrack);
+    const double perPixel = 1 / YAxisMap(graph(), 0).scale;
+    QTest::mouseMove(&m_wnd, a + QPoint(40, -50));
+    QTest::mouseRelease(&m_wnd, Qt::LeftButton, Qt::NoModifier, a + QPoint(40, -50));
+    EXPECT_EQ(graph().Range(0)->m_viewMin, 0);
+    EXPECT_NEAR(graph().Range(0)->m_viewMax, 100 - 50 * perPixel, 1e-9);
+    EXPECT_EQ(graph().m_xViewMin, 0); // the Y lock keeps X
+    EXPECT_EQ(graph().m_xViewMax, 100);
+}
+
+TEST_F(GraphWnd, TracksWithoutATool)
+{
+    // the span of X between two points, over the plot's whole height
+    const QRect r = plot();
+    m_wnd.m_partialBoxTrack.m_top = r.top();
+    m_wnd.m_partialBoxTrack.m_bottom = r.bottom();
+    ASSERT_TRUE(m_wnd.m_partialBoxTrack.Track(&m_wnd, r.center()));
+    m_wnd.m_partialBoxTrack.OnMouseMove(r.center() + QPoint(-60, 45), Qt::NoModifier);
+    EXPECT_EQ(m_wnd.m_partialBoxTrack.BoxRect(), QRect(QPoint(r.center().x() - 60, r.top()), QPoint(r.center().x(), r.bottom())));
+    m_wnd.m_partialBoxTrack.OnLeftUp(QPoint());
+    EXPECT_EQ(m_wnd.m_partialBoxTrack.EndTrack(1), 1);
+
+    // a new line from the start to where the button goes up; Escape leaves none
+    CLineDragTrack &line = m_wnd.m_lineDragTrack;
+    ASSERT_TRUE(line.Track(&m_wnd, r.center()));
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    line.HandleEvent(&escape);
+    EXPECT_TRUE(line.HasEnded());
+    EXPECT_EQ(line.Result(), 0);
+    EXPECT_EQ(line.m_lineEnd, QPoint());
+    ASSERT_TRUE(line.Track(&m_wnd, r.center()));
+    QMouseEvent move(QEvent::MouseMove, QPointF(r.center() + QPoint(30, 20)), QPointF(), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    line.HandleEvent(&move);
+    QMouseEvent up(QEvent::MouseButtonRelease, QPointF(r.center() + QPoint(30, 20)), QPointF(), Qt::LeftButton,
+                   Qt::NoButton, Qt::NoModifier);
+    line.HandleEvent(&up);
+    EXPECT_EQ(line.Result(), 1);
+    EXPECT_EQ(line.m_lineStart, r.center());
+    EXPECT_EQ(line.m_lineEnd, r.center() + QPoint(30, 20));
+}
+
+TEST_F(GraphWnd, DirectDrawingShowsTheSamePicture)
+{
+    const QImage cached = paint();
+    m_wnd.m_drawDirect = 1;
+    const QImage direct = paint();
+    EXPECT_EQ(cached, direct);
 }

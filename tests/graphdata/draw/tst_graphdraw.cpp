@@ -492,3 +492,31 @@ TEST(BitmapScreenDraw, KeepsALargeEnoughImageAndCopiesTheRectangle)
     EXPECT_EQ(store.m_width, 200);
     EXPECT_EQ(store.m_useCount, 0);
 }
+
+TEST_F(GraphDraw, TheOverviewShowsAllRowsOverTheFullRanges)
+{
+    Plot plot({ramp(100), ramp(100, 0, 2)});
+    plot.curve(1, kRed).m_lineThickness = 4;
+    plot.graph.m_xFullMin = 0;
+    plot.graph.m_xFullMax = 99;
+    plot.graph.Range(0)->m_fullMin = 0;
+    plot.graph.Range(0)->m_fullMax = 198;
+    plot.view(40, 60, 80, 120); // the window's view: the overview ignores it
+    plot.graph.m_lastDrawnRow = 7;
+    EXPECT_EQ(plot.draw(DrawFull | DrawOverview).kind, CDrawResult::Full);
+    const auto *cache = static_cast<const CPolylinePixels *>(plot.graph.Curve(0)->OverviewPixels());
+    ASSERT_NE(cache, nullptr);
+    EXPECT_EQ(plot.graph.Curve(0)->LinePixels(), nullptr);
+    EXPECT_EQ(cache->m_firstRow, 0);
+    EXPECT_EQ(cache->m_lastRow, 99);
+    // corner to corner of the image, inside a frame of two pixels
+    EXPECT_EQ(cache->m_points.front(), QPoint(1, plot.image.height() - 3));
+    EXPECT_EQ(cache->m_points.back(), QPoint(plot.image.width() - 3, 1));
+    // one pixel wide, whatever the curve's thickness
+    const int y = plot.image.height() / 2;
+    int wide = 0;
+    for (int x = 0; x < plot.image.width(); ++x)
+        wide += plot.is(x, y, kRed) ? 1 : 0;
+    EXPECT_LE(wide, 2);
+    EXPECT_EQ(plot.graph.m_lastDrawnRow, 7); // the window's incremental state stays
+}
