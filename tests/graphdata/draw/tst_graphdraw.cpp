@@ -472,6 +472,7 @@ TEST(BitmapScreenDraw, KeepsALargeEnoughImageAndCopiesTheRectangle)
     {
         QPainter target(&screen);
         CDC_BitmapScreenDraw dc(store, target, QRect(50, 20, 100, 60));
+        dc.Painter().fillRect(QRect(50, 20, 100, 60), Qt::white);
         dc.Painter().fillRect(QRect(60, 30, 10, 10), Qt::red);
     }
     EXPECT_EQ(store.m_width, 100);
