@@ -5,8 +5,9 @@
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/graphdraw.h"
-#include "graphwnd/graphprompts.h"
 #include "graphwnd/graphtoolbar.h"
+#include "support/controls/userprompts.h"
+#include "support/controls/windowdpi.h"
 #include "support/languagestring.h"
 #include "support/registry.h"
 
@@ -19,6 +20,7 @@
 namespace {
 
 const int kTextInvalidPoints = 43090;
+const int kTextDontShowAgain = 43602;
 const int kTextNotAvailable = 43603;
 const char kOptionsKey[] = "STANDARD OPTIONS";
 const char kHideInvalidWarning[] = "HideInvalidPointWarning";
@@ -182,7 +184,8 @@ void CGraphWnd::StoreDefaultView()
 
 void CGraphWnd::checkDpi()
 {
-    const int dpi = logicalDpiY() > 0 ? logicalDpiY() : 96;
+    int dpiX = 96, dpi = 96;
+    GetDpiOfWindow(this, dpiX, dpi);
     if (dpi == m_dpi)
         return;
     if (m_graphData) {
@@ -209,7 +212,14 @@ void CGraphWnd::drawPicture(QPainter &painter, const QRect &client, unsigned fla
         if (!RegistryGetDword(QString::fromLatin1(kOptionsKey), QString::fromLatin1(kHideInvalidWarning), 0)) {
             // Not from inside a paint: the box comes up once this one is done.
             QTimer::singleShot(0, this, [this] {
-                if (GraphPrompts().WarningWithDontShow(this, LanguageString(kTextInvalidPoints)))
+                bool hide = false;
+                CMessagePrompt prompt;
+                prompt.parent = this;
+                prompt.text = LanguageString(kTextInvalidPoints);
+                prompt.checkBoxText = LanguageString(kTextDontShowAgain);
+                prompt.checkBoxChecked = &hide;
+                UserPrompts().Message(prompt);
+                if (hide)
                     RegistrySetDword(QString::fromLatin1(kOptionsKey), QString::fromLatin1(kHideInvalidWarning), 1);
             });
         }
@@ -343,7 +353,7 @@ void CGraphWnd::notifyChanged()
 
 void CGraphWnd::notAvailable()
 {
-    GraphPrompts().Message(this, LanguageString(kTextNotAvailable), false);
+    ShowMessage(this, LanguageString(kTextNotAvailable), PromptButtons::Ok, PromptIcon::Information);
 }
 
 bool CGraphWnd::OnCommand(int id)

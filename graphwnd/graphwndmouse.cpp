@@ -6,7 +6,6 @@
 #include "graphdata/draw/polylinecache.h"
 #include "graphwnd/graphcursorbase.h"
 #include "graphwnd/graphcursors.h"
-#include "graphwnd/graphprompts.h"
 #include "support/languagestring.h"
 
 #include <QApplication>

@@ -9,8 +9,8 @@
 
 #include "graphdata/graphcurve.h"
 #include "graphwnd/graphcursors.h"
-#include "graphwnd/graphprompts.h"
 #include "graphwnd/graphwnd.h"
+#include "support/controls/userprompts.h"
 #include "support/languagestring.h"
 #include "tool/capture/pointtextfile.h"
 
@@ -18,7 +18,6 @@
 #include <QCommandLineParser>
 #include <QFileInfo>
 #include <QMainWindow>
-#include <QMessageBox>
 #include <QStatusBar>
 #include <QTimer>
 
@@ -34,14 +33,13 @@ enum : int {
 };
 
 // For --screenshot: nobody is there to answer a box.
-class CSilentPrompts : public CGraphPrompts
+class CSilentPrompts : public CUserPrompts
 {
 public:
-    void Message(QWidget *, const QString &text, bool) override { std::fprintf(stderr, "%s\n", qPrintable(text)); }
-    bool WarningWithDontShow(QWidget *, const QString &text) override
+    PromptAnswer Message(const CMessagePrompt &prompt) override
     {
-        std::fprintf(stderr, "%s\n", qPrintable(text));
-        return false;
+        std::fprintf(stderr, "%s\n", qPrintable(prompt.text));
+        return PromptAnswer::Ok;
     }
 };
 
@@ -54,13 +52,13 @@ bool loadFile(const QString &path, CGraphData &data)
         data = GraphDataFromTable(table);
         return true;
     case PointFileRead::OpenFailed:
-        QMessageBox::warning(nullptr, QStringLiteral("graphview"), LanguageString(TextCannotRead).arg(path, report));
+        ShowMessage(nullptr, LanguageString(TextCannotRead).arg(path, report));
         return false;
     case PointFileRead::NoData:
-        QMessageBox::warning(nullptr, QStringLiteral("graphview"), LanguageString(TextNoPoints).arg(path));
+        ShowMessage(nullptr, LanguageString(TextNoPoints).arg(path));
         return false;
     case PointFileRead::BadLine:
-        QMessageBox::warning(nullptr, QStringLiteral("graphview"), LanguageString(TextBadLine).arg(path));
+        ShowMessage(nullptr, LanguageString(TextBadLine).arg(path));
         return false;
     }
     return false;
@@ -73,8 +71,8 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("graphview"));
     if (!LoadLanguageModule()) {
-        QMessageBox::critical(nullptr, QStringLiteral("graphview"),
-                              QStringLiteral("Missing file en.lang. Please re-install TARN."));
+        ShowMessage(nullptr, QStringLiteral("Missing file en.lang. Please re-install TARN."), PromptButtons::Ok,
+                    PromptIcon::Stop);
         return 1;
     }
     LoadGraphCursors();
@@ -104,7 +102,7 @@ int main(int argc, char **argv)
 
     CSilentPrompts silent;
     if (parser.isSet(screenshot))
-        SetGraphPrompts(&silent);
+        SetUserPrompts(&silent);
 
     CGraphData data;
     QString shown = QStringLiteral("demonstration");

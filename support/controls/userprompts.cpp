@@ -1,6 +1,7 @@
 #include "support/controls/userprompts.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QFileDialog>
 #include <QMessageBox>
 
@@ -44,7 +45,15 @@ PromptAnswer CUserPrompts::Message(const CMessagePrompt &prompt)
         closed = PromptAnswer::Cancel;
         break;
     }
-    switch (box.exec()) {
+    QCheckBox *check = nullptr;
+    if (!prompt.checkBoxText.isEmpty()) {
+        check = new QCheckBox(prompt.checkBoxText, &box);
+        box.setCheckBox(check);
+    }
+    const int pressed = box.exec();
+    if (check && prompt.checkBoxChecked)
+        *prompt.checkBoxChecked = check->isChecked();
+    switch (pressed) {
     case QMessageBox::Ok: return PromptAnswer::Ok;
     case QMessageBox::Yes: return PromptAnswer::Yes;
     case QMessageBox::No: return PromptAnswer::No;

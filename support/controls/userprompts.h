@@ -16,6 +16,10 @@ struct CMessagePrompt {
     QString text;
     PromptButtons buttons = PromptButtons::Ok;
     PromptIcon icon = PromptIcon::Warning;
+    // With a text, the box has a check box ("do not show this again"); its
+    // state on closing goes to *checkBoxChecked.
+    QString checkBoxText;
+    bool *checkBoxChecked = nullptr;
 };
 
 struct CFilePrompt {

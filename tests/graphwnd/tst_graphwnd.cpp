@@ -2,9 +2,9 @@
 // and key events, commands, notifications, the menu and the read-out.
 #include "graphdata/draw/drawtools.h"
 #include "graphwnd/graphcursorbase.h"
-#include "graphwnd/graphprompts.h"
 #include "graphwnd/graphtoolbar.h"
 #include "graphwnd/graphwnd.h"
+#include "support/controls/userprompts.h"
 #include "support/languagestring.h"
 #include "support/registry.h"
 
@@ -21,18 +21,21 @@
 
 namespace {
 
-// Answers the window's boxes and keeps what they said.
-struct RecordingPrompts : CGraphPrompts
+// Answers the window's boxes and keeps what they said; ticks the "do not
+// show again" box when told to.
+struct RecordingPrompts : CUserPrompts
 {
     QStringList messages;
     int warnings = 0;
     bool tick = false;
-    void Message(QWidget *, const QString &text, bool) override { messages << text; }
-    bool WarningWithDontShow(QWidget *, const QString &text) override
+    PromptAnswer Message(const CMessagePrompt &prompt) override
     {
-        messages << text;
-        ++warnings;
-        return tick;
+        messages << prompt.text;
+        if (prompt.checkBoxChecked) {
+            ++warnings;
+            *prompt.checkBoxChecked = tick;
+        }
+        return PromptAnswer::Ok;
     }
 };
 
@@ -106,7 +109,7 @@ protected:
     {
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settings.path());
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settings.path());
-        m_oldPrompts = SetGraphPrompts(&m_prompts);
+        m_oldPrompts = SetUserPrompts(&m_prompts);
         // x 0..100, y1 = x, y2 = 100 - x
         CGraphData data;
         data.Create(1, 3, 101, 0);
@@ -125,7 +128,7 @@ protected:
         m_wnd.show();
         paint();
     }
-    void TearDown() override { SetGraphPrompts(m_oldPrompts); }
+    void TearDown() override { SetUserPrompts(m_oldPrompts); }
 
     // Paints the window now, so that the plot's rectangles are known.
     QImage paint() { return m_wnd.grab().toImage(); }
@@ -142,7 +145,7 @@ protected:
 
     QTemporaryDir m_settings;
     RecordingPrompts m_prompts;
-    CGraphPrompts *m_oldPrompts = nullptr;
+    CUserPrompts *m_oldPrompts = nullptr;
     CGraphWnd m_wnd;
     std::vector<int> m_notes;
     bool m_consumeClicks = false;
