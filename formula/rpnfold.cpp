@@ -423,9 +423,10 @@ bool CRpnParser::useVariable(CRpnNode *node)
     if (variable->IsConstant())
         return true;
     const QString &name = variable->m_name;
-    if (!m_seen.contains(name))
+    const Qt::CaseSensitivity cs = m_tree->m_caseSensitiveNames ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    if (!m_seen.contains(name, cs))
         m_seen.append(name);
-    if (variable->IsNew() && !m_known.contains(name) && !m_tree->m_freeVariables)
+    if (variable->IsNew() && !m_known.contains(name, cs) && !m_tree->m_freeVariables)
         return fail(node, kMsgUsedBeforeAssigned, {});
     return true;
 }
@@ -447,9 +448,10 @@ bool CRpnParser::checkStructure(CRpnNode *node)
             return false;
         if (left->IsVariable() && !node->IsSelfAssignment()) {
             const QString &name = static_cast<CNodeVariable *>(left)->m_name;
-            if (!m_known.contains(name))
+            const Qt::CaseSensitivity cs = m_tree->m_caseSensitiveNames ? Qt::CaseSensitive : Qt::CaseInsensitive;
+            if (!m_known.contains(name, cs))
                 m_known.append(name);
-            if (!m_seen.contains(name) && !static_cast<CNodeVariable *>(left)->IsConstant())
+            if (!m_seen.contains(name, cs) && !static_cast<CNodeVariable *>(left)->IsConstant())
                 m_seen.append(name);
             return true;
         }

@@ -336,6 +336,11 @@ CRpnNode *CRpnParser::makeWord(const CRpnParserItem &item)
         return nullptr;
     }
     variable->m_marks = CNodeVariable::MarkNew;
+    const QString key = m_tree->m_caseSensitiveNames ? word : upper;
+    if (!m_newNames.contains(key)) {
+        m_newNames.insert(key);
+        m_firstUses.insert(variable);
+    }
     return variable;
 }
 
@@ -453,13 +458,18 @@ bool CRpnParser::rewrite()
     while (i + 1 < m_nodes.size()) {
         CRpnNode *a = m_nodes[i];
         CRpnNode *b = m_nodes[i + 1];
-        // (tag) variable: the tag goes to the variable, the three nodes go.
-        if ((a->IsBraceOpen() || isRoundOpen(a)) && i + 3 < m_nodes.size()) {
+        // (tag) variable at the start of a statement or element: the tag
+        // goes to the variable, the three nodes go.  A tag is a name met
+        // here for the first time (else it is a condition or a value).
+        const CRpnNode *before = i > 0 ? m_nodes[i - 1] : nullptr;
+        const bool starts = !before || before->IsEnd() || before->IsComma() || before->IsBraceOpen()
+            || before->IsParenthesisOpen();
+        if (starts && (a->IsBraceOpen() || isRoundOpen(a)) && i + 3 < m_nodes.size()) {
             CNodeVariable *tag = b->AsVariable();
             CRpnNode *close = m_nodes[i + 2];
             CNodeVariable *target = m_nodes[i + 3]->AsVariable();
             const bool matches = a->IsBraceOpen() ? close->IsBraceClose() : isRoundClose(close);
-            if (tag && tag->IsNew() && matches && target) {
+            if (tag && tag->IsNew() && m_firstUses.contains(tag) && matches && target) {
                 target->m_tag = tag->m_name;
                 delete a;
                 delete b;

@@ -17,6 +17,7 @@
 
 #include "formula/rpnnode.h"
 
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <vector>
@@ -90,6 +91,8 @@ private:
     bool m_allowNew;
     bool m_functionBody;
     QStringList *m_outNames;
+    QSet<QString> m_newNames;          // names of new variables met so far
+    QSet<const CRpnNode *> m_firstUses; // the node where each was met first
     QStringList m_known;     // variables known to the structure check
     QStringList m_seen;      // variables in first-use order
     std::vector<CRpnNode *> m_nodes; // the flat array of passes 1 to 4 (owned while there)

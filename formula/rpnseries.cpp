@@ -80,6 +80,7 @@ std::unique_ptr<CRpnSeriesProgram> CRpnSeriesProgram::Build(CEquationTree *tree)
     program->m_registers.assign(program->m_steps.size(), std::vector<double>(BlockRows));
     program->m_columnCopies.assign(program->m_columns.size(), std::vector<double>(BlockRows));
     program->m_columnData.assign(program->m_columns.size(), nullptr);
+    program->m_hostData.assign(program->m_hostVariables.size(), std::vector<double>(BlockRows));
     program->m_again.assign(BlockRows, 0);
     return program;
 }
@@ -102,8 +103,15 @@ bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
             out = {Operand::Constant, 0, variable->m_value.GetRealValue(), true};
             return true;
         }
-        if (!variable->m_column)
-            return false;
+        if (!variable->m_column) {
+            CEquationTree *tree = variable->m_tree;
+            if (!tree || !tree->m_getVariable || tree->GetCallScope())
+                return false;
+            m_getter = reinterpret_cast<void *>(tree->m_getVariable);
+            out = {Operand::Host, int(m_hostVariables.size()), 0.0, true};
+            m_hostVariables.push_back(variable);
+            return true;
+        }
         auto it = std::find(m_columns.begin(), m_columns.end(), variable->m_column);
         if (it == m_columns.end())
             it = m_columns.insert(m_columns.end(), variable->m_column);
@@ -163,12 +171,15 @@ const double *CRpnSeriesProgram::data(const Operand &o) const
     switch (o.kind) {
     case Operand::Register: return m_registers[std::size_t(o.index)].data();
     case Operand::Column: return m_columnData[std::size_t(o.index)];
+    case Operand::Host: return m_hostData[std::size_t(o.index)].data();
     default: return nullptr;
     }
 }
 
 int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *valid, int first, int last)
 {
+    if (!m_hostVariables.empty() && reinterpret_cast<void *>(tree->m_getVariable) != m_getter)
+        return -1;
     int good = 0;
     unsigned char *again = m_again.data();
     for (int row0 = first; row0 <= last; row0 += BlockRows) {
@@ -201,6 +212,22 @@ int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *v
                     if (r >= 0 && r < column->count)
                         again[i] |= column->valid[r] != 1;
                 }
+            }
+        }
+
+        // The host's variables, row by row through its getter.
+        for (std::size_t h = 0; h < m_hostVariables.size(); ++h) {
+            auto *variable = static_cast<CNodeVariable *>(m_hostVariables[h]);
+            double *out = m_hostData[h].data();
+            for (int i = 0; i < n; ++i) {
+                const int r = row0 + i;
+                tree->m_rowIndex = r;
+                int found = 1;
+                tree->m_getVariable(m_scratch, variable->m_index, r, tree->m_runData1, tree->m_runData2, variable,
+                                    variable->m_name, found);
+                const bool real = found && m_scratch.IsReal();
+                out[i] = real ? m_scratch.GetRealValue() : 0.0;
+                again[i] |= !real;
             }
         }
 

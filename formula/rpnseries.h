@@ -2,13 +2,18 @@
 // Series over host columns, a block of rows at a time.
 //
 // When a tree is one expression of REAL constants, variables bound to host
-// columns and operators with a real path (see RpnRealPath), EvaluateSeries
-// does not walk the tree once per row: the expression is turned into a short
-// list of steps, and each step runs over a block of rows in a tight loop.
+// columns or read through the host's getter, and operators with a real path
+// (see RpnRealPath), EvaluateSeries does not walk the tree once per row: the
+// expression is turned into a short list of steps, and each step runs over a
+// block of rows in a tight loop.  A getter is called for each variable node
+// and row, as the tree would call it; a value that is no REAL sends the row
+// to the tree.
 // Rows where the plain doubles do not tell the whole story (a column value
 // that is not valid, a zero divisor, an ApplyReal that fails) are marked and
 // evaluated again through the tree, row by row, so that every row gets
 // exactly the value, the validity and the error report it would get there.
+
+#include "formula/rpndata.h"
 
 #include <memory>
 #include <vector>
@@ -27,7 +32,8 @@ public:
     // expression.
     static std::unique_ptr<CRpnSeriesProgram> Build(CEquationTree *tree);
 
-    // As CEquationTree::EvaluateSeries.
+    // As CEquationTree::EvaluateSeries; -1 (and nothing done) when the tree's
+    // getter is no longer the one the program was made for.
     int Run(CEquationTree *tree, double *values, unsigned char *valid, int first, int last);
 
     int GetStepCount() const { return int(m_steps.size()); }
@@ -40,8 +46,8 @@ private:
     };
     struct Operand
     {
-        enum Kind { Register, Column, Constant } kind = Constant;
-        int index = 0;       // register or column
+        enum Kind { Register, Column, Host, Constant } kind = Constant;
+        int index = 0;       // register, column or host variable
         double value = 0.0;  // constant
         bool real = true;    // the tree's value here is a REAL (no list inside)
     };
@@ -59,11 +65,15 @@ private:
 
     std::vector<Step> m_steps;
     std::vector<const CRpnColumnBinding *> m_columns;
+    std::vector<CRpnNode *> m_hostVariables;  // read through the getter
+    void *m_getter = nullptr;                 // the getter they were made for
     Operand m_result;
     // Scratch for one block: a register per step, a column copy where a
     // block reaches past a column's end, the rows to evaluate again.
     std::vector<std::vector<double>> m_registers;
     std::vector<std::vector<double>> m_columnCopies;
     std::vector<const double *> m_columnData;
+    std::vector<std::vector<double>> m_hostData;
     std::vector<unsigned char> m_again;
+    CRpnData m_scratch; // what the getter fills
 };

@@ -147,12 +147,24 @@ void CEquationTree::SetRoot(CRpnNode *root)
     bindColumns();
 }
 
+CRpnNode *CEquationTree::TakeRoot()
+{
+    CRpnNode *root = m_root;
+    m_root = nullptr;
+    m_macroNodes.clear();
+    m_series.reset();
+    m_seriesChecked = false;
+    return root;
+}
+
 // --- running -----------------------------------------------------------------------------
 
 int CEquationTree::SetVariableAccess(CRpnVariableGetter getter, CRpnVariableSetter setter)
 {
     m_getVariable = getter;
     m_setVariable = setter;
+    m_series.reset();
+    m_seriesChecked = false;
     return 1;
 }
 
@@ -234,8 +246,14 @@ int CEquationTree::EvaluateSeries(double *values, unsigned char *valid, int firs
         m_series = CRpnSeriesProgram::Build(this);
         m_seriesChecked = true;
     }
-    if (m_series && !throwOnError)
-        return m_series->Run(this, values, valid, first, last);
+    if (m_series && !throwOnError) {
+        const int good = m_series->Run(this, values, valid, first, last);
+        if (good >= 0)
+            return good;
+        // Made for another getter: made again at the next series.
+        m_series.reset();
+        m_seriesChecked = false;
+    }
 
     // The double of a one-element list is its element's: the lists round a
     // single expression are passed over.

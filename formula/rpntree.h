@@ -136,6 +136,8 @@ public:
     CRpnNode *GetRoot() const { return m_root; }
     // Replaces (and deletes) the root, and finds the host-bound variables again.
     void SetRoot(CRpnNode *root);
+    // Gives the root to the caller; the tree is left without one.
+    CRpnNode *TakeRoot();
     const QString &GetSource() const { return m_source; }
     void SetSource(const QString &source) { m_source = source; }
     void SetHostData(void *hostData) { m_hostData = hostData; }

@@ -71,23 +71,33 @@ TEST(RpnStopThreads, StopEndsALoopWithoutEnd)
 
 TEST(RpnStopThreads, StopEndsASeries)
 {
-    CEquationTree tree;
-    tree.m_freeVariables = 1;
-    tree.SetVariableAccess(meetingGet, nullptr);
-    ASSERT_TRUE(tree.Compile(QStringLiteral("tick * 2")));
-    Meeting meeting;
-    meeting.waitAtRow = 500;
-    tree.m_runData1 = &meeting;
-    std::vector<double> values(2000, -1.0);
-    std::vector<unsigned char> valid(2000, 9);
-    int good = 0;
-    std::thread run([&] { good = tree.EvaluateSeries(values.data(), valid.data(), 0, 1999); });
-    stopWhenRunning(tree, meeting);
-    run.join();
-    // The row that was being evaluated is finished; none after it is.
-    EXPECT_EQ(good, 501);
-    EXPECT_EQ(valid[500], 1);
-    EXPECT_EQ(values[500], 1000.0);
-    EXPECT_EQ(valid[501], 0);
-    EXPECT_EQ(valid[1999], 0);
+    // Row by row through the tree (IsEmpty takes no fast path), and a block
+    // at a time (the block evaluator looks at Stop between blocks).  In the
+    // tree, the row being evaluated when Stop comes passes on the value of
+    // the node that was running: the tick read inside IsEmpty.
+    const struct {
+        const char *text;
+        int firstStopped;
+        double rowValue;
+    } cases[] = {{"IsEmpty(tick) + tick * 2", 501, 500.0}, {"tick * 2", 512, 1000.0}};
+    for (const auto &c : cases) {
+        CEquationTree tree;
+        tree.m_freeVariables = 1;
+        tree.SetVariableAccess(meetingGet, nullptr);
+        ASSERT_TRUE(tree.Compile(QString::fromLatin1(c.text)));
+        Meeting meeting;
+        meeting.waitAtRow = 500;
+        tree.m_runData1 = &meeting;
+        std::vector<double> values(2000, -1.0);
+        std::vector<unsigned char> valid(2000, 9);
+        int good = 0;
+        std::thread run([&] { good = tree.EvaluateSeries(values.data(), valid.data(), 0, 1999); });
+        stopWhenRunning(tree, meeting);
+        run.join();
+        EXPECT_EQ(good, c.firstStopped) << c.text;
+        EXPECT_EQ(valid[500], 1) << c.text;
+        EXPECT_EQ(values[500], c.rowValue) << c.text;
+        EXPECT_EQ(valid[std::size_t(c.firstStopped)], 0) << c.text;
+        EXPECT_EQ(valid[1999], 0) << c.text;
+    }
 }

@@ -265,11 +265,11 @@ TEST(RpnTree, SeriesEvaluatorsAgree)
     int withProgram = 0;
     for (int n = 0; n < 300; ++n) {
         const QString text = maker.make(5);
-        CEquationTree block, getter, plain;
+        CEquationTree block, getter, fast, plain;
         block.BindColumn(QStringLiteral("x"), x.data(), xv.data(), kRows);
         block.BindColumn(QStringLiteral("y"), y.data(), yv.data(), kRows);
         ASSERT_TRUE(block.Compile(text, nullptr, false)) << text.toStdString();
-        for (CEquationTree *t : {&getter, &plain}) {
+        for (CEquationTree *t : {&getter, &fast, &plain}) {
             t->SetVariableAccess(columnGet, nullptr);
             ASSERT_TRUE(t->Compile(text, nullptr, false, matcher)) << text.toStdString();
         }
@@ -280,22 +280,34 @@ TEST(RpnTree, SeriesEvaluatorsAgree)
         });
         withProgram += CRpnSeriesProgram::Build(&block) != nullptr;
 
-        std::vector<double> v[3];
-        std::vector<unsigned char> ok[3];
-        CEquationTree *trees[3] = {&block, &getter, &plain};
-        for (int k = 0; k < 3; ++k) {
+        // The two series go block by block where they can (over columns,
+        // and through the getter); the fast and the plain tree row by row.
+        std::vector<double> v[4];
+        std::vector<unsigned char> ok[4];
+        CEquationTree *trees[4] = {&block, &getter, &fast, &plain};
+        for (int k = 0; k < 4; ++k) {
             v[k].assign(kRows, 0.0);
             ok[k].assign(kRows, 9);
-            trees[k]->EvaluateSeries(v[k].data(), ok[k].data(), 0, kRows - 1);
+            if (k < 2) {
+                trees[k]->EvaluateSeries(v[k].data(), ok[k].data(), 0, kRows - 1);
+                continue;
+            }
+            for (int r = 0; r < kRows; ++r) {
+                trees[k]->m_rowIndex = r;
+                unsigned char st = 1;
+                double value = trees[k]->GetRoot()->EvaluateReal(st);
+                ok[k][std::size_t(r)] = RpnSeriesValidity(value, st);
+                v[k][std::size_t(r)] = value;
+            }
         }
-        for (int k = 1; k < 3; ++k) {
+        for (int k = 1; k < 4; ++k) {
             EXPECT_EQ(trees[k]->GetErrorMessage(), block.GetErrorMessage()) << text.toStdString();
             for (int r = 0; r < kRows; ++r) {
-                ASSERT_EQ(ok[k][std::size_t(r)], ok[0][std::size_t(r)]) << text.toStdString() << " row " << r;
+                ASSERT_EQ(ok[k][std::size_t(r)], ok[0][std::size_t(r)]) << text.toStdString() << " row " << r << " tree " << k;
                 if (ok[0][std::size_t(r)] != 0) {
                     ASSERT_TRUE(sameDouble(v[k][std::size_t(r)], v[0][std::size_t(r)]))
-                        << text.toStdString() << " row " << r << ": " << v[k][std::size_t(r)] << " against "
-                        << v[0][std::size_t(r)];
+                        << text.toStdString() << " row " << r << " tree " << k << ": " << v[k][std::size_t(r)]
+                        << " against " << v[0][std::size_t(r)];
                 }
             }
         }
@@ -514,4 +526,52 @@ TEST(RpnTree, CopySettingsAndExtras)
     EXPECT_EQ(b.m_extras.size(), 1u);
     EXPECT_EQ(b.Stop(), 1);
     EXPECT_TRUE(b.IsStopping());
+}
+
+namespace {
+
+CRpnData doublingSet(const CRpnData &value, int, int, void *, void *, CRpnNode *, const QString &, double)
+{
+    return CRpnData(value.GetDouble() * 2);
+}
+
+} // namespace
+
+TEST(RpnTree, VariablesAcrossCompilesAndModes)
+{
+    // Main variables survive a new compile: a prompt runs line after line.
+    CEquationTree tree;
+    EXPECT_EQ(Calculate("a = 5", &tree), "REAL:5");
+    EXPECT_EQ(Calculate("a * 2", &tree), "REAL:10");
+    EXPECT_EQ(Calculate("MainVariables[\"a\"] + 1", &tree), "REAL:6");
+
+    // Names without regard to case.
+    CEquationTree folded;
+    folded.m_caseSensitiveNames = 0;
+    EXPECT_EQ(Calculate("Abc = 1; ABC + abc", &folded), "ARRAY:{1,2}");
+    EXPECT_EQ(Calculate("Abc = 1; ABC + abc"), "E43166@1,9");
+
+    // The setter's answer is what the variable keeps.
+    CEquationTree host;
+    host.m_freeVariables = 1;
+    host.SetVariableAccess(nullptr, doublingSet);
+    EXPECT_EQ(Calculate("v = 3", &host), "REAL:6");
+
+    // Bindings made after the compile, changed, and taken away.
+    const double one[] = {1.0, 2.0};
+    const double two[] = {10.0, 20.0};
+    CEquationTree columns;
+    columns.BindColumn(QStringLiteral("c"), one, nullptr, 2);
+    ASSERT_TRUE(columns.Compile(QStringLiteral("c + 1"), nullptr, false));
+    double values[2];
+    unsigned char valid[2];
+    EXPECT_EQ(columns.EvaluateSeries(values, valid, 0, 1), 2);
+    EXPECT_EQ(values[1], 3.0);
+    columns.BindColumn(QStringLiteral("c"), two, nullptr, 2);
+    columns.EvaluateSeries(values, valid, 0, 1);
+    EXPECT_EQ(values[1], 21.0);
+    columns.ClearColumnBindings();
+    columns.EvaluateSeries(values, valid, 0, 1);
+    EXPECT_EQ(values[1], 1.0); // an unbound name reads as empty
+    EXPECT_EQ(valid[1], 1);
 }
