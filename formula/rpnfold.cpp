@@ -339,6 +339,14 @@ bool CRpnParser::fold(CRpnNodeList *list)
             continue;
         }
         if (node->IsEnd() || node->IsComma()) {
+            // A Catch closed by `;` or `,` has no handler; across a line end
+            // only a block is its handler.
+            if (!stack.empty() && stack.back().pending && stack.back().node->IsCatch()) {
+                const bool soft = node->IsEnd() && (node->m_flags & RPN_NODE_SOFT_END) != 0;
+                const CRpnNode *next = k + 1 < in.size() ? in[k + 1] : nullptr;
+                if (!soft || !next || !next->IsList() || next->IsMultiOperand())
+                    stack.back().pending = false;
+            }
             floor = stack.size();
             delete node;
             in[k] = nullptr;
@@ -374,9 +382,12 @@ bool CRpnParser::fold(CRpnNodeList *list)
         if (node->IsIFLike()) {
             if (stack.size() <= floor || stack.back().pending)
                 return failHere(node, k, kMsgMissingOperand);
-            node->SetOperand(0, stack.back().node);
+            // Catch guards what stands in its parentheses; its handler
+            // comes next.
+            const bool guarded = node->IsCatch();
+            node->SetOperand(guarded ? 1 : 0, stack.back().node);
             stack.pop_back();
-            static_cast<CNode_IF *>(node)->m_state = 0;
+            static_cast<CNode_IF *>(node)->m_state = guarded ? 1 : 0;
             stack.push_back({node, true});
             continue;
         }
@@ -405,6 +416,10 @@ bool CRpnParser::fold(CRpnNodeList *list)
 
     // Statements still waiting take their last part now.
     for (int p = topPending(); p >= 0; p = topPending()) {
+        if (int(stack.size()) - p - 1 == 0 && stack[std::size_t(p)].node->IsCatch()) {
+            stack[std::size_t(p)].pending = false; // no handler
+            continue;
+        }
         if (int(stack.size()) - p - 1 == 0)
             return failHere(stack[std::size_t(p)].node, in.size(), kMsgMissingOperand);
         takePart(p);
@@ -437,6 +452,15 @@ bool CRpnParser::checkStructure(CRpnNode *node)
         return true;
     if (node->IsVariable())
         return useVariable(node);
+    if (node->IsAssignmentLike() && !node->IsBinary()) {
+        // SETVALUE and SETTEXT name their target: it need not hold a value.
+        CRpnNode *target = node->GetOperand(0);
+        for (int i = 1; i < node->GetOperandCount(); ++i) {
+            if (!checkStructure(node->GetOperand(i)))
+                return false;
+        }
+        return !target || target->IsVariable() || checkStructure(target);
+    }
     if (node->IsAssignmentLike() && node->IsBinary()) {
         CRpnNode *left = node->GetOperand(0);
         CRpnNode *right = node->GetOperand(1);

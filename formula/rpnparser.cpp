@@ -8,6 +8,7 @@
 #include "formula/rpnexception.h"
 #include "formula/rpnfunctioncall.h"
 #include "formula/rpnkeywords.h"
+#include "formula/rpnmacros.h"
 #include "formula/rpnnumber.h"
 #include "formula/rpnscanner.h"
 #include "formula/rpnstatements.h"
@@ -127,16 +128,85 @@ bool CRpnParser::itemsToNodes(const CRpnParserItemArray &items)
     for (const CRpnParserItem *item : items.m_items) {
         if (item->m_kind == RPN_TOKEN_LINE_END) {
             lineEnd(*item);
+            if (m_sectionPending)
+                m_sectionLineEnded = true;
             continue;
         }
         if (!item->IsSignificant())
             continue;
+        if (m_sectionPending && m_sectionLineEnded) {
+            // The body of the directive before starts with this line.
+            appendSectionMark(true, CNodeMacroBracket::RoleElseIf, m_sectionPending);
+            m_sectionPending = nullptr;
+        }
         CRpnNode *node = makeNode(*item);
         if (!node)
             return false;
         place(node, *item);
+        if (m_definePending && m_nodes.size() >= 2 && m_nodes[m_nodes.size() - 2] == m_definePending) {
+            // "#define a b" is read as "a #define b", an assignment.
+            std::swap(m_nodes[m_nodes.size() - 2], m_nodes.back());
+            m_definePending = nullptr;
+        }
+        if (node->IsMacro() && previous() == node)
+            arrangeDirective(node);
     }
     return true;
+}
+
+// --- directives ----------------------------------------------------------------------------
+
+void CRpnParser::appendSectionMark(bool open, int role, const CRpnNode *at)
+{
+    auto *mark = make<CNodeMacroBracket>(at->m_position, at->m_row, at->m_col);
+    mark->m_open = open;
+    mark->m_role = role;
+    m_nodes.push_back(mark);
+}
+
+void CRpnParser::dropSoftEnd()
+{
+    if (isSoftEnd(previous())) {
+        delete m_nodes.back();
+        m_nodes.pop_back();
+    }
+}
+
+// A directive node has just been appended: it is put into IF shape.
+void CRpnParser::arrangeDirective(CRpnNode *node)
+{
+    if (node->IsELSELike()) {
+        // } #else {
+        m_nodes.pop_back();
+        dropSoftEnd();
+        appendSectionMark(false, CNodeMacroBracket::RoleElse, node);
+        m_nodes.push_back(node);
+        appendSectionMark(true, CNodeMacroBracket::RoleElse, node);
+        return;
+    }
+    if (node->IsIFLike()) {
+        if (node->m_flags & RPN_NODE_MACRO_ENDIF) {
+            // #endif is only the end of a section.
+            m_nodes.pop_back();
+            dropSoftEnd();
+            appendSectionMark(false, CNodeMacroBracket::RoleEndIf, node);
+            delete node;
+            return;
+        }
+        if (node->m_flags & RPN_NODE_MACRO_ELIF) {
+            // } #else #elif: the IF of the else-part.
+            m_nodes.pop_back();
+            dropSoftEnd();
+            appendSectionMark(false, CNodeMacroBracket::RoleElseIf, node);
+            m_nodes.push_back(make<CNodeMacroElse>(node->m_position, node->m_row, node->m_col));
+            m_nodes.push_back(node);
+        }
+        m_sectionPending = node;
+        m_sectionLineEnded = false;
+        return;
+    }
+    if (node->GetKind() == RPN_NODE_MACRO_DEFINE)
+        m_definePending = node;
 }
 
 // A line end ends the statement when what came last can end one.

@@ -2,7 +2,8 @@
 // The parser: scanner items to a tree of nodes, in passes.
 //
 //   1. item to node: one node per significant item, with the sign of + and -,
-//      soft statement ends at line ends and implicit commas (list mode);
+//      soft statement ends at line ends and implicit commas (list mode), and
+//      directive nodes rearranged into IF shape with section marks;
 //   2. rewriting of adjacent nodes: tags, joined texts, negative constants,
 //      NULL in empty list places, argument lists of list functions;
 //   3. the sequence check of neighbours;
@@ -54,6 +55,9 @@ private:
     void lineEnd(const CRpnParserItem &item);
     void place(CRpnNode *node, const CRpnParserItem &item);
     bool isTagPattern() const;
+    void arrangeDirective(CRpnNode *node);
+    void appendSectionMark(bool open, int role, const CRpnNode *at);
+    void dropSoftEnd();
     // Pass 2.
     bool rewrite();
     int matchingParenthesis(int open) const;
@@ -96,4 +100,10 @@ private:
     QStringList m_known;     // variables known to the structure check
     QStringList m_seen;      // variables in first-use order
     std::vector<CRpnNode *> m_nodes; // the flat array of passes 1 to 4 (owned while there)
+    // Directives waiting for what follows them: an IF-like one opens its
+    // section at the first token of the next line; "#define" takes its
+    // name in front of it.
+    const CRpnNode *m_sectionPending = nullptr;
+    bool m_sectionLineEnded = false;
+    const CRpnNode *m_definePending = nullptr;
 };

@@ -7,6 +7,8 @@
 #include "formula/rpnformulavalue.h"
 #include "formula/rpnfunctioncall.h"
 #include "formula/rpnkeywords.h"
+#include "formula/rpnmacros.h"
+#include "formula/rpnreporters.h"
 #include "formula/rpnstatements.h"
 
 #include <mutex>
@@ -32,6 +34,20 @@ void provideCoreNodes(CRpnPrototypeArray &prototypes)
         prototypes.SetAt(node->GetKind(), const_cast<CRpnNode *>(node));
 }
 
+// The further statements, the reporters and the directives.
+void provideStatementNodes(CRpnPrototypeArray &prototypes)
+{
+    const CRpnNode *nodes[] = {
+        new CNode_IIF, new CNode_Catch, new CNode_SetValue, new CNode_SetText,
+        new CNodeError, new CNodeWarning, new CNodeGetError,
+        new CNodeMacroDefine, new CNodeMacroUnDefine, new CNodeMacroIf, new CNodeMacroIfDef,
+        new CNodeMacroIfNDef, new CNodeMacroElseIf, new CNodeMacroElse, new CNodeMacroEndIf,
+        new CNodeMacroBracket, new CNodeMacroError,
+    };
+    for (const CRpnNode *node : nodes)
+        prototypes.SetAt(node->GetKind(), const_cast<CRpnNode *>(node));
+}
+
 } // namespace
 
 void RegisterLanguageCore()
@@ -39,6 +55,7 @@ void RegisterLanguageCore()
     static std::once_flag once;
     std::call_once(once, [] {
         AddPrototypeProvider(provideCoreNodes);
+        AddPrototypeProvider(provideStatementNodes);
         RegisterFormulaSupport();
     });
 }

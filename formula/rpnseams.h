@@ -22,6 +22,19 @@ public:
     virtual ~CRpnObject() = default;
 };
 
+// The rows of a CURVE payload, for nodes that read a curve row by row (the
+// array condition of `iif`).  A graph host's curve object derives from both
+// CRpnObject and this; a curve object without it has no rows.
+class CRpnCurveRows
+{
+public:
+    virtual ~CRpnCurveRows() = default;
+    virtual int GetRowCount() const = 0;
+    virtual double GetRowValue(int row) const = 0;
+    // The validity byte of the row: 1 valid, 0 missing, 2 invalid.
+    virtual unsigned char GetRowValidity(int row) const = 0;
+};
+
 // Formulas as values: filled in by the equation tree.
 class CRpnFormulaSupport
 {
