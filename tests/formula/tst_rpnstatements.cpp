@@ -181,6 +181,10 @@ TEST(RpnStatements, CatchAndGetLastError)
         {"function f() { Error(\"deep\") }; Catch(f()) { GetLastError() }", "ARRAY:{deep}"},
         {"GetLastError()", "STRING:"},
         {"x = 0; Catch(x = 1) { x = 2 }; x", "ARRAY:{0,1,1}"},
+        // Across a line end only a block is the handler.
+        {"Catch(Error(\"x\"))\n{ 1 }", "ARRAY:{1}"},
+        {"Catch(Error(\"x\"))\n2", "ARRAY:{,2}"},
+        {"{Catch(Error(\"x\")), 2}", "ARRAY:{,2}"},
     });
 }
 
@@ -354,6 +358,32 @@ TEST(RpnStatements, SetValueAndSetTextCallTheSetter)
 
     // Without a setter nothing happens.
     EXPECT_EQ(Calculate("SETVALUE(probe, 1, 2)"), ":");
+}
+
+TEST(RpnStatements, KeywordsResolveToTheirClasses)
+{
+    CEquationTree tree; // registers the language's classes
+    const std::vector<std::pair<const char *, const char *>> words = {
+        {"iif", "iif"}, {"IF", "if"}, {"else", "else"}, {"While", "while"}, {"catch", "Catch"},
+        {"return", "return"}, {"SetValue", "SETVALUE"}, {"settext", "SETTEXT"}, {"error", "Error"},
+        {"warning", "Warning"}, {"message", "Warning"}, {"GetLastError", "GetLastError"},
+        {"#define", "#define"}, {"#undef", "#undef"}, {"#if", "#if"}, {"#ifdef", "#ifdef"},
+        {"#ifndef", "#ifndef"}, {"#elif", "#elif"}, {"#else", "#else"}, {"#endif", "#endif"},
+        {"#error", "#error"},
+    };
+    for (const auto &[word, name] : words) {
+        const QString upper = QString::fromLatin1(word).toUpper();
+        int classNumber = -1;
+        for (const CRpnKeywordRow &row : GetLanguageKeywords()) {
+            if (upper == QLatin1StringView(row.name))
+                classNumber = row.classNumber;
+        }
+        unsigned char status = 1;
+        std::unique_ptr<CRpnNode> node(LookupKeyword(&tree, QString::fromLatin1(word), 0, 1, 0, status));
+        ASSERT_NE(node, nullptr) << word;
+        EXPECT_EQ(node->GetKind(), classNumber) << word;
+        EXPECT_EQ(node->GetName(), QString::fromLatin1(name)) << word;
+    }
 }
 
 // --- directives ---------------------------------------------------------------------------------------------------
