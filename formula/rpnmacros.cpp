@@ -50,7 +50,7 @@ QString GetDirectiveSource(const CRpnNode *node, const QString &errorText)
     case RPN_NODE_MACRO_ELSE: text = CNodeMacroElse::DirectiveText; break;
     case RPN_NODE_MACRO_END_IF: text = CNodeMacroEndIf::DirectiveText; break;
     case RPN_NODE_MACRO_ERROR:
-        return QString::fromLatin1(CNodeMacroError::DirectiveText) + errorText + QStringLiteral("}\r\n");
+        return QString::fromLatin1(CNodeMacroError::DirectiveText) + errorText + QStringLiteral("\"}\r\n");
     default: return QString();
     }
     return QString::fromLatin1(text);

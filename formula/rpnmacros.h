@@ -143,7 +143,7 @@ public:
 class CNodeMacroError : public CNodeError
 {
 public:
-    static constexpr const char *DirectiveText = "#error {";
+    static constexpr const char *DirectiveText = "#error {\"";
 
     CNodeMacroError() { m_flags |= RPN_NODE_MACRO; }
     int GetKind() const override { return RPN_NODE_MACRO_ERROR; }
@@ -153,5 +153,6 @@ public:
 
 // The text a directive node is written back with: "#define ", "#if ", ...,
 // "#else\r\n", "#endif\r\n", and for "#error" the whole line
-// "#error {" text "}\r\n".  Empty for other nodes (section marks too).
+// #error {"text"} with its line end.  Empty for other nodes (section marks
+// too).
 QString GetDirectiveSource(const CRpnNode *node, const QString &errorText = QString());
