@@ -143,13 +143,14 @@ bool CRpnParser::itemsToNodes(const CRpnParserItemArray &items)
         if (!node)
             return false;
         place(node, *item);
+        CRpnNode *placed = previous(); // a sign is placed as a node of its own class
         if (m_definePending && m_nodes.size() >= 2 && m_nodes[m_nodes.size() - 2] == m_definePending) {
             // "#define a b" is read as "a #define b", an assignment.
             std::swap(m_nodes[m_nodes.size() - 2], m_nodes.back());
             m_definePending = nullptr;
+        } else if (placed->IsMacro()) {
+            arrangeDirective(placed);
         }
-        if (node->IsMacro() && previous() == node)
-            arrangeDirective(node);
     }
     return true;
 }
