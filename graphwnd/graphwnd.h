@@ -137,6 +137,9 @@ public:
     QString PositionTextAt(QPoint point) const;
     // The pop-up menu for a point, and what choosing an item of it does.
     void BuildContextMenu(QPoint point, QMenu &menu);
+    // Builds the pop-up menu for a point, runs it there, and carries out
+    // the item chosen.
+    void ShowContextMenu(QPoint point);
     void OnContextCommand(int id, QPoint point);
     // The curve whose legend label or line lies under the point, or -1.
     int CurveAt(QPoint point) const;
@@ -196,7 +199,6 @@ private:
     void updateCursor(QPoint point);
     void deleteSelection();
     void notAvailable();
-    void showContextMenu(QPoint point);
     void syncToolBar();
     void wheelScroll(int axis, int delta);
 

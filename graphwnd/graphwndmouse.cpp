@@ -6,6 +6,7 @@
 #include "graphdata/draw/polylinecache.h"
 #include "graphwnd/graphcursorbase.h"
 #include "graphwnd/graphcursors.h"
+#include "graphwnd/graphreadout.h"
 #include "support/languagestring.h"
 
 #include <QApplication>
@@ -135,34 +136,10 @@ int CGraphWnd::AxisAt(QPoint point) const
 
 QString CGraphWnd::PositionTextAt(QPoint point) const
 {
-    if (!m_graphData)
+    CGraphPosition position;
+    if (!m_graphData || !GraphPositionAt(*m_graphData, point, position))
         return QString();
-    const CGraphCurve &g = *m_graphData;
-    const CAxisMap xm = XAxisMap(g);
-    if (!xm.IsValid())
-        return QString();
-    double x = xm.ToValue(point.x());
-    if (g.m_xLog)
-        x = std::pow(10.0, x);
-    std::vector<double> ys;
-    for (int i = 0; i < g.RangeCount(); ++i) {
-        const CGraph_Range &r = *g.Range(i);
-        if (r.m_layout != CGraph_Range::LayoutShared || r.m_axisSide == 0)
-            continue;
-        const CAxisMap ym = YAxisMap(g, i);
-        if (!ym.IsValid())
-            continue;
-        double y = ym.ToValue(point.y());
-        if (r.m_logScale && !r.m_dbScale)
-            y = std::pow(10.0, y);
-        ys.push_back(y);
-    }
-    if (ys.size() <= 1)
-        return QString::asprintf("(%f, %f)", x, ys.empty() ? 0.0 : ys[0]);
-    QString text = QString::asprintf("X=%f, Y1=%f", x, ys[0]);
-    for (std::size_t i = 1; i < ys.size(); ++i)
-        text += QString::asprintf(", Y%i=%f", int(i) + 1, ys[i]);
-    return text;
+    return GraphPositionText(position);
 }
 
 // ---- tracks ------------------------------------------------------------------
@@ -209,7 +186,7 @@ void CGraphWnd::TrackEnded(CActionMouseTrack *track, int result)
         // A right click that did not drag opens the pop-up menu.
         if (track == &m_panTrack && pan->m_buttonsSwapped && !pan->m_moved) {
             if (result == 1)
-                showContextMenu(pan->Start());
+                ShowContextMenu(pan->Start());
         }
     } else if (track == &m_selectBoxTrack) {
         if (result == 1) {
@@ -252,7 +229,8 @@ void CGraphWnd::mousePressEvent(QMouseEvent *event)
     setFocus(Qt::MouseFocusReason);
     if (event->button() == Qt::RightButton) {
         if (Tool() == 11 && m_cursorObject) {
-            m_cursorObject->OnCursorEvent(this, point, int(event->modifiers()) | int(event->buttons()));
+            m_cursorObject->OnCursorEvent(this, point, int(event->modifiers()) | int(event->buttons()),
+                                          CGraphCursorBase::CursorRightDown);
             return;
         }
         // Dragging with the right button pans; a right click opens the menu
@@ -262,7 +240,7 @@ void CGraphWnd::mousePressEvent(QMouseEvent *event)
             m_panTrack.m_onlyAxis = -2;
             startTrack(m_panTrack, point, true);
         } else {
-            showContextMenu(point);
+            ShowContextMenu(point);
         }
         return;
     }
@@ -286,7 +264,7 @@ void CGraphWnd::onLeftDown(QPoint point, Qt::KeyboardModifiers keys)
     }
     if (tool == 11) {
         if (m_cursorObject)
-            m_cursorObject->OnCursorEvent(this, point, int(keys) | int(Qt::LeftButton));
+            m_cursorObject->OnCursorEvent(this, point, int(keys) | int(Qt::LeftButton), CGraphCursorBase::CursorLeftDown);
         return;
     }
     const bool control = keys & Qt::ControlModifier;
@@ -379,7 +357,8 @@ void CGraphWnd::mouseMoveEvent(QMouseEvent *event)
     if (!m_graphData)
         return;
     if (Tool() == 11 && m_cursorObject) {
-        m_cursorObject->OnCursorEvent(this, point, int(event->modifiers()) | int(event->buttons()));
+        m_cursorObject->OnCursorEvent(this, point, int(event->modifiers()) | int(event->buttons()),
+                                      CGraphCursorBase::CursorMove);
     } else if (EdgesToQRect(m_graphData->m_plotRect).contains(point)) {
         emit PositionText(PositionTextAt(point));
     }
@@ -533,7 +512,7 @@ void CGraphWnd::BuildContextMenu(QPoint point, QMenu &menu)
     addItem(menu, CmdCopyPicture, LanguageString(TextCopyPicture));
 }
 
-void CGraphWnd::showContextMenu(QPoint point)
+void CGraphWnd::ShowContextMenu(QPoint point)
 {
     QMenu menu(this);
     BuildContextMenu(point, menu);

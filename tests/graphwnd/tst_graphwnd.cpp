@@ -93,10 +93,12 @@ struct CursorSpy : CGraphCursorBase
 {
     int events = 0;
     QPoint last;
-    void OnCursorEvent(CGraphWnd *, QPoint point, int) override
+    std::vector<CursorEvent> kinds;
+    void OnCursorEvent(CGraphWnd *, QPoint point, int, CursorEvent event) override
     {
         ++events;
         last = point;
+        kinds.push_back(event);
     }
 };
 
@@ -448,6 +450,11 @@ TEST_F(GraphWnd, TheCursorObjectTakesTheEventsOfTool11)
     QTest::mouseMove(&m_wnd, at + QPoint(5, 5));
     QTest::mouseClick(&m_wnd, Qt::RightButton, Qt::NoModifier, at);
     EXPECT_EQ(spy.events, 3);
+    const std::vector<CGraphCursorBase::CursorEvent> kinds{CGraphCursorBase::CursorLeftDown,
+                                                           CGraphCursorBase::CursorMove,
+                                                           CGraphCursorBase::CursorRightDown};
+    EXPECT_EQ(spy.kinds, kinds);
+    EXPECT_EQ(spy.last, at);
     EXPECT_EQ(m_wnd.ActiveTrack(), nullptr);
     m_wnd.SetCursorObject(nullptr);
 }
