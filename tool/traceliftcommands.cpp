@@ -9,7 +9,7 @@
 #include "support/languagestring.h"
 #include "tool/capture/numbertext.h"
 #include "tool/capture/pointtext.h"
-#include "tool/plotplaceholder.h"
+#include "tool/curvewnd.h"
 #include "tool/traceliftwnd.h"
 
 #include <QAction>

@@ -5,7 +5,7 @@
 
 #include "support/controls/exeditctrl.h"
 #include "tool/capture/pointtext.h"
-#include "tool/plotplaceholder.h"
+#include "tool/curvewnd.h"
 #include "tool/traceliftwnd.h"
 
 #include <QAction>
@@ -22,16 +22,20 @@ double plotLimit(double v, bool logarithmic)
     return logarithmic ? std::log10(v) : v;
 }
 
-void setFieldLimits(CPlotFeed &feed, const CToolFields &fields)
+CPlotAxes plotAxes(const CToolFields &fields)
 {
     const CAxisValues v = ReadAxisValues(fields);
-    feed.xLog = v.xLog;
-    feed.yLog = v.yLog;
+    CPlotAxes axes;
+    axes.xName = fields.xName;
+    axes.yName = fields.yName;
+    axes.xLog = v.xLog;
+    axes.yLog = v.yLog;
     // A reversed range passes as it is.
-    feed.xLow = plotLimit(v.xAtFirst, v.xLog);
-    feed.xHigh = plotLimit(v.xAtSecond, v.xLog);
-    feed.yLow = plotLimit(v.yAtFirst, v.yLog);
-    feed.yHigh = plotLimit(v.yAtSecond, v.yLog);
+    axes.xLow = plotLimit(v.xAtFirst, v.xLog);
+    axes.xHigh = plotLimit(v.xAtSecond, v.xLog);
+    axes.yLow = plotLimit(v.yAtFirst, v.yLog);
+    axes.yHigh = plotLimit(v.yAtSecond, v.yLog);
+    return axes;
 }
 
 } // namespace
@@ -73,6 +77,18 @@ bool CTraceliftToolDlg::UpdateData(bool save)
     return true;
 }
 
+bool CTraceliftToolDlg::SelectRecord(int index)
+{
+    if (index < 0 || index >= m_records.Size())
+        return false;
+    if (m_records.m_currentCurve)
+        UpdateData(true);
+    m_records.m_currentCurve = m_records.At(index);
+    UpdateData(false);
+    showPane(false);
+    return true;
+}
+
 void CTraceliftToolDlg::ApplyFields()
 {
     if (m_records.CurrentIsTemplate()) {
@@ -89,32 +105,19 @@ void CTraceliftToolDlg::ApplyFields()
 
 // ---------------------------------------------------------------------------
 // The plot.  Everything the plot pane is given passes through the functions
-// below; the pane is a CPlotPlaceholder until the graph window replaces it.
-
-const CPlotFeed &CTraceliftToolDlg::PlotFeed() const
-{
-    return m_plot->Feed();
-}
+// below.
 
 void CTraceliftToolDlg::plotCurrentCurve(const CToolFields &fields, const CMyDoubleArray &pairs,
                                          int count)
 {
-    CPlotFeed feed;
-    feed.xName = fields.xName;
-    feed.yName = fields.yName;
-    CPlotCurve curve;
-    curve.pairs = pairs;
-    curve.count = count;
-    feed.curves.append(std::move(curve));
-    setFieldLimits(feed, fields);
-    m_plot->SetFeed(feed);
+    const CPlotAxes axes = plotAxes(fields);
+    PlotOneCurve(*m_plot, axes, pairs.GetData(), count);
+    SetPlotAxes(*m_plot, axes);
 }
 
 void CTraceliftToolDlg::plotAllCurves(const CToolFields &fields)
 {
-    CPlotFeed feed;
-    feed.xName = fields.xName;
-    feed.yName = fields.yName;
+    QList<CPlotCurve> curves;
     for (int i = 0; i < m_records.Size(); ++i) {
         const CGraphInfoData *record = m_records.At(i);
         if (record->IsTemplate())
@@ -124,47 +127,38 @@ void CTraceliftToolDlg::plotAllCurves(const CToolFields &fields)
         curve.pairs.SetSize(2 * curve.count);
         for (int k = 0; k < curve.count; ++k)
             record->GetPoint(k, curve.pairs[2 * k], curve.pairs[2 * k + 1]);
-        feed.curves.append(std::move(curve));
+        curves.append(std::move(curve));
     }
-    setFieldLimits(feed, fields);
-    m_plot->SetFeed(feed);
+    const CPlotAxes axes = plotAxes(fields);
+    PlotCurves(*m_plot, axes, curves);
+    SetPlotAxes(*m_plot, axes);
 }
 
 void CTraceliftToolDlg::plotColumns(const CToolFields &fields, const CMyDoubleArray2D &values)
 {
-    CPlotFeed feed;
-    feed.xName = fields.xName;
-    feed.yName = fields.yName;
-    const int rows = values.GetRows();
-    for (int c = 1; c < values.GetColumns(); ++c) {
-        CPlotCurve curve;
-        curve.count = rows;
-        curve.pairs.SetSize(2 * rows);
-        for (int r = 0; r < rows; ++r) {
-            curve.pairs[2 * r] = values.GetAt(r, 0);
-            curve.pairs[2 * r + 1] = values.GetAt(r, c);
-        }
-        feed.curves.append(std::move(curve));
-    }
-    setFieldLimits(feed, fields);
-    m_plot->SetFeed(feed);
+    const CPlotAxes axes = plotAxes(fields);
+    PlotColumns(*m_plot, axes, values);
+    SetPlotAxes(*m_plot, axes);
 }
 
 void CTraceliftToolDlg::replotFromData(bool xLog, bool yLog)
 {
-    CPlotFeed feed = m_plot->Feed();
-    feed.xLog = xLog;
-    feed.yLog = yLog;
+    const CGraphCurve *graph = m_plot->GetGraphData();
+    if (!graph)
+        return;
+    CPlotAxes axes;
+    axes.xLog = xLog;
+    axes.yLog = yLog;
     double xl = 0, xh = 0, yl = 0, yh = 0;
-    feed.DataLimits(xl, xh, yl, yh);
-    feed.xLow = plotLimit(xl, xLog);
-    feed.xHigh = plotLimit(xh, xLog);
-    feed.yLow = plotLimit(yl, yLog);
-    feed.yHigh = plotLimit(yh, yLog);
-    m_plot->SetFeed(feed);
+    PlotDataLimits(*graph, xl, xh, yl, yh);
+    axes.xLow = plotLimit(xl, xLog);
+    axes.xHigh = plotLimit(xh, xLog);
+    axes.yLow = plotLimit(yl, yLog);
+    axes.yHigh = plotLimit(yh, yLog);
+    SetPlotAxes(*m_plot, axes);
 }
 
 void CTraceliftToolDlg::repaintPlot()
 {
-    m_plot->update();
+    m_plot->Redraw(1);
 }

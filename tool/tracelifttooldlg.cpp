@@ -2,7 +2,7 @@
 
 #include "support/controls/exeditctrl.h"
 #include "support/languagestring.h"
-#include "tool/plotplaceholder.h"
+#include "tool/curvewnd.h"
 #include "tool/traceliftwnd.h"
 
 #include <QAction>
@@ -130,7 +130,11 @@ CTraceliftToolDlg::CTraceliftToolDlg(QWidget *parent) : QDialog(parent)
     OnAddCurve();
 }
 
-CTraceliftToolDlg::~CTraceliftToolDlg() = default;
+CTraceliftToolDlg::~CTraceliftToolDlg()
+{
+    // The cursor editor goes before the plot does.
+    m_plot->SetCursorObject(nullptr);
+}
 
 void CTraceliftToolDlg::buildControls()
 {
@@ -176,8 +180,7 @@ void CTraceliftToolDlg::buildControls()
     m_canvas = new CTraceliftWnd(m_pane);
     m_canvas->hide();
     // No tooltips over the panes: they would cover the spot being aimed at.
-    m_plot = new CPlotPlaceholder(m_pane);
-    m_plot->setObjectName(QString::number(IdPlot));
+    createPlot();
 
     // Y axis, left of the pane: the second corner's value at the top, the
     // first corner's at the bottom, as the corners lie on the picture.
@@ -243,6 +246,7 @@ void CTraceliftToolDlg::buildControls()
     pointsRow->addWidget(m_pointsEdit, 1);
 
     m_readout = named(new QLineEdit(this), IdReadout);
+    m_cursorEditor.SetReadout(m_readout);
     m_readout->setReadOnly(true);
     m_readout->setFocusPolicy(Qt::NoFocus);
     m_readout->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("(-0.00000e-000,-0.00000e-000)")));
@@ -337,6 +341,20 @@ void CTraceliftToolDlg::connectControls()
     connect(m_canvas, &CTraceliftWnd::clicked, this, &CTraceliftToolDlg::onCanvasClicked);
     connect(m_canvas, &CTraceliftWnd::valueUnderMouse, this, &CTraceliftToolDlg::onValueUnderMouse);
     connect(m_canvas, &CTraceliftWnd::pictureFileOffered, this, &CTraceliftToolDlg::OfferPictureFile);
+}
+
+void CTraceliftToolDlg::createPlot()
+{
+    m_plot = new CCurveWnd(m_pane);
+    auto *graph = new CGraphCurve(1, m_plot->m_dpi);
+    graph->m_backColor = 0xFFFFFF;
+    graph->m_foreColor = 0;
+    m_plot->SetGraphData(graph, 1, true, &font());
+    // Moves and clicks over the plot go to the cursor editor, which reads
+    // the values out; each paint draws the graph straight.
+    m_plot->SetCursorObject(&m_cursorEditor);
+    m_plot->SetTool(11);
+    m_plot->m_drawDirect = 1;
 }
 
 CToolFields CTraceliftToolDlg::ReadFields() const

@@ -12,12 +12,13 @@
 #include "tool/capture/capturesteps.h"
 #include "tool/capture/curverecords.h"
 #include "tool/capture/toolfields.h"
+#include "tool/curvecursoreditor.h"
 #include "tool/plotfeed.h"
 
 #include <QDialog>
 
+class CCurveWnd;
 class CExEditCtrl;
-class CPlotPlaceholder;
 class CTraceliftWnd;
 class QAction;
 class QCheckBox;
@@ -72,13 +73,19 @@ public:
 
     // The fields to the record and back (save true), or back only.
     bool UpdateData(bool save);
+    // Makes record `index` of the curve list the current curve: the fields
+    // go into the present one first, then the chosen one is loaded.  The
+    // template (the last record) shows every curve of the list in the plot.
+    // False for an index outside the list.
+    bool SelectRecord(int index);
     // What every change of the fields ends in: the point text is parsed again
     // and the canvas and the plot follow the fields.
     void ApplyFields();
 
     CTraceliftWnd *Canvas() const { return m_canvas; }
+    CCurveWnd *Plot() const { return m_plot; }
+    CCurveCursorEditor &CursorEditor() { return m_cursorEditor; }
     CCurveRecords &Records() { return m_records; }
-    const CPlotFeed &PlotFeed() const;
     bool FieldsDirty() const { return m_fieldsDirty; }
     CToolFields ReadFields() const;
 
@@ -105,6 +112,7 @@ private:
     bool writeCurve(const CGraphInfoData &curve, const CToolFields &fields);
 
     // The plot pane: everything the plot is fed goes through these.
+    void createPlot();
     void plotCurrentCurve(const CToolFields &fields, const CMyDoubleArray &pairs, int count);
     void plotAllCurves(const CToolFields &fields);
     void plotColumns(const CToolFields &fields, const CMyDoubleArray2D &values);
@@ -112,8 +120,9 @@ private:
     void repaintPlot();
 
     CCurveRecords m_records;
+    CCurveCursorEditor m_cursorEditor;
     CTraceliftWnd *m_canvas = nullptr;
-    CPlotPlaceholder *m_plot = nullptr;
+    CCurveWnd *m_plot = nullptr;
     QString m_lastFileName;
     QLineEdit *m_readout = nullptr;
     QPushButton *m_okButton = nullptr;

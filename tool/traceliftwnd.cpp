@@ -2,6 +2,7 @@
 
 #include "support/controls/userprompts.h"
 #include "support/languagestring.h"
+#include "tool/traceliftzoom.h"
 
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -73,6 +74,7 @@ CTraceliftWnd::CTraceliftWnd(QWidget *parent) : QWidget(parent)
     setMouseTracking(true);
     setAcceptDrops(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    m_zoom = new CTraceliftZoom(this, IdMagnifier);
 }
 
 void CTraceliftWnd::SetMode(CaptureMode mode)
@@ -138,8 +140,8 @@ void CTraceliftWnd::SetDefaultRectangle()
 
 void CTraceliftWnd::HideMagnifier()
 {
-    if (m_zoom)
-        m_zoom->hide();
+    if (m_zoom->isVisible())
+        m_zoom->Hide();
 }
 
 QRect CTraceliftWnd::FrameRect(const QSize &size) const
@@ -319,6 +321,12 @@ void CTraceliftWnd::updateCursor()
 
 void CTraceliftWnd::mousePressEvent(QMouseEvent *event)
 {
+    if (event->button() == Qt::RightButton) {
+        // Over a shown picture the right button opens the magnifier there.
+        if (!m_zoom->OpenAt(event->position().toPoint()))
+            QWidget::mousePressEvent(event);
+        return;
+    }
     if (event->button() != Qt::LeftButton) {
         QWidget::mousePressEvent(event);
         return;
@@ -329,14 +337,25 @@ void CTraceliftWnd::mousePressEvent(QMouseEvent *event)
         updateCursor();
         return;
     }
-    const QPointF p = event->position();
+    ClickAt(event->position().x(), event->position().y());
+}
+
+void CTraceliftWnd::ClickAt(double px, double py)
+{
     const CaptureMode before = m_capture.m_mode;
-    const CClickResult r = m_capture.SetFirstOrSecondCorner(p.x(), p.y());
+    const CClickResult r = m_capture.SetFirstOrSecondCorner(px, py);
     if (r.repaint)
         update();
     updateCursor();
     HideMagnifier();
     emit clicked(r, before);
+}
+
+void CTraceliftWnd::ReadOut(double px, double py)
+{
+    double x = 0, y = 0;
+    if (m_capture.MapPixelToValue(px, py, x, y))
+        emit valueUnderMouse(x, y);
 }
 
 void CTraceliftWnd::mouseMoveEvent(QMouseEvent *event)
@@ -357,9 +376,7 @@ void CTraceliftWnd::mouseMoveEvent(QMouseEvent *event)
             }
         }
     } else if (isReadoutMode(mode)) {
-        double x = 0, y = 0;
-        if (m_capture.MapPixelToValue(event->position().x(), event->position().y(), x, y))
-            emit valueUnderMouse(x, y);
+        ReadOut(event->position().x(), event->position().y());
     }
     updateCursor();
 }
@@ -376,7 +393,9 @@ void CTraceliftWnd::mouseReleaseEvent(QMouseEvent *event)
 
 void CTraceliftWnd::contextMenuEvent(QContextMenuEvent *event)
 {
-    if (m_capture.m_mode != ModeWaitPicture) {
+    // The menu to open a picture file is there while a picture is awaited
+    // and the right button did not open the magnifier instead.
+    if (m_capture.m_mode != ModeWaitPicture || m_zoom->isVisible()) {
         event->ignore();
         return;
     }

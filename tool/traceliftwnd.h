@@ -9,9 +9,9 @@
 
 #include <QFont>
 #include <QImage>
-#include <QPointer>
 #include <QWidget>
 
+class CTraceliftZoom;
 class QPainter;
 
 class CTraceliftWnd : public QWidget
@@ -47,9 +47,17 @@ public:
     // ModePlotted).
     void SetDefaultRectangle();
 
-    // The magnifier, once one is attached, is hidden by every click and step.
-    void SetMagnifier(QWidget *magnifier) { m_zoom = magnifier; }
+    // The magnifier (control 1100), a child of the canvas that the right
+    // button opens over a shown picture; every click and step hides it.
+    CTraceliftZoom *Magnifier() const { return m_zoom; }
     void HideMagnifier();
+
+    // A left click at a canvas position, whole or (from the magnifier) in
+    // fractions of a pixel: the click rule runs, the magnifier is hidden,
+    // and `clicked` goes out.
+    void ClickAt(double px, double py);
+    // The value under a canvas position to the read-out, when it maps.
+    void ReadOut(double px, double py);
 
     // The picture is a clipboard's or a dropped file's; both count.
     static bool ClipboardHasPicture();
@@ -83,7 +91,7 @@ private:
     int m_pictureWidth = 0;
     int m_pictureHeight = 0;
     QFont m_font;
-    QPointer<QWidget> m_zoom;
+    CTraceliftZoom *m_zoom = nullptr;
     QPoint m_dragLast;
     bool m_dragging = false;
 };

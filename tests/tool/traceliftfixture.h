@@ -5,7 +5,9 @@
 
 #include "../common/scriptedprompts.h"
 #include "graphpicture.h"
+#include "graphdata/graphcurve.h"
 #include "support/languagestring.h"
+#include "tool/curvewnd.h"
 #include "tool/tracelifttooldlg.h"
 #include "tool/traceliftwnd.h"
 
@@ -52,6 +54,15 @@ protected:
     QAction *action(int id) const { return control<QAction>(id); }
     CTraceliftWnd *canvas() const { return dialog->Canvas(); }
     CaptureMode mode() const { return canvas()->Mode(); }
+    CCurveWnd *plot() const { return dialog->Plot(); }
+    CGraphCurve &plotGraph() const { return *plot()->GetGraphData(); }
+    // A value of the plot's data set (column curves).
+    double plotValue(int column, int row) const
+    {
+        const CGraphColumn *c = plotGraph().m_data.GetColumn(column);
+        EXPECT_NE(c, nullptr) << "column " << column;
+        return c && row < c->m_count ? c->m_values[row] : NAN;
+    }
 
     void type(int id, const QString &t)
     {

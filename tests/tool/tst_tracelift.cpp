@@ -75,9 +75,9 @@ TEST_F(TraceliftTest, FromPastedPictureToSavedFile)
         EXPECT_FALSE(canvas()->isVisible());
         EXPECT_TRUE(control(CTraceliftToolDlg::IdPlot)->isVisible());
         EXPECT_FALSE(action(CTraceliftToolDlg::IdBack)->isEnabled());
-        ASSERT_EQ(dialog->PlotFeed().curves.size(), 1);
-        EXPECT_EQ(dialog->PlotFeed().curves[0].count, g.vertices.size());
-        EXPECT_EQ(dialog->PlotFeed().yLog, logY);
+        ASSERT_EQ(plotGraph().CurveCount(), 1);
+        EXPECT_EQ(plotGraph().m_data.RowCount(), g.vertices.size());
+        EXPECT_EQ(plotGraph().Range(0)->m_logScale != 0, logY);
 
         const QString path = files.filePath(logY ? QStringLiteral("log.txt") : QStringLiteral("lin.txt"));
         prompts.fileNames = {path};
@@ -282,8 +282,8 @@ TEST_F(TraceliftTest, LoadShowsTheColumnsOfAFile)
     EXPECT_EQ(text(IdFileName), path);
     EXPECT_EQ(mode(), ModeIdle);
     EXPECT_EQ(canvas()->m_capture.m_points.count, 3);
-    ASSERT_EQ(dialog->PlotFeed().curves.size(), 1);
-    EXPECT_DOUBLE_EQ(dialog->PlotFeed().curves[0].pairs[3], 2.5);
+    ASSERT_EQ(plotGraph().CurveCount(), 1);
+    EXPECT_DOUBLE_EQ(plotValue(1, 1), 2.5);
 
     // Files that cannot be taken leave the fields alone.
     struct Bad {
@@ -380,16 +380,16 @@ TEST_F(TraceliftTest, TypedCurveIsCheckedAndPlotted)
     control<QPushButton>(CTraceliftToolDlg::IdApplyTyped)->click();
     EXPECT_EQ(mode(), ModePlotted);
     EXPECT_EQ(prompts.messages.size(), 1);
-    ASSERT_EQ(dialog->PlotFeed().curves.size(), 1);
-    EXPECT_EQ(dialog->PlotFeed().curves[0].count, 3);
-    EXPECT_DOUBLE_EQ(dialog->PlotFeed().curves[0].pairs[5], 9.0);
+    ASSERT_EQ(plotGraph().CurveCount(), 1);
+    EXPECT_EQ(plotGraph().m_data.RowCount(), 3);
+    EXPECT_DOUBLE_EQ(plotValue(1, 2), 9.0);
     EXPECT_EQ(text(IdPoints), QStringLiteral("(0,1)(1,4)(2,9)"));
     EXPECT_EQ(control<QLabel>(IdHint)->text(), LanguageString(27552));
 
     // Replot fits the plot to the points.
     control<QPushButton>(CTraceliftToolDlg::IdReplot)->click();
-    EXPECT_DOUBLE_EQ(dialog->PlotFeed().xHigh, 2.0);
-    EXPECT_DOUBLE_EQ(dialog->PlotFeed().yLow, 1.0);
+    EXPECT_DOUBLE_EQ(plotGraph().m_xViewMax, 2.0);
+    EXPECT_DOUBLE_EQ(plotGraph().Range(0)->m_viewMin, 1.0);
 
     // Saving: a cancelled dialog writes nothing, an unwritable place is reported.
     control<QPushButton>(CTraceliftToolDlg::IdOk)->click();
