@@ -117,6 +117,8 @@ void SetPlotAxes(CGraphWnd &plot, const CPlotAxes &axes)
     g->SetYRange(0, false, false, axes.yLow, axes.yHigh, tickFor(axes.yLow, axes.yHigh, axes.yLog, false),
                  true, false);
     g->m_lastDrawnRow = 0;
+    // Full view comes back to these limits.
+    plot.StoreDefaultView();
     plot.Redraw(1);
     plot.repaint();
 }

@@ -338,6 +338,8 @@ void CTraceliftToolDlg::connectControls()
     connect(m_xUnitCombo, &QComboBox::activated, this, &CTraceliftToolDlg::ApplyFields);
     connect(m_yUnitCombo, &QComboBox::activated, this, &CTraceliftToolDlg::ApplyFields);
 
+    // With another tool of the plot's toolbar the window reads out itself.
+    connect(m_plot, &CGraphWnd::PositionText, m_readout, &QLineEdit::setText);
     connect(m_canvas, &CTraceliftWnd::clicked, this, &CTraceliftToolDlg::onCanvasClicked);
     connect(m_canvas, &CTraceliftWnd::valueUnderMouse, this, &CTraceliftToolDlg::onValueUnderMouse);
     connect(m_canvas, &CTraceliftWnd::pictureFileOffered, this, &CTraceliftToolDlg::OfferPictureFile);

@@ -1,6 +1,7 @@
 #include "graphpicture.h"
 
 #include <QPainter>
+#include <QPainterPath>
 
 namespace {
 
@@ -81,5 +82,86 @@ CGraphPicture MakeGraphPicture(bool yLog, double (*f)(double), const QList<doubl
     p.setPen(QPen(QColor(20, 40, 160), 2));
     for (int i = 1; i < g.vertices.size(); ++i)
         p.drawLine(g.vertices[i - 1], g.vertices[i]);
+    return g;
+}
+
+double IdOfVds(double mV)
+{
+    return 20 * std::pow(mV / 1000, 1.1);
+}
+
+double CLogLogPicture::PixelX(double x) const
+{
+    return lowerLeft.x() + (upperRight.x() - lowerLeft.x()) * std::log10(x / xLow) / std::log10(xHigh / xLow);
+}
+
+double CLogLogPicture::PixelY(double y) const
+{
+    return lowerLeft.y() + (upperRight.y() - lowerLeft.y()) * std::log10(y / yLow) / std::log10(yHigh / yLow);
+}
+
+CLogLogPicture MakeLogLogPicture(std::initializer_list<double (*)(double)> curves)
+{
+    CLogLogPicture g;
+    g.image = QImage(640, 440, QImage::Format_RGB32);
+    g.image.fill(Qt::white);
+    QPainter p(&g.image);
+    p.setRenderHint(QPainter::Antialiasing);
+    const QRect area(QPoint(g.lowerLeft.x(), g.upperRight.y()), QPoint(g.upperRight.x(), g.lowerLeft.y()));
+    // Decades and their minor lines.
+    const QPen minor(QColor(215, 215, 215), 1);
+    const QPen major(QColor(160, 160, 160), 1);
+    for (double decade = g.xLow; decade < g.xHigh * 0.99; decade *= 10)
+        for (int k = 1; k <= 9; ++k) {
+            const double x = g.PixelX(decade * k);
+            p.setPen(k == 1 ? major : minor);
+            p.drawLine(QPointF(x, area.top()), QPointF(x, area.bottom()));
+        }
+    for (double decade = g.yLow; decade < g.yHigh * 0.99; decade *= 10)
+        for (int k = 1; k <= 9; ++k) {
+            const double y = g.PixelY(decade * k);
+            p.setPen(k == 1 ? major : minor);
+            p.drawLine(QPointF(area.left(), y), QPointF(area.right(), y));
+        }
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setPen(QPen(Qt::black, 1));
+    p.drawRect(area);
+    p.setRenderHint(QPainter::Antialiasing);
+    QFont font = p.font();
+    font.setPixelSize(12);
+    p.setFont(font);
+    const char *xLabels[] = {"100m", "1", "10", "100"};
+    for (int i = 0; i < 4; ++i) {
+        const double x = g.PixelX(g.xLow * std::pow(10.0, i));
+        p.drawText(QRectF(x - 25, area.bottom() + 4, 50, 16), Qt::AlignCenter, QString::fromLatin1(xLabels[i]));
+    }
+    const char *yLabels[] = {"1u", "10u", "100u", "1m", "10m"};
+    for (int i = 0; i < 5; ++i) {
+        const double y = g.PixelY(g.yLow * std::pow(10.0, i));
+        p.drawText(QRectF(area.left() - 50, y - 8, 44, 16), Qt::AlignRight | Qt::AlignVCenter,
+                   QString::fromLatin1(yLabels[i]));
+    }
+    p.drawText(QRectF(area.left(), area.bottom() + 20, area.width(), 16), Qt::AlignCenter,
+               QStringLiteral("VDS (V)"));
+    p.save();
+    p.translate(area.left() - 48, area.center().y());
+    p.rotate(-90);
+    p.drawText(QRectF(-100, -16, 200, 16), Qt::AlignCenter, QStringLiteral("ID (A)"));
+    p.restore();
+    // The curves, finely sampled and antialiased; what leaves the area is cut.
+    p.setClipRect(area);
+    p.setPen(QPen(QColor(200, 30, 30), 1.6));
+    for (double (*f)(double) : curves) {
+        QPainterPath path;
+        for (int i = 0; i <= 600; ++i) {
+            const double x = g.xLow * std::pow(g.xHigh / g.xLow, i / 600.0);
+            const QPointF q(g.PixelX(x), g.PixelY(f(x)));
+            if (i == 0)
+                path.moveTo(q);
+            else
+                path.lineTo(q);
+        }
+        p.drawPath(path);
+    }
     return g;
 }

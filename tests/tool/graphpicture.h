@@ -7,6 +7,7 @@
 #include <QList>
 #include <QPoint>
 #include <cmath>
+#include <initializer_list>
 
 struct CGraphPicture {
     QImage image;
@@ -25,3 +26,24 @@ struct CGraphPicture {
 
 // Draws y = f(x) at the given X values, each vertex rounded to a whole pixel.
 CGraphPicture MakeGraphPicture(bool yLog, double (*f)(double), const QList<double> &xs);
+
+// A log-log datasheet graph: X from 100 mV to 100 V over three decades, Y
+// from 1 uA to 10 mA over four, with decade and minor grid lines, tick
+// labels with unit prefixes, and curves drawn antialiased through finely
+// sampled points.  Values are in the units the prefixes give: X in mV, Y
+// in uA.
+struct CLogLogPicture {
+    QImage image;
+    QPoint lowerLeft{60, 400};
+    QPoint upperRight{600, 40};
+    double xLow = 100, xHigh = 1e5, yLow = 1, yHigh = 1e4;
+
+    // The picture position of a value, unrounded.
+    double PixelX(double x) const;
+    double PixelY(double y) const;
+};
+
+CLogLogPicture MakeLogLogPicture(std::initializer_list<double (*)(double)> curves);
+
+// ID = 20 uA * (VDS / 1 V)^1.1, in uA over mV.
+double IdOfVds(double mV);

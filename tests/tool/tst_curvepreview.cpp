@@ -252,6 +252,14 @@ TEST_F(CurvePreviewTest, TheReadoutFollowsTheMouseOverThePlot)
     const QString last = text(IdReadout);
     QTest::mouseMove(plot(), QPoint(2, plot()->height() - 2));
     EXPECT_EQ(text(IdReadout), last);
+
+    // Another tool of the plot's toolbar: the window's own read-out.
+    ASSERT_TRUE(plot()->OnCommand(CmdToolPan));
+    const QPoint p = plotPixel(5, 30);
+    QTest::mouseMove(plot(), p);
+    EXPECT_EQ(text(IdReadout), plot()->PositionTextAt(p));
+    EXPECT_TRUE(text(IdReadout).startsWith(QStringLiteral("(5.")) || text(IdReadout).startsWith(QStringLiteral("(4.9")))
+        << qPrintable(text(IdReadout));
 }
 
 TEST(CurveCursorEditor, WritesThePositionForFlagZeroOnly)

@@ -7,96 +7,13 @@
 #include "tool/traceliftzoom.h"
 
 #include <QComboBox>
-#include <QPainter>
-#include <QPainterPath>
 #include <QPushButton>
 #include <cmath>
 
-namespace {
-
-// The graph: X from 100 mV to 100 V over three decades, Y from 1 uA to
-// 10 mA over four, and the curve ID = 20 uA * (VDS / 1 V)^1.1.  The values
-// are in the units the prefixes give: X in mV, Y in uA.
-struct LogLogGraph {
-    QImage image;
-    QPoint lowerLeft{60, 400};
-    QPoint upperRight{600, 40};
-    double xLow = 100, xHigh = 1e5, yLow = 1, yHigh = 1e4;
-
-    static double Curve(double mV) { return 20 * std::pow(mV / 1000, 1.1); }
-
-    double PixelX(double x) const
-    {
-        return lowerLeft.x() + (upperRight.x() - lowerLeft.x()) * std::log10(x / xLow) / std::log10(xHigh / xLow);
-    }
-    double PixelY(double y) const
-    {
-        return lowerLeft.y() + (upperRight.y() - lowerLeft.y()) * std::log10(y / yLow) / std::log10(yHigh / yLow);
-    }
-};
-
-LogLogGraph makeLogLogGraph()
-{
-    LogLogGraph g;
-    g.image = QImage(640, 440, QImage::Format_RGB32);
-    g.image.fill(Qt::white);
-    QPainter p(&g.image);
-    p.setRenderHint(QPainter::Antialiasing);
-    const QRect area(QPoint(g.lowerLeft.x(), g.upperRight.y()), QPoint(g.upperRight.x(), g.lowerLeft.y()));
-    // Decades and their minor lines.
-    const QPen minor(QColor(215, 215, 215), 1);
-    const QPen major(QColor(160, 160, 160), 1);
-    for (double decade = g.xLow; decade < g.xHigh * 0.99; decade *= 10)
-        for (int k = 1; k <= 9; ++k) {
-            const double x = g.PixelX(decade * k);
-            p.setPen(k == 1 ? major : minor);
-            p.drawLine(QPointF(x, area.top()), QPointF(x, area.bottom()));
-        }
-    for (double decade = g.yLow; decade < g.yHigh * 0.99; decade *= 10)
-        for (int k = 1; k <= 9; ++k) {
-            const double y = g.PixelY(decade * k);
-            p.setPen(k == 1 ? major : minor);
-            p.drawLine(QPointF(area.left(), y), QPointF(area.right(), y));
-        }
-    p.setRenderHint(QPainter::Antialiasing, false);
-    p.setPen(QPen(Qt::black, 1));
-    p.drawRect(area);
-    p.setRenderHint(QPainter::Antialiasing);
-    QFont font = p.font();
-    font.setPixelSize(12);
-    p.setFont(font);
-    const char *xLabels[] = {"100m", "1", "10", "100"};
-    for (int i = 0; i < 4; ++i) {
-        const double x = g.PixelX(g.xLow * std::pow(10.0, i));
-        p.drawText(QRectF(x - 25, area.bottom() + 4, 50, 16), Qt::AlignCenter, QString::fromLatin1(xLabels[i]));
-    }
-    const char *yLabels[] = {"1u", "10u", "100u", "1m", "10m"};
-    for (int i = 0; i < 5; ++i) {
-        const double y = g.PixelY(g.yLow * std::pow(10.0, i));
-        p.drawText(QRectF(area.left() - 50, y - 8, 44, 16), Qt::AlignRight | Qt::AlignVCenter,
-                   QString::fromLatin1(yLabels[i]));
-    }
-    p.drawText(QRectF(area.left(), area.bottom() + 20, area.width(), 16), Qt::AlignCenter, QStringLiteral("VDS (V)"));
-    // The curve, finely sampled and antialiased.
-    QPainterPath path;
-    for (int i = 0; i <= 600; ++i) {
-        const double x = g.xLow * std::pow(g.xHigh / g.xLow, i / 600.0);
-        const QPointF q(g.PixelX(x), g.PixelY(LogLogGraph::Curve(x)));
-        if (i == 0)
-            path.moveTo(q);
-        else
-            path.lineTo(q);
-    }
-    p.setPen(QPen(QColor(200, 30, 30), 1.6));
-    p.drawPath(path);
-    return g;
-}
-
-} // namespace
 
 TEST_F(TraceliftTest, ADigitisingSessionFromClipboardToFileAndBack)
 {
-    const LogLogGraph g = makeLogLogGraph();
+    const CLogLogPicture g = MakeLogLogPicture({IdOfVds});
     QGuiApplication::clipboard()->setImage(g.image);
 
     // Ctrl+V: a new capture, and the picture on the canvas.
@@ -131,7 +48,7 @@ TEST_F(TraceliftTest, ADigitisingSessionFromClipboardToFileAndBack)
     QList<QPointF> aimed;
     for (int i = 0; i < 20; ++i) {
         const double x = 120 * std::pow(80000 / 120.0, i / 19.0);
-        const QPointF target(g.PixelX(x), g.PixelY(LogLogGraph::Curve(x)));
+        const QPointF target(g.PixelX(x), g.PixelY(IdOfVds(x)));
         const QPoint near(qRound(target.x()), qRound(target.y()));
         QTest::mouseClick(canvas(), Qt::RightButton, {}, near);
         ASSERT_TRUE(zoom->isVisible()) << i;
@@ -179,7 +96,7 @@ TEST_F(TraceliftTest, ADigitisingSessionFromClipboardToFileAndBack)
         EXPECT_DOUBLE_EQ(plotValue(1, i), y);
         EXPECT_LE(std::fabs(g.PixelX(x) - aimed[i].x()), eighth) << i << ": x " << x;
         EXPECT_LE(std::fabs(g.PixelY(y) - aimed[i].y()), eighth) << i << ": y " << y;
-        EXPECT_LE(std::fabs(g.PixelY(y) - g.PixelY(LogLogGraph::Curve(x))), eighth * (1 + 0.55))
-            << i << ": " << x << ", " << y << " against " << LogLogGraph::Curve(x);
+        EXPECT_LE(std::fabs(g.PixelY(y) - g.PixelY(IdOfVds(x))), eighth * (1 + 0.55))
+            << i << ": " << x << ", " << y << " against " << IdOfVds(x);
     }
 }
