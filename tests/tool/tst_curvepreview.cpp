@@ -9,8 +9,12 @@
 #include "tool/curvecursoreditor.h"
 #include "tool/plotfeed.h"
 
+#include <QApplication>
+#include <QMenu>
 #include <QPushButton>
+#include <QTimer>
 #include <cmath>
+#include <memory>
 
 namespace {
 
@@ -252,6 +256,17 @@ TEST_F(CurvePreviewTest, TheReadoutFollowsTheMouseOverThePlot)
     const QString last = text(IdReadout);
     QTest::mouseMove(plot(), QPoint(2, plot()->height() - 2));
     EXPECT_EQ(text(IdReadout), last);
+
+    // The right button opens the graph window's own menu.
+    auto menuItems = std::make_shared<int>(-1);
+    QTimer::singleShot(0, [menuItems] {
+        if (auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget())) {
+            *menuItems = int(menu->actions().size());
+            menu->close();
+        }
+    });
+    QTest::mouseClick(plot(), Qt::RightButton, {}, plotPixel(5, 30));
+    EXPECT_GT(*menuItems, 0);
 
     // Another tool of the plot's toolbar: the window's own read-out.
     ASSERT_TRUE(plot()->OnCommand(CmdToolPan));
