@@ -1,6 +1,7 @@
 #include "tool/plotfeed.h"
 
 #include "graphdata/axisscale.h"
+#include "graphdata/columntransform.h"
 #include "graphdata/graphcurve.h"
 #include "graphwnd/graphwnd.h"
 
@@ -79,8 +80,21 @@ void PlotCurves(CGraphWnd &plot, const CPlotAxes &axes, const QList<CPlotCurve> 
     g->m_xAxisName = axes.xName;
     for (const CPlotCurve &curve : curves) {
         const int index = g->AddOwnCurve(QString(), QString(), curve.pairs.GetData(), curve.count, false);
-        if (index >= 0)
-            g->Curve(index)->m_lineThickness = CurvePenWidth;
+        if (index < 0)
+            continue;
+        CCurveInfo &c = *g->Curve(index);
+        c.m_lineThickness = CurvePenWidth;
+        // The log10 forms of a logarithmic axis's data, made now: the draw
+        // pass takes them as they are.
+        bool invalid = false;
+        if (axes.xLog) {
+            c.m_ownXLog = CGraphColumnPtr::Adopt(CGraphColumn::Create(curve.count));
+            LogOf(c.m_ownX.Get(), c.m_ownXLog.Get(), curve.count, invalid);
+        }
+        if (axes.yLog) {
+            c.m_displayColumn = CGraphColumnPtr::Adopt(CGraphColumn::Create(curve.count));
+            LogOf(c.m_ownY.Get(), c.m_displayColumn.Get(), curve.count, invalid);
+        }
     }
 }
 

@@ -125,6 +125,13 @@ TEST_F(CurvePreviewTest, TheTemplateRecordPlotsEveryCurve)
             EXPECT_EQ(curve.m_lineThickness, 3);
             ASSERT_TRUE(curve.m_ownX && curve.m_ownY);
             ASSERT_EQ(curve.m_ownX->m_count, g.vertices.size());
+            // A logarithmic Y has its log10 column ready; the linear X has none.
+            EXPECT_FALSE(curve.m_ownXLog);
+            ASSERT_EQ(bool(curve.m_displayColumn), logY);
+            if (logY) {
+                EXPECT_TRUE(curve.m_displayColumn->m_kind & CGraphColumn::KindLog);
+                EXPECT_DOUBLE_EQ(curve.m_displayColumn->m_values[3], std::log10(curve.m_ownY->m_values[3]));
+            }
             for (int i = 0; i < g.vertices.size(); ++i) {
                 const QPoint v = g.vertices[i] + QPoint(0, -lifts[c]);
                 EXPECT_TRUE(within5Digits(curve.m_ownX->m_values[i], g.XAt(v.x()))) << c << "/" << i;
