@@ -25,6 +25,17 @@ struct Case
     const char *expected;
 };
 
+// The kinds of a tree in walk order.
+std::vector<int> kindsOf(CRpnNode *root)
+{
+    std::vector<int> kinds;
+    WalkTree(root, [&kinds](CRpnNode *node) {
+        kinds.push_back(node->GetKind());
+        return 0;
+    });
+    return kinds;
+}
+
 void runCases(const std::vector<Case> &cases)
 {
     for (const Case &c : cases)
@@ -360,6 +371,27 @@ TEST(RpnStatements, SetValueAndSetTextCallTheSetter)
     EXPECT_EQ(Calculate("SETVALUE(probe, 1, 2)"), ":");
 }
 
+TEST(RpnStatements, SavedTreesReadBack)
+{
+    CEquationTree original;
+    ASSERT_TRUE(original.Compile(QStringLiteral(
+        "Catch(Error(\"x\", 1)) { GetLastError() }; Catch(2); iif({1,0}, 1, 2); Warning(\"w\"); SETTEXT(t, 1, 2)")));
+    CRpnBuffer buffer(10);
+    buffer.Reset(CBufferIO::ModeWrite, 64);
+    original.Serialize(buffer);
+    CRpnBuffer reading(10);
+    reading.LoadForReading(buffer.ToByteArray());
+    CEquationTree copy;
+    ASSERT_TRUE(copy.Serialize(reading));
+    EXPECT_EQ(kindsOf(copy.GetRoot()), kindsOf(original.GetRoot()));
+    CRpnData v1, v2;
+    ASSERT_EQ(original.Run(v1), 1);
+    ASSERT_EQ(copy.Run(v2), 1);
+    EXPECT_EQ(Describe(v2), "ARRAY:{{x1},2,{1,2},,}");
+    EXPECT_EQ(Describe(v1), Describe(v2));
+    EXPECT_EQ(copy.m_warnings, QStringList(QStringLiteral("w")));
+}
+
 TEST(RpnStatements, KeywordsResolveToTheirClasses)
 {
     CEquationTree tree; // registers the language's classes
@@ -436,17 +468,6 @@ std::string runDirectives(const char *text, CEquationTree *given = nullptr)
         return "raised:" + e.message.toStdString();
     }
     return Describe(value);
-}
-
-// The kinds of a tree in walk order.
-std::vector<int> kindsOf(CRpnNode *root)
-{
-    std::vector<int> kinds;
-    WalkTree(root, [&kinds](CRpnNode *node) {
-        kinds.push_back(node->GetKind());
-        return 0;
-    });
-    return kinds;
 }
 
 } // namespace
