@@ -235,6 +235,7 @@ int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *v
         // the tree then evaluates again is taken back.
         const QString errorText = tree->errorText, errorToken = tree->errorToken;
         const int errorRow = tree->errorRow, errorCol = tree->errorCol;
+        const int listed = int(tree->GetErrorList().size());
         bool reported = false;
 
         for (const Step &s : m_steps) {
@@ -300,6 +301,7 @@ int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *v
             tree->errorToken = errorToken;
             tree->errorRow = errorRow;
             tree->errorCol = errorCol;
+            tree->TruncateErrorList(listed);
         }
 
         // The plain rows in one sweep, then the marked ones through the tree.

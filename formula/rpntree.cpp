@@ -65,6 +65,7 @@ int CEquationTree::Compile(const QString &text, CMapStringToRpnData *localVariab
 {
     clear();
     ResetError();
+    m_errorList.clear();
     m_source = text;
     m_locals = localVariables;
     if (GetVariables()->IsEmpty())
@@ -414,6 +415,30 @@ void CEquationTree::CopySettingsFrom(const CEquationTree &other)
     m_caseSensitiveNames = other.m_caseSensitiveNames;
     m_keywordHook = other.m_keywordHook;
     m_angleMode = other.m_angleMode;
+    m_samplingStep = other.m_samplingStep;
+    m_samplingX = other.m_samplingX;
+    m_samplingCount = other.m_samplingCount;
     m_variables = other.m_variables;
     m_locals = other.m_locals;
+}
+
+// --- sampling and the list of failed functions ---------------------------------------------------
+
+void CEquationTree::SetSampling(double step, const double *x, int count)
+{
+    m_samplingStep = step;
+    m_samplingX = count > 0 ? x : nullptr;
+    m_samplingCount = m_samplingX ? count : 0;
+}
+
+void CEquationTree::AddToErrorList(const QString &message)
+{
+    if (m_errorList.size() < MaxErrorList)
+        m_errorList.append(message);
+}
+
+void CEquationTree::TruncateErrorList(int count)
+{
+    if (count >= 0 && count < m_errorList.size())
+        m_errorList.resize(count);
 }

@@ -191,6 +191,38 @@ public:
     // The tree's lock, for formula values shared between runs.
     CMyCriticalSection &GetLock() { return m_lock; }
 
+    // --- sampling -------------------------------------------------------------------
+    // A formula that runs once per sample of a curve (a series run) reads its
+    // sampling context here: the step between samples and, where the samples
+    // are not evenly spaced, the x value of each (`count` doubles, not owned,
+    // may be null).  The sample index is m_rowIndex, which series runs
+    // advance.  A tree without a context has step 0 and no x values.
+    void SetSampling(double step, const double *x = nullptr, int count = 0);
+    double GetSamplingStep() const { return m_samplingStep; }
+    const double *GetSamplingX() const { return m_samplingX; }
+    int GetSamplingCount() const { return m_samplingCount; }
+    bool HasSampling() const { return m_samplingStep != 0.0 || m_samplingX; }
+    std::uint32_t GetSampleIndex() const { return std::uint32_t(m_rowIndex); }
+    // The x of sample `index`: the x value where the buffer has one, else
+    // (index + 1) times the step (so the sample before the first lies at 0).
+    double GetSampleX(std::int64_t index) const
+    {
+        if (m_samplingX && index >= 0 && index < m_samplingCount)
+            return m_samplingX[index];
+        return double(index + 1) * m_samplingStep;
+    }
+
+    // --- messages of failed functions -------------------------------------------------
+    // Functions that report their failures as a text add each message here
+    // (its source line in front) unless the tree throws.  The list keeps the
+    // first MaxErrorList messages of a compiled text; Compile empties it.
+    static constexpr int MaxErrorList = 1000;
+    void AddToErrorList(const QString &message);
+    const QStringList &GetErrorList() const { return m_errorList; }
+    // Drops the messages after the first `count` (a series pass that takes
+    // back what it reported).
+    void TruncateErrorList(int count);
+
     // --- fields -----------------------------------------------------------------------
     std::int32_t m_quietUnknown = 0;   // an unknown variable is no error
     std::int32_t m_freeVariables = 0;  // names used before an assignment are no compile error
@@ -238,6 +270,10 @@ private:
     void *m_hostData = nullptr;
     std::unique_ptr<CRpnSeriesProgram> m_series;
     bool m_seriesChecked = false;
+    double m_samplingStep = 0.0;
+    const double *m_samplingX = nullptr; // not owned
+    int m_samplingCount = 0;
+    QStringList m_errorList;
 };
 
 // The validity byte of one series row: 0 when the status is not good (10

@@ -3,6 +3,7 @@
 #include "calculator.h"
 #include "terminal.h"
 
+#include "functions/rpnfunctions.h"
 #include "support/languagestring.h"
 
 #include <QCoreApplication>
@@ -126,6 +127,7 @@ int main(int argc, char *argv[])
         std::fputs("Missing file en.lang. Please re-install TARN.\n", stderr);
         return 2;
     }
+    RegisterFunctionLibrary();
     CTarnCalculator calculator(degrees);
 
     if (haveExpression)

@@ -1,0 +1,25 @@
+// The families of functions and their prototype providers.
+
+#include "functions/rpnfunctions.h"
+
+#include "functions/rpncomplexfunctions.h"
+#include "functions/rpnlistfunctions.h"
+#include "functions/rpnrealfunctions.h"
+#include "functions/rpnsampling.h"
+#include "formula/rpnkeywords.h"
+#include "formula/rpnprototypes.h"
+
+#include <mutex>
+
+void RegisterFunctionLibrary()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        // The functions stand on the core's nodes (values, lists, operators).
+        RegisterLanguageCore();
+        AddPrototypeProvider(ProvideRealFunctions);
+        AddPrototypeProvider(ProvideComplexFunctions);
+        AddPrototypeProvider(ProvideListFunctions);
+        AddPrototypeProvider(ProvideSamplingFunctions);
+    });
+}

@@ -1,0 +1,56 @@
+#include "functionstest.h"
+
+#include "formulatest.h"
+
+#include "functions/rpnfunctions.h"
+#include "formula/rpnexception.h"
+#include "formula/rpntree.h"
+
+#include <gtest/gtest.h>
+
+std::string Eval(const QString &text, CEquationTree *tree, int angleMode)
+{
+    CEquationTree fresh;
+    fresh.m_angleMode = angleMode;
+    CEquationTree &t = tree ? *tree : fresh;
+    auto error = [&t] {
+        return "E:" + t.GetErrorMessage().toStdString() + "@" + std::to_string(t.GetErrorRow()) + ","
+            + std::to_string(t.GetErrorCol());
+    };
+    if (!t.Compile(text, nullptr, true))
+        return error();
+    CRpnData value;
+    try {
+        if (t.Run(value) != 1)
+            return error();
+    } catch (const CRpnException &) {
+        return error();
+    }
+    return Describe(value);
+}
+
+CRpnData Value(const char *utf8, CEquationTree *tree)
+{
+    CEquationTree fresh;
+    CEquationTree &t = tree ? *tree : fresh;
+    CRpnData value;
+    EXPECT_EQ(t.Compile(QString::fromUtf8(utf8), nullptr, true), 1) << utf8;
+    EXPECT_EQ(t.Run(value), 1) << utf8 << ": " << t.GetErrorMessage().toStdString();
+    return value;
+}
+
+std::string Message(int id)
+{
+    return GetMessageText(id).toStdString();
+}
+
+namespace {
+
+class FunctionLibrary : public ::testing::Environment
+{
+public:
+    void SetUp() override { RegisterFunctionLibrary(); }
+};
+const auto *const g_library = ::testing::AddGlobalTestEnvironment(new FunctionLibrary);
+
+} // namespace
