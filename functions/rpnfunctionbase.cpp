@@ -77,6 +77,11 @@ void ReportFunctionFailure(CRpnNode *node, unsigned char &status, const QString 
     CEquationTree *tree = node->m_tree;
     if (!tree)
         return;
+    // A series of failing rows: once the message stands and the list is
+    // full, nothing is kept and no text needs making.
+    const bool listFull = tree->GetErrorList().size() >= CEquationTree::MaxErrorList;
+    if (tree->HasError() && listFull && !tree->throwOnError)
+        return;
     const QString message = RpnSourceLine(tree->GetSource(), node->m_position) + text;
     // In throwing mode this throws and nothing joins the list.
     tree->ReportError(status, message, node->GetName(), node->m_row, node->m_col);

@@ -7,6 +7,7 @@
 // Runs are capped: a watchdog thread stops any run that takes longer than
 // a tenth of a second (loops run up to a million passes, and may nest).
 
+#include "functions/rpnfunctions.h"
 #include "formula/rpnbuffer.h"
 #include "formula/rpnexception.h"
 #include "formula/rpnseries.h"
@@ -125,6 +126,7 @@ void series(CEquationTree &tree, double *values, unsigned char *valid)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
+    RegisterFunctionLibrary();
     const QString text = QString::fromUtf8(reinterpret_cast<const char *>(data), qsizetype(size));
 
     CEquationTree tree;
