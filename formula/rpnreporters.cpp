@@ -29,12 +29,20 @@ void appendText(QString &message, const CRpnData &value)
 QString CNodeErrorWarningBase::FormMessage()
 {
     QString message;
+    const bool hadError = m_tree && m_tree->HasError();
     for (CRpnNode *child : m_children) {
         if (!child)
             continue;
         CRpnData value;
         unsigned char status = 1;
         child->Evaluate(value, status);
+        // A failing operand adds nothing, and its error does not stay in
+        // the tree: the message is what this node reports.
+        if (status == 0) {
+            if (m_tree && !hadError)
+                m_tree->ResetError();
+            continue;
+        }
         appendText(message, value);
     }
     return message;

@@ -11,7 +11,8 @@ class CNodeErrorWarningBase : public CNodeMultiOperand
 public:
     // Every operand evaluated and appended as its text with 16 digits; a
     // list operand gives the texts of its elements one after the other,
-    // without quotes.  The operands are evaluated with a status of their own.
+    // without quotes.  The operands are evaluated with a status of their own;
+    // one that fails adds nothing and leaves no error in the tree.
     QString FormMessage();
 };
 

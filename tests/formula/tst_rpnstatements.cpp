@@ -288,6 +288,7 @@ TEST(RpnStatements, ErrorRaisesWithItsMessage)
         {"x = 1\n  Error(\"bad \", x + 1, {\" and \", \"list\"})", "bad 2 and list", 2, 2},
         {"Error(1/3)", "0.3333333333333333", 1, 0},
         {"if (0) { Error(\"no\") }; Error(\"yes\")", "yes", 1, 24},
+        {"Error(\"x\", 1/0, \"y\")", "xy", 1, 0},
     };
     for (const ErrorCase &c : cases) {
         CEquationTree tree;
@@ -315,6 +316,13 @@ TEST(RpnStatements, WarningsGoToTheTreesList)
     ASSERT_EQ(tree.Run(value), 1);
     EXPECT_EQ(Describe(value), "ARRAY:{,,,3}");
     EXPECT_EQ(tree.m_warnings, QStringList({QStringLiteral("w1"), QStringLiteral("m2x")}));
+
+    // A failing operand neither fails the warning nor leaves an error behind.
+    ASSERT_TRUE(tree.Compile(QStringLiteral("Warning(\"a\", 1/0, \"b\")")));
+    tree.m_warnings.clear();
+    ASSERT_EQ(tree.Run(value), 1);
+    EXPECT_FALSE(tree.HasError());
+    EXPECT_EQ(tree.m_warnings, QStringList(QStringLiteral("ab")));
 }
 
 // --- SETVALUE and SETTEXT --------------------------------------------------------------------------------------
