@@ -52,7 +52,7 @@ TEST(RpnLists, ValuesAndMessages)
         {"sum({1, 2}, 3)", textError(kOnly, 1, 0)}, {"max(3, {1, 2})", textError(kOnly, 1, 0)},
         {"sum(g)", textError("Invalid entry.", 1, 0)}, {"sum(g, 1)", textError(kOnly, 1, 0)},
         // A NaN is kept in first place only.
-        {"min(1, mod(5, 0), 0.5)", "REAL:0.5"},
+        {"min(1, mod(5, 0), 0.5)", "REAL:0.5"}, {"max(mod(5, 0), 1, 7) == 7", "INT:0"},
         {"max(1, mod(5, 0))", "REAL:1"},
         // Complex numbers: hypot keeps only the last; the others refuse.
         {"hypot(Complex(3, 0), 4)", "COMPLEX:4+0j"}, {"hypot(4, Complex(3, 0))", "COMPLEX:3+0j"},

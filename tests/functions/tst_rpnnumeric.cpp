@@ -50,10 +50,8 @@ std::string refused(const char *name)
 TEST(RpnNumeric, ValuesOfTheFunctions)
 {
     expectCases({
-        {"{sqrt(16), sqr(-3), exp(0), ln(e), log(1), log10(1000), ceil(-1.8), floor(-1.2)}", "ARRAY:{4,9,1,1,0,3,-1,-2}"},
+        {"{ln(e), log(1), log10(1000), ceil(-1.8), floor(-1.2), sqrt(\"9\"), atan2(1, -1) / pi}", "ARRAY:{1,0,3,-1,-2,3,0.75}"},
         {"{sign(-5), sign(3), sign(0), sign(mod(5, 0)), abs(-2.5), mod(-7.5, 2), pwr(-2, 3)}", "ARRAY:{-1,1,0,0,2.5,-1.5,8}"},
-        {"{sin(0), cos(0), tanh(0), sind(90), atan2d(1, 1) == atan(1) * 57.29577951308233}", "ARRAY:{0,1,0,1,1}"},
-        {"{atan2(1, -1) / pi, ARCSIN(1) / pi, sqrt(\"9\")}", "ARRAY:{0.75,0.5,3}"},
         // Complex forms of sqrt and sqr; the others refuse.
         {"sqr(Complex(1, 2))", "COMPLEX:-3+4j"}, {"sqrt(Complex(3, 4))", "COMPLEX:2+1j"},
         {"sqrt(Complex(-4, 0))", "COMPLEX:1.224646799147353E-16+2j"},
