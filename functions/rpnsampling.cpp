@@ -7,15 +7,8 @@
 
 #include <cmath>
 
-namespace {
-
-// The present sample's x and the one before it (index - 1 may be -1: x 0).
-double sampleX(const CEquationTree *tree, std::int64_t index)
-{
-    return tree->GetSampleX(index);
-}
-
-} // namespace
+// The x of sample i - 1 at i = 0 is 0 (CEquationTree::GetSampleX): the
+// curve starts at x = 0.
 
 // --- Int and Avg ----------------------------------------------------------------------------
 
@@ -42,9 +35,9 @@ double CNodeIntegral::ApplyReal(double a, double, unsigned char &)
     double dt = 0.0;
     if (m_tree) {
         const std::int64_t i = m_tree->GetSampleIndex();
-        dt = sampleX(m_tree, i);
+        dt = m_tree->GetSampleX(i);
         if (m_count > 0)
-            dt -= sampleX(m_tree, i - 1);
+            dt -= m_tree->GetSampleX(i - 1);
     }
     ++m_count;
     m_sum += (a + m_last) * dt * 0.5;
@@ -59,11 +52,11 @@ double CNodeAvg::ApplyReal(double a, double, unsigned char &)
     const std::int64_t i = m_tree ? std::int64_t(m_tree->GetSampleIndex()) : 0;
     if (m_count == 0) {
         if (m_tree)
-            dt = sampleX(m_tree, i + 1) - sampleX(m_tree, i);
+            dt = m_tree->GetSampleX(i + 1) - m_tree->GetSampleX(i);
         m_sum = dt * a;
     } else {
         if (m_tree)
-            dt = sampleX(m_tree, i) - sampleX(m_tree, i - 1);
+            dt = m_tree->GetSampleX(i) - m_tree->GetSampleX(i - 1);
         m_sum += (a + m_last) * dt * 0.5;
     }
     m_width += dt;
