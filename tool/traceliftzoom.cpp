@@ -66,6 +66,11 @@ void CTraceliftZoom::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     Paint(painter);
+    // The window's own thin border, so that the enlarged patch stands apart
+    // from the picture round it.
+    painter.setPen(palette().color(QPalette::WindowText));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
 void CTraceliftZoom::mousePressEvent(QMouseEvent *event)
