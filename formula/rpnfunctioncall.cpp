@@ -53,15 +53,8 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
         CRpnNode *child = m_children[std::size_t(i)];
         if (!child)
             continue;
-        child->Evaluate(arguments[std::size_t(i)], status);
-        if (status == 0) {
-            result.SetNull();
+        if (!EvaluateOrPass(child, arguments[std::size_t(i)], result, status))
             return;
-        }
-        if (status == 10 || IsStopping()) {
-            result = arguments[std::size_t(i)];
-            return;
-        }
         if (i < parameters && function->IsByReference(i))
             byReference[std::size_t(i)] = child->AsVariable();
     }

@@ -240,6 +240,22 @@ public:
     // --- helpers for nodes ---------------------------------------------------------
     // The stop test of composites: the tree was asked to stop.
     bool IsStopping() const;
+    // Evaluates an operand of a composite into `value`.  False when the
+    // composite must return at once with `result` as set here: null after a
+    // failure, the operand's value while a `return` unwinds or a stop is asked.
+    bool EvaluateOrPass(CRpnNode *operand, CRpnData &value, CRpnData &result, unsigned char &status)
+    {
+        operand->Evaluate(value, status);
+        if (status == 0) {
+            result.SetNull();
+            return false;
+        }
+        if (status == 10 || IsStopping()) {
+            result = std::move(value);
+            return false;
+        }
+        return true;
+    }
     // Reports message `id` at this node (row, column, name as the token).
     void ReportError(unsigned char &status, int id, std::initializer_list<CRpnFormatArg> args);
     void ReportText(unsigned char &status, const QString &message);

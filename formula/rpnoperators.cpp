@@ -202,15 +202,8 @@ void CNodeSingleOperand::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
     CRpnData value;
-    m_operand->Evaluate(value, status);
-    if (status == 0) {
-        result.SetNull();
+    if (!EvaluateOrPass(m_operand, value, result, status))
         return;
-    }
-    if (status == 10 || IsStopping()) {
-        result = value;
-        return;
-    }
     if (value.IsFormula()) {
         MakeFormulaOfNode(this, &value, 1, result);
         return;
@@ -307,15 +300,8 @@ void CNodeDoubleOperand::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
     CRpnData a;
-    m_left->Evaluate(a, status);
-    if (status == 0) {
-        result.SetNull();
+    if (!EvaluateOrPass(m_left, a, result, status))
         return;
-    }
-    if (status == 10 || IsStopping()) {
-        result = std::move(a);
-        return;
-    }
     // The short cuts: `0 * f()`, `0 && f()` and `1 || f()` do not evaluate f.
     if (a.IsReal()) {
         const int path = GetRealPath();
@@ -329,15 +315,8 @@ void CNodeDoubleOperand::Evaluate(CRpnData &result, unsigned char &status)
         }
     }
     CRpnData b;
-    m_right->Evaluate(b, status);
-    if (status == 0) {
-        result.SetNull();
+    if (!EvaluateOrPass(m_right, b, result, status))
         return;
-    }
-    if (status == 10 || IsStopping()) {
-        result = std::move(b);
-        return;
-    }
     if (a.IsFormula() || b.IsFormula()) {
         const CRpnData operands[2] = {a, b};
         MakeFormulaOfNode(this, operands, 2, result);
@@ -616,15 +595,8 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
     CRpnData value;
-    m_right->Evaluate(value, status);
-    if (status == 0) {
-        result.SetNull();
+    if (!EvaluateOrPass(m_right, value, result, status))
         return;
-    }
-    if (status == 10 || IsStopping()) {
-        result = std::move(value);
-        return;
-    }
     if (IsSelf()) {
         CRpnData current;
         m_left->Evaluate(current, status);

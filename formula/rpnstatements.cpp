@@ -57,15 +57,8 @@ void CNode_IF::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
     CRpnData condition;
-    m_condition->Evaluate(condition, status);
-    if (status == 0) {
-        result.SetNull();
+    if (!EvaluateOrPass(m_condition, condition, result, status))
         return;
-    }
-    if (status == 10 || IsStopping()) {
-        result = std::move(condition);
-        return;
-    }
     CRpnNode *branch = condition.IsTrue() ? m_then : m_else;
     if (!branch) {
         result.SetNull();
@@ -83,15 +76,8 @@ void CNode_WHILE::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
     CRpnData condition;
-    m_condition->Evaluate(condition, status);
-    if (status == 0) {
-        result.SetNull();
+    if (!EvaluateOrPass(m_condition, condition, result, status))
         return;
-    }
-    if (status == 10 || IsStopping()) {
-        result = std::move(condition);
-        return;
-    }
     if (!condition.IsTrue()) {
         result.SetNull();
         return;
@@ -220,15 +206,8 @@ void CNode_IIF::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
     CRpnData condition;
-    conditionNode->Evaluate(condition, status);
-    if (status == 0) {
-        result.SetNull();
+    if (!EvaluateOrPass(conditionNode, condition, result, status))
         return;
-    }
-    if (status == 10 || IsStopping()) {
-        result = std::move(condition);
-        return;
-    }
     bool wasArray = false;
     const bool truth = condition.IsTrue(&wasArray);
     if (wasArray) {
@@ -352,30 +331,16 @@ void CNode_SetValue::Evaluate(CRpnData &result, unsigned char &status)
         index = variable->m_index;
     } else if (target) {
         CRpnData value;
-        target->Evaluate(value, status);
-        if (status == 0) {
-            result.SetNull();
+        if (!EvaluateOrPass(target, value, result, status))
             return;
-        }
-        if (status == 10 || IsStopping()) {
-            result = std::move(value);
-            return;
-        }
         name = value.GetText(16);
     }
     CRpnData values[2];
     for (int i = 0; i < 2; ++i) {
         if (!m_operands[1 + i])
             continue;
-        m_operands[1 + i]->Evaluate(values[i], status);
-        if (status == 0) {
-            result.SetNull();
+        if (!EvaluateOrPass(m_operands[1 + i], values[i], result, status))
             return;
-        }
-        if (status == 10 || IsStopping()) {
-            result = values[i];
-            return;
-        }
     }
     if (!m_tree || !m_tree->m_setVariable) {
         result.SetNull();
