@@ -7,7 +7,7 @@
 #include "graphdata/draw/drawjobs.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/legendpaint.h"
-#include "graphdata/draw/specialviews.h"
+#include "graphdata/draw/stripboxviews.h"
 #include "graphdata/graphcurve.h"
 #include "support/languagestring.h"
 

@@ -1,4 +1,4 @@
-#include "graphdata/draw/specialviews.h"
+#include "graphdata/draw/stripboxviews.h"
 
 #include "graphdata/draw/axispaint.h"
 #include "graphdata/draw/curvepaint.h"
