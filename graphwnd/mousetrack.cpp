@@ -98,7 +98,7 @@ void CActionMouseTrack::DrawFeedback()
     refresh();
 }
 
-bool CActionMouseTrack::TestAutoScroll(QPoint point)
+void CActionMouseTrack::MeasureOutside(QPoint point)
 {
     m_scrollDx = m_scrollDy = 0;
     const QRect &r = m_clientRect;
@@ -110,6 +110,11 @@ bool CActionMouseTrack::TestAutoScroll(QPoint point)
         m_scrollDy = point.y() - r.top();
     else if (point.y() > r.bottom())
         m_scrollDy = point.y() - r.bottom();
+}
+
+bool CActionMouseTrack::TestAutoScroll(QPoint point)
+{
+    MeasureOutside(point);
     if (m_scrollDx == 0 && m_scrollDy == 0) {
         m_scrolling = 0;
         return false;

@@ -46,6 +46,9 @@ public:
     virtual void DrawFeedback();
     // True when the point lies outside the client area and a scroll ran.
     virtual bool TestAutoScroll(QPoint point);
+    // How far the point lies outside the client area, into m_scrollDx and
+    // m_scrollDy (zero on a side where it is inside).
+    void MeasureOutside(QPoint point);
     virtual void ScrollTo(int dx, int dy, bool repeat);
     virtual bool ScrollBy(int dx, int dy);
     virtual void OnMouseMove(QPoint point, Qt::KeyboardModifiers keys);

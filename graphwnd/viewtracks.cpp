@@ -160,16 +160,7 @@ bool CPanTrackGraph::StartTimer()
 
 bool CPanTrackGraph::TestAutoScroll(QPoint point)
 {
-    m_scrollDx = m_scrollDy = 0;
-    const QRect &r = m_clientRect;
-    if (point.x() < r.left())
-        m_scrollDx = point.x() - r.left();
-    else if (point.x() > r.right())
-        m_scrollDx = point.x() - r.right();
-    if (point.y() < r.top())
-        m_scrollDy = point.y() - r.top();
-    else if (point.y() > r.bottom())
-        m_scrollDy = point.y() - r.bottom();
+    MeasureOutside(point);
     if (m_axisLock == LockX)
         m_scrollDy = 0;
     else if (m_axisLock == LockY)
