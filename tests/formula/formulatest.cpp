@@ -66,6 +66,20 @@ int MessageIdOf(const QString &text)
     return 0;
 }
 
+std::string CompileAndRun(CEquationTree &t, const QString &text, const std::function<std::string()> &error)
+{
+    if (!t.Compile(text, nullptr, true))
+        return error();
+    CRpnData value;
+    try {
+        if (t.Run(value) != 1)
+            return error();
+    } catch (const CRpnException &) {
+        return error();
+    }
+    return Describe(value);
+}
+
 std::string Calculate(const QString &text, CEquationTree *tree)
 {
     CEquationTree fresh;
@@ -77,16 +91,7 @@ std::string Calculate(const QString &text, CEquationTree *tree)
             .arg(t.GetErrorCol())
             .toStdString();
     };
-    if (!t.Compile(text, nullptr, true))
-        return error();
-    CRpnData value;
-    try {
-        if (t.Run(value) != 1)
-            return error();
-    } catch (const CRpnException &) {
-        return error();
-    }
-    return Describe(value);
+    return CompileAndRun(t, text, error);
 }
 
 namespace {

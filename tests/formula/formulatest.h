@@ -5,6 +5,7 @@
 #include "formula/rpndata.h"
 
 #include <QString>
+#include <functional>
 #include <initializer_list>
 #include <ostream>
 
@@ -30,6 +31,9 @@ int MessageIdOf(const QString &text);
 // Compiles `text` in `tree` (a fresh one when null, new variables allowed),
 // runs it, and describes what came out: the value as Describe gives it, or
 // "E<message>@<row>,<col>" for a compile or run error.
+// Compiles and runs text in t: the value by Describe, or what error() makes
+// of the tree's error when the compile or the run fails.
+std::string CompileAndRun(CEquationTree &t, const QString &text, const std::function<std::string()> &error);
 std::string Calculate(const QString &text, CEquationTree *tree = nullptr);
 inline std::string Calculate(const char *utf8, CEquationTree *tree = nullptr)
 {

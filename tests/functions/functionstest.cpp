@@ -17,16 +17,7 @@ std::string Eval(const QString &text, CEquationTree *tree, int angleMode)
         return "E:" + t.GetErrorMessage().toStdString() + "@" + std::to_string(t.GetErrorRow()) + ","
             + std::to_string(t.GetErrorCol());
     };
-    if (!t.Compile(text, nullptr, true))
-        return error();
-    CRpnData value;
-    try {
-        if (t.Run(value) != 1)
-            return error();
-    } catch (const CRpnException &) {
-        return error();
-    }
-    return Describe(value);
+    return CompileAndRun(t, text, error);
 }
 
 CRpnData Value(const char *utf8, CEquationTree *tree)
