@@ -169,8 +169,7 @@ void CTraceliftToolDlg::OnReplot()
         if (!m_records.CurrentIsTemplate()) {
             replotFromData(f.xLog, f.yLog);
         } else {
-            UpdateData(true);
-            UpdateData(false);
+            StoreFields();
         }
         return;
     }
@@ -189,8 +188,7 @@ void CTraceliftToolDlg::OnExchangeXY()
     if (!m_records.CurrentIsTemplate()) {
         ApplyFields();
     } else {
-        UpdateData(true);
-        UpdateData(false);
+        StoreFields();
     }
 }
 
@@ -208,8 +206,7 @@ void CTraceliftToolDlg::OnApplyTypedCurve()
     ApplyFields();
     if (!typed) {
         if (!m_plot->isHidden()) {
-            UpdateData(true);
-            UpdateData(false);
+            StoreFields();
         }
         return;
     }
