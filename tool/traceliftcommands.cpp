@@ -70,8 +70,12 @@ void CTraceliftToolDlg::perform(const CStepActions &a, const QImage *offered)
     }
     if (a.clearPointsField)
         m_pointsEdit->clear();
-    if (a.clearCapture)
+    if (a.clearCapture) {
         capture.ClearCapture();
+        // The new capture's points need a curve of their own.
+        m_records.EnsureRealCurrent();
+        m_pointsEdit->setEnabled(true);
+    }
     if (a.pastePicture) {
         const bool pasted = offered ? m_canvas->CopyBitmap(*offered) : m_canvas->PasteFromClipboard();
         if (!pasted) {

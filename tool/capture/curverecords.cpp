@@ -414,9 +414,14 @@ CSavePlan CCurveRecords::PrepareSaving(const CToolFields &fields, int deviceKind
 
 void CCurveRecords::TakeOverLoadedFile()
 {
+    EnsureRealCurrent();
+    m_curveCount = Size();
+}
+
+void CCurveRecords::EnsureRealCurrent()
+{
     if (!m_currentCurve || m_currentCurve->IsTemplate())
         insertFreshCurve();
-    m_curveCount = Size();
 }
 
 QString CCurveRecords::CheckInvariant() const

@@ -142,6 +142,11 @@ public:
     // the template.  m_curveCount takes the list's size.
     void TakeOverLoadedFile();
 
+    // A capture always works on a real curve: when the template is current
+    // (the curve under work was dropped by a save, or none was added), a
+    // fresh curve is added and made current.
+    void EnsureRealCurrent();
+
     // An empty text when the invariant above holds, else what is wrong.
     QString CheckInvariant() const;
 

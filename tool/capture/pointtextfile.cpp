@@ -325,12 +325,12 @@ PointTableApplied ApplyPointTable(const CPointTable &table, CToolFields &fields,
     if (table.hasHeader) {
         if (table.columnNames.size() < 2)
             return PointTableApplied::HeaderTooShort;
-        // The file's names are taken first, and then give way to the names
-        // already in the fields.
-        xName = table.columnNames.at(0);
-        yName = table.columnNames.at(1);
-        xName = fields.xName;
-        yName = fields.yName;
+        // The names already in the fields win; an empty field takes the
+        // file's name, so that saving a loaded file writes its header again.
+        xName = fields.xName.trimmed().isEmpty() ? table.columnNames.at(0) : fields.xName;
+        yName = fields.yName.trimmed().isEmpty() ? table.columnNames.at(1) : fields.yName;
+        fields.xName = xName;
+        fields.yName = yName;
     }
     fields.xAtFirst = table.xMinText;
     fields.xAtSecond = table.xMaxText;

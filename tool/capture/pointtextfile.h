@@ -81,9 +81,9 @@ enum class PointTableApplied {
 
 // Puts a table read from a file into the fields and the curve list:
 //  - field 1848 is cleared;
-//  - with a header, the first two names would become the axis names; they
-//    give way to the present texts of fields 1173 and 1186 (xName, yName
-//    receive those).  A header with fewer than two names stops here with
+//  - with a header, the present texts of fields 1173 and 1186 stay the axis
+//    names, and an empty one takes the file's name (xName, yName receive
+//    the names).  A header with fewer than two names stops here with
 //    HeaderTooShort, after 1848 was cleared;
 //  - the extremes go to fields 1052 (X min), 1056 (X max), 1063 (Y min) and
 //    1060 (Y max);

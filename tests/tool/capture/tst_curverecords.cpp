@@ -165,8 +165,14 @@ TEST(CurveRecords, SavingChecks)
         fields.yAtSecond = "2";
         fields.yLog = true;
         fields.xUnit = "m";
+        const S before = rec.Order();
         const CSavePlan plan = rec.r.PrepareSaving(fields, c.kind);
         EXPECT_EQ(plan.ok, c.message == 0);
+        // A refusal changes no record.
+        if (!plan.ok) {
+            EXPECT_EQ(rec.Order(), before);
+            EXPECT_EQ(rec.r.Template()->xMax, 0.0);
+        }
         EXPECT_EQ(plan.messageId, c.message);
         EXPECT_EQ(plan.messageArgument, c.argument);
         EXPECT_EQ(plan.toWrite.size(), c.toWrite);

@@ -260,6 +260,12 @@ TEST(PointTextFile, TableGoesIntoTheFields)
     EXPECT_TRUE(records.Template()->IsTemplate());
     EXPECT_FALSE(records.CurrentIsTemplate());
     EXPECT_EQ(records.CheckInvariant(), QString());
+
+    // Empty name fields take the file's names, so that a save writes them.
+    fields.xName = "";
+    fields.yName = " ";
+    ASSERT_EQ(ApplyPointTable(table, fields, records, xName, yName), PointTableApplied::Applied);
+    EXPECT_EQ(QStringList({fields.xName, fields.yName, xName, yName}), QStringList({"Vce", "Ic", "Vce", "Ic"}));
 }
 
 TEST(PointTextFile, OfferedName)
