@@ -19,7 +19,6 @@ constexpr int HeaderTooShortMessage = 27591;
 constexpr int SaveWhileTracingMessage = 27592;
 constexpr int LineNotAPairMessage = 27593;
 constexpr int OnlyCommentsMessage = 27594;
-constexpr int NulByteMessage = 27595;
 constexpr int WriteFailedMessage = 27596;
 
 // While a curve is captured its points are not in the record yet, and the
@@ -119,10 +118,6 @@ void CTraceliftToolDlg::OnLoad()
         return;
     case PointFileRead::BadLine:
         ShowMessage(this, LanguageString(LineNotAPairMessage).arg(name).arg(line), PromptButtons::Ok,
-                    PromptIcon::Stop);
-        return;
-    case PointFileRead::NulByte:
-        ShowMessage(this, LanguageString(NulByteMessage).arg(name).arg(line), PromptButtons::Ok,
                     PromptIcon::Stop);
         return;
     case PointFileRead::Read:

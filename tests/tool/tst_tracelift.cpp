@@ -299,7 +299,7 @@ TEST_F(TraceliftTest, LoadShowsTheColumnsOfAFile)
         {"commas.txt", ",,,\n , ,\n", 27594, 0},
         {"letters.txt", "1 2\n3 x\n", 27593, 2},
         {"single.txt", "; x only\n1\n2\n", 27593, 2},
-        {"nul.txt", std::string_view("1 2\n3 4\0 5 6\n", 13), 27595, 2},
+        {"nul.txt", std::string_view("1 2\n3 4\0 5 6\n", 13), 27593, 2},
         {"oneword.txt", "Vce\n1\n2\n", 27591, 0},
         {"missing.txt", {}, -1, 0},
     };

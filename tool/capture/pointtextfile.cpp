@@ -256,8 +256,9 @@ PointFileRead ReadPointTextFile(const QString &path, CPointTable &table, QString
     CLineSplitter lines(text);
     std::string_view line;
     while (lines.Next(line, lineNumber)) {
+        // Text after a NUL byte is not dropped: the line is no pair of numbers.
         if (line.find('\0') != std::string_view::npos)
-            return PointFileRead::NulByte;
+            return PointFileRead::BadLine;
         std::size_t start = 0;
         while (start < line.size() && isCSpace(line[start]))
             ++start;

@@ -57,8 +57,8 @@ enum class PointFileRead {
     OpenFailed, // the file cannot be opened or read; `errorReport` says why
     NoData,     // nothing but comments and blank lines (and maybe a header)
     BadLine,    // a data line with too few numbers (fewer than two without a
-                // header), or a token that no number is: the reading stops
-    NulByte,    // a NUL byte in a file that is not UTF-16: no text file
+                // header), or a token that no number is (a NUL byte in a
+                // file that is not UTF-16 makes one too): the reading stops
 };
 
 // Reads a point text file: 8-bit (a UTF-8 byte order mark is skipped) or
@@ -70,7 +70,7 @@ enum class PointFileRead {
 // line gives the column count, at least two.  Each data line gives the first
 // columnCount tokens (more are ignored), which may hold only digits and
 // "+-.DEde"; a D exponent reads as E.  `table` changes only when the result
-// is Read; for BadLine and NulByte, `problemLine` receives the 1-based line.
+// is Read; for BadLine, `problemLine` receives the 1-based line.
 PointFileRead ReadPointTextFile(const QString &path, CPointTable &table, QString &errorReport,
                                 int *problemLine = nullptr);
 

@@ -182,7 +182,7 @@ TEST(PointTextFile, Reads)
         {"bad character", "x y\n1 2\n3 a\n", PointFileRead::BadLine, {}, {}, "3"},
         {"too few numbers", "x y\n1 2\n3\n", PointFileRead::BadLine, {}, {}, "3"},
         {"one column without a header", "1\n2\n", PointFileRead::BadLine, {}, {}, "1"},
-        {"NUL byte", std::string_view("1 2\n3 4\0 junk\n5 6\n", 19), PointFileRead::NulByte, {}, {}, "2"},
+        {"NUL byte", std::string_view("1 2\n3 4\0 junk\n5 6\n", 19), PointFileRead::BadLine, {}, {}, "2"},
     };
     QTemporaryDir dir;
     for (const auto &c : cases) {
