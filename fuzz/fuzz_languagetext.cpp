@@ -38,9 +38,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (entries.size() > content.count('\n') + 1)
         std::abort();
 
-    QString rewritten = QStringLiteral("# written again\n");
+    // CR LF line ends: a text may end in CR, which a line end of LF alone
+    // would lose to the reader's dropping of one CR before the LF.
+    QString rewritten = QStringLiteral("# written again\r\n");
     for (const auto &e : entries)
-        rewritten += QString::number(e.first) + u'\t' + escaped(e.second) + u'\n';
+        rewritten += QString::number(e.first) + u'\t' + escaped(e.second) + QStringLiteral("\r\n");
     QList<QPair<int, QString>> again;
     if (!ParseLanguageText(rewritten.toUtf8(), again) || again != entries)
         std::abort();
