@@ -254,8 +254,8 @@ void mergeReport(const std::vector<Chunk> &chunks, CTextImportReport &report)
 
 // A file of one row: each cell a row of one column.
 TextImport readSeries(const char *begin, const char *end, std::int64_t lineNo, const CTextFormat &format,
-                      CGraphData &data, CTextImportReport &report, const CTextImportOptions &options,
-                      Progress &progress)
+                      const Source &source, CGraphData &data, CTextImportReport &report,
+                      const CTextImportOptions &options, Progress &progress)
 {
     // An upper bound of the cells: fields by separators, or runs of blanks.
     std::uint64_t cells = 0;
@@ -310,6 +310,7 @@ TextImport readSeries(const char *begin, const char *end, std::int64_t lineNo, c
         ++row;
         p = (!runs && e < end) ? e + 1 : e;
         if (std::size_t(p - reported) >= kStep) {
+            source.release(reported, p);
             if (!progress.add(std::uint64_t(p - reported) * 2))
                 return TextImport::Cancelled;
             reported = p;
@@ -373,8 +374,8 @@ TextImport importUtf8(const Source &source, CGraphData &data, CTextImportReport 
         std::int64_t rowLine = 0;
         if (holdsOneRow(dataBegin, end, format.separator, &rowBegin, &rowEnd, &rowLine)) {
             report.lines = std::count(bytes, end, '\n') + (end > bytes && end[-1] != '\n');
-            return readSeries(rowBegin, rowEnd, format.linesBeforeData + rowLine + 1, format, data, report, options,
-                              progress);
+            return readSeries(rowBegin, rowEnd, format.linesBeforeData + rowLine + 1, format, source, data, report,
+                              options, progress);
         }
     }
 
