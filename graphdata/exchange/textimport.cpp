@@ -509,6 +509,16 @@ TextImport importAny(const Source &source, CGraphData &data, CTextImportReport &
         return importUtf8(converted, data, report, options);
     }
     Source rest = source;
+    // Line ends of a lone CR, as old Macintosh programs write them.
+    const std::size_t sample = std::min<std::size_t>(rest.size, 64 * 1024);
+    if (!std::memchr(rest.bytes, '\n', sample) && std::memchr(rest.bytes, '\r', sample)) {
+        QByteArray lines(rest.bytes, qsizetype(rest.size));
+        lines.replace('\r', '\n');
+        Source converted;
+        converted.bytes = lines.constData();
+        converted.size = std::size_t(lines.size());
+        return importAny(converted, data, report, options);
+    }
     if (rest.size >= 3 && std::memcmp(rest.bytes, "\xEF\xBB\xBF", 3) == 0) {
         rest.bytes += 3;
         rest.size -= 3;

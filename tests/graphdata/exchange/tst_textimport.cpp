@@ -105,6 +105,7 @@ std::vector<FileCase> fileCases()
         {"bad lines past the first five are counted, not listed", "1 2\nx 1\nx 2\nx 3\nx 4\nx 5\nx 6\n",
          {{"", {"1", "x", "x", "x", "x", "x", "x"}}, {"", {"2", "1", "2", "3", "4", "5", "6"}}}, 6, 0, 0, {2, 3, 4, 5, 6}},
         {"a short first row takes the width of the longest", "1\n2 3\n", {{"", {"1", "2"}}, {"", {"-", "3"}}}, 0, 1, 0, {1}},
+        {"lone CR line ends", "a b\r1 2\r3 4\r", {{"a", {"1", "3"}}, {"b", {"2", "4"}}}, 0, 0, 0, {}},
         {"no final line end", "1 2\n3 4", {{"", {"1", "3"}}, {"", {"2", "4"}}}, 0, 0, 0, {}},
         {"UTF-8 with a mark", "\xEF\xBB\xBFx;y\n1;2\n", {{"x", {"1"}}, {"y", {"2"}}}, 0, 0, 0, {}},
         {"UTF-16 little-endian with a mark", utf16(kSpreadsheet, true),
@@ -213,42 +214,6 @@ QByteArray bigFile()
                     QByteArray::number(-i * 1e-3, 'g', 17) + "\r\n";
     }
     return text;
-}
-
-TEST(TextImport, ParallelBlocksReadAsOneBlockDoes)
-{
-    const QByteArray text = bigFile();
-    ASSERT_GT(text.size(), 8 << 20);
-    CGraphData one, many;
-    CTextImportReport oneReport, manyReport;
-    CTextImportOptions single;
-    single.threads = 1;
-    CTextImportOptions parallel;
-    parallel.threads = 3;
-    ASSERT_EQ(ImportTextBytes(text.constData(), std::size_t(text.size()), one, oneReport, single), TextImport::Read);
-    ASSERT_EQ(ImportTextBytes(text.constData(), std::size_t(text.size()), many, manyReport, parallel), TextImport::Read);
-    ASSERT_EQ(one.RowCount(), kBigRows);
-    ASSERT_EQ(many.RowCount(), one.RowCount());
-    EXPECT_EQ(manyReport.invalidCells, oneReport.invalidCells);
-    EXPECT_EQ(manyReport.missingCells, oneReport.missingCells);
-    EXPECT_EQ(manyReport.firstBadLines, oneReport.firstBadLines);
-    EXPECT_EQ(oneReport.invalidCells, (kBigRows - 1) / 7919 + 1);
-    EXPECT_EQ(oneReport.missingCells, oneReport.invalidCells);
-    for (int c = 0; c < 3; ++c) {
-        const CGraphColumn *a = one.GetColumn(c), *b = many.GetColumn(c);
-        EXPECT_EQ(std::memcmp(a->m_valid, b->m_valid, std::size_t(one.RowCount())), 0) << c;
-        EXPECT_EQ(a->m_minValue, b->m_minValue);
-        EXPECT_EQ(a->m_maxValue, b->m_maxValue);
-        for (int r = 0; r < one.RowCount(); ++r) {
-            if (a->m_valid[r] == 1 && a->m_values[r] != b->m_values[r]) {
-                ADD_FAILURE() << "column " << c << " row " << r;
-                break;
-            }
-        }
-    }
-    // Row r holds the file's value r, holes of the skipped lines closed.
-    EXPECT_EQ(many.GetColumn(0)->m_values[kBigRows - 1], kBigRows - 1);
-    EXPECT_EQ(many.GetColumn(1)->m_values[123457], 123457 * 0.5);
 }
 
 TEST(TextImport, AFileOnDiskIsReadAsItsBytesAre)
