@@ -15,6 +15,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 namespace {
 
 struct OptionCase
@@ -24,6 +26,11 @@ struct OptionCase
     QSize size;            // with Run
     int legend;            // with Run
 };
+
+void PrintTo(const OptionCase &c, std::ostream *out)
+{
+    *out << qPrintable(c.arguments.join(u' '));
+}
 
 class GraphViewOptions : public ::testing::TestWithParam<OptionCase> {};
 

@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <ostream>
 #include <string>
 
 namespace {
@@ -22,6 +23,11 @@ struct CellCase
     int byte;
     double value;
 };
+
+void PrintTo(const CellCase &c, std::ostream *out)
+{
+    *out << '"' << std::string(c.text).substr(0, 40) << '"';
+}
 
 class TextCell : public ::testing::TestWithParam<CellCase> {};
 
@@ -115,6 +121,11 @@ std::vector<FileCase> fileCases()
         {"one row is a series", "# one line\n1 2 3 nan 5\n", {{"", {"1", "2", "3", "x", "5"}}}, 1, 0, 0, {2}, true},
         {"one row with commas", "1,2,,4,\n", {{"", {"1", "2", "-", "4"}}}, 0, 1, 0, {1}, true},
     };
+}
+
+void PrintTo(const FileCase &c, std::ostream *out)
+{
+    *out << c.label;
 }
 
 class TextFile : public ::testing::TestWithParam<FileCase> {};
