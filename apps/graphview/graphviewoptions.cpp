@@ -15,7 +15,7 @@ GraphViewCommand ParseGraphViewOptions(const QStringList &arguments, CGraphViewO
                        "Column 0 is X; every other column is a curve."));
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help."));
     parser.addOption(help);
-    parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A data text file."));
+    parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A graph data file (.mrd) or a data text file."));
     const QCommandLineOption logX(QStringLiteral("logx"), QStringLiteral("Logarithmic X axis."));
     const QCommandLineOption logY(QStringLiteral("logy"), QStringLiteral("Logarithmic Y axis."));
     const QCommandLineOption axes(QStringLiteral("axes"), QStringLiteral("Each curve on a Y axis of its own."));
@@ -33,7 +33,11 @@ GraphViewCommand ParseGraphViewOptions(const QStringList &arguments, CGraphViewO
                                         QStringLiteral("Save the window as a picture (PNG unless the name says "
                                                        "otherwise) and quit; the exit status tells whether it worked."),
                                         QStringLiteral("file"));
-    parser.addOptions({logX, logY, axes, legend, bars, symbols, strip, box, title, size, screenshot});
+    // Taken before the window starts (graphviewmrd.h); here for the help.
+    const QCommandLineOption save(QStringLiteral("save"),
+                                  QStringLiteral("Write the file as a graph data file (.mrd), without a window."),
+                                  QStringLiteral("file"));
+    parser.addOptions({logX, logY, axes, legend, bars, symbols, strip, box, title, size, screenshot, save});
 
     if (!parser.parse(arguments)) {
         text = parser.errorText();

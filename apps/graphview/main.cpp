@@ -2,13 +2,16 @@
 //
 //   graphview [options] [FILE]
 //
-// FILE is a data text file (see graphdata/exchange/textformat.h); without
-// one a generated demonstration is shown.  The file is read on a thread of
-// its own while the window stands, with a progress bar when that takes
-// longer than half a second.  The options set up the view, so that every kind
+// FILE is a graph data file (.mrd) or a data text file (see
+// graphdata/exchange/textformat.h); with --save OUT.mrd it is written to a
+// graph data file without a window (see graphviewmrd.h).  Without a file a
+// generated demonstration is shown.  A text file is read on a thread of its
+// own while the window stands, with a progress bar when that takes longer
+// than half a second.  The options set up the view, so that every kind
 // of picture can be looked at (and saved with --screenshot).
 #include "graphviewdata.h"
 #include "graphviewload.h"
+#include "graphviewmrd.h"
 #include "graphviewoptions.h"
 #include "graphviewpicture.h"
 
@@ -89,6 +92,9 @@ void applyViewOptions(CGraphWnd *graphWnd, const CGraphViewOptions &options, boo
 
 int main(int argc, char **argv)
 {
+    // graphview FILE --save OUT.mrd writes a graph data file without a window.
+    if (int code = 0; RunSaveCommand(argc, argv, code))
+        return code;
     // The options first: --help and mistakes need no display.
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
@@ -155,6 +161,15 @@ int main(int argc, char **argv)
     if (options.file.isEmpty()) {
         window.setWindowTitle(QStringLiteral("graphview - demonstration"));
         showData(DemonstrationData(options.bars), true);
+    } else if (IsGraphDataFile(options.file)) {
+        window.setWindowTitle(QStringLiteral("graphview - %1").arg(QFileInfo(options.file).fileName()));
+        CGraphData data;
+        QString message;
+        if (!LoadGraphDataFile(options.file, data, message)) {
+            ShowMessage(nullptr, message);
+            return 1;
+        }
+        showData(data, false);
     } else {
         const QString shown = QFileInfo(options.file).fileName();
         window.setWindowTitle(QStringLiteral("graphview - %1").arg(shown));
