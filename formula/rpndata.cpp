@@ -296,7 +296,9 @@ void CRpnData::Resize(int count)
             p->m_capacity = capacity;
             p->m_flags &= ~RPN_FLAG_BORROWED;
         } else {
-            std::fill(p->m_reals + keep, p->m_reals + p->m_capacity + 1, 0.0);
+            // Cells past the count are zero already: only the ones between
+            // the old and the new count change.
+            std::fill(p->m_reals + keep, p->m_reals + std::max(count, p->m_count) + 1, 0.0);
         }
         p->m_count = count;
         return;
