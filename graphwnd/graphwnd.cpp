@@ -5,6 +5,7 @@
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/graphdraw.h"
+#include "graphwnd/graphsaveas.h"
 #include "graphwnd/graphtoolbar.h"
 #include "support/controls/userprompts.h"
 #include "support/controls/windowdpi.h"
@@ -377,8 +378,7 @@ bool CGraphWnd::OnCommand(int id)
     case CmdXAxis:
     case CmdYAxis:
     case CmdOptions:
-    case CmdSaveAs:
-        // The option, axis and file dialogs come with later work.
+        // The option and axis dialogs come with later work.
         notAvailable();
         return true;
     default:
@@ -387,6 +387,9 @@ bool CGraphWnd::OnCommand(int id)
     if (!m_graphData)
         return id >= CmdFullView && id <= CmdZoomOut;
     switch (id) {
+    case CmdSaveAs:
+        SaveGraphAs(this, *m_graphData);
+        return true;
     case CmdFullView:
         RestoreView(*m_graphData, m_defaultView);
         Redraw(1);

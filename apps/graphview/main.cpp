@@ -6,6 +6,7 @@
 // demonstration is shown.  The options set up the view, so that every kind
 // of picture can be looked at (and saved with --screenshot).
 #include "graphviewdata.h"
+#include "graphviewexchange.h"
 
 #include "graphdata/graphcurve.h"
 #include "graphwnd/graphcursors.h"
@@ -68,6 +69,7 @@ bool loadFile(const QString &path, CGraphData &data)
 
 int main(int argc, char **argv)
 {
+    CGraphviewExchange::PrepareHeadless(argc, argv);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("graphview"));
     if (!LoadLanguageModule()) {
@@ -98,10 +100,11 @@ int main(int argc, char **argv)
                                         QStringLiteral("Save the window as a PNG picture and quit."),
                                         QStringLiteral("file"));
     parser.addOptions({logX, logY, axes, legend, bars, symbols, strip, box, title, size, screenshot});
+    CGraphviewExchange exchange(parser);
     parser.process(app);
 
     CSilentPrompts silent;
-    if (parser.isSet(screenshot))
+    if (parser.isSet(screenshot) || exchange.Headless())
         SetUserPrompts(&silent);
 
     CGraphData data;
@@ -153,6 +156,9 @@ int main(int argc, char **argv)
     if (parser.isSet(box))
         graph.m_viewKind = 1;
     graph.FitRanges();
+    if (const int code = exchange.Run(graph, shown); code >= 0)
+        return code;
+    exchange.SetUpWindow(window, *graphWnd, shown);
     graphWnd->StoreDefaultView();
     graphWnd->Redraw(1);
 
