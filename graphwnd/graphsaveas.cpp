@@ -36,7 +36,7 @@ QStringList dialogFilters(const CGraphCurve &graph)
 
 QString SaveAsDialogFilter(const CGraphCurve &graph) { return dialogFilters(graph).join(QStringLiteral(";;")); }
 
-int SaveGraphAs(QWidget *parent, CGraphCurve &graph)
+int SaveGraphAs(QWidget *parent, CGraphCurve &graph, const std::function<bool(const QString &path)> &saveRecord)
 {
     int position = 0;
     CFilePrompt prompt;
@@ -49,6 +49,8 @@ int SaveGraphAs(QWidget *parent, CGraphCurve &graph)
     if (path.isEmpty())
         return 0;
     const int kind = position > 0 ? SaveKindOfFilter(graph.m_spectrumMode != 0, position) : SaveKindOfName(path);
+    if (kind == SaveKindRecord && saveRecord)
+        return saveRecord(path) ? 1 : 0;
     QString error;
     if (!ExportGraphs({&graph}, path, kind, &error)) {
         ShowMessage(parent, LanguageString(TextSaveFailed).arg(path, error));

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <functional>
+
 class CGraphCurve;
 class QWidget;
 
@@ -12,5 +14,7 @@ QString SaveAsDialogFilter(const CGraphCurve &graph);
 
 // Asks for a file and writes the graph there in the kind of the filter
 // chosen.  A failure is reported in a message box (the old file stays as
-// it was).  Returns 1 saved, 0 cancelled or failed.
-int SaveGraphAs(QWidget *parent, CGraphCurve &graph);
+// it was).  The record file kind goes to `saveRecord` when given (which
+// reports its own failures).  Returns 1 saved, 0 cancelled or failed.
+int SaveGraphAs(QWidget *parent, CGraphCurve &graph,
+                const std::function<bool(const QString &path)> &saveRecord = {});

@@ -381,15 +381,18 @@ bool CGraphWnd::OnCommand(int id)
         // The option and axis dialogs come with later work.
         notAvailable();
         return true;
+    case CmdSaveAs:
+        // Every kind the graph can be saved as; the record file keeps the
+        // whole data set with its held curves.
+        if (m_graphData)
+            SaveGraphAs(this, *m_graphData, [this](const QString &path) { return SaveDataFile(path); });
+        return true;
     default:
         break;
     }
     if (!m_graphData)
         return id >= CmdFullView && id <= CmdZoomOut;
     switch (id) {
-    case CmdSaveAs:
-        SaveGraphAs(this, *m_graphData);
-        return true;
     case CmdFullView:
         RestoreView(*m_graphData, m_defaultView);
         Redraw(1);
