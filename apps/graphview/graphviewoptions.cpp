@@ -8,6 +8,12 @@
 GraphViewCommand ParseGraphViewOptions(const QStringList &arguments, CGraphViewOptions &options, QString &text)
 {
     QCommandLineParser parser;
+    return ParseGraphViewOptions(parser, arguments, options, text);
+}
+
+GraphViewCommand ParseGraphViewOptions(QCommandLineParser &parser, const QStringList &arguments,
+                                       CGraphViewOptions &options, QString &text)
+{
     parser.setApplicationDescription(
         QStringLiteral("Shows a data text file, or a demonstration, in a graph window.\n"
                        "The file holds one row of numbers per line, split by blanks, tabs, commas or\n"

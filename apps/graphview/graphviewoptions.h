@@ -28,5 +28,11 @@ enum class GraphViewCommand {
 // The largest side of the window: a picture of it must fit into memory.
 constexpr int kGraphViewMaxSide = 16384;
 
-// Reads the arguments (the program's name first).
+class QCommandLineParser;
+
+// Reads the arguments (the program's name first) with `parser`, to which
+// others may have added options of their own before.
+GraphViewCommand ParseGraphViewOptions(QCommandLineParser &parser, const QStringList &arguments,
+                                       CGraphViewOptions &options, QString &text);
+// The same with a parser of its own.
 GraphViewCommand ParseGraphViewOptions(const QStringList &arguments, CGraphViewOptions &options, QString &text);

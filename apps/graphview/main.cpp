@@ -8,8 +8,10 @@
 // generated demonstration is shown.  A text file is read on a thread of its
 // own while the window stands, with a progress bar when that takes longer
 // than half a second.  The options set up the view, so that every kind
-// of picture can be looked at (and saved with --screenshot).
+// of picture can be looked at (and saved with --screenshot); --spectrum and
+// --export are graphviewexchange.h's.
 #include "graphviewdata.h"
+#include "graphviewexchange.h"
 #include "graphviewload.h"
 #include "graphviewmrd.h"
 #include "graphviewoptions.h"
@@ -22,6 +24,7 @@
 #include "support/languagestring.h"
 
 #include <QApplication>
+#include <QCommandLineParser>
 #include <QFileInfo>
 #include <QLabel>
 #include <QMainWindow>
@@ -50,11 +53,9 @@ public:
     }
 };
 
-// Sets the graph up as the options say, fits the axes and keeps that view
-// as the default one.
-void applyViewOptions(CGraphWnd *graphWnd, const CGraphViewOptions &options, bool demonstration)
+// Sets the graph up as the options say and fits the axes.
+void applyViewOptions(CGraphCurve &graph, const CGraphViewOptions &options, bool demonstration)
 {
-    CGraphCurve &graph = *graphWnd->GetGraphData();
     graph.m_title = options.hasTitle ? options.title : QString();
     graph.m_legendPos = options.legend;
     graph.m_legendOffset = 3000;
@@ -84,8 +85,6 @@ void applyViewOptions(CGraphWnd *graphWnd, const CGraphViewOptions &options, boo
     if (options.box)
         graph.m_viewKind = 1;
     graph.FitRanges();
-    graphWnd->StoreDefaultView();
-    graphWnd->Redraw(1);
 }
 
 } // namespace
@@ -99,9 +98,11 @@ int main(int argc, char **argv)
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
+    QCommandLineParser parser;
+    CGraphviewExchange exchange(parser);
     CGraphViewOptions options;
     QString optionText;
-    switch (ParseGraphViewOptions(arguments, options, optionText)) {
+    switch (ParseGraphViewOptions(parser, arguments, options, optionText)) {
     case GraphViewCommand::Help:
         std::fputs(qPrintable(optionText), stdout);
         return 0;
@@ -112,6 +113,7 @@ int main(int argc, char **argv)
         break;
     }
 
+    CGraphviewExchange::PrepareHeadless(argc, argv);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("graphview"));
     if (!LoadLanguageModule()) {
@@ -123,7 +125,7 @@ int main(int argc, char **argv)
 
     const bool screenshot = !options.screenshot.isEmpty();
     CSilentPrompts silent;
-    if (screenshot)
+    if (screenshot || exchange.Headless())
         SetUserPrompts(&silent);
 
     QMainWindow window;
@@ -139,12 +141,24 @@ int main(int argc, char **argv)
     cellsLabel->hide();
     progressBar->hide();
     window.resize(options.size);
+    const QString shown =
+        options.file.isEmpty() ? QStringLiteral("demonstration") : QFileInfo(options.file).fileName();
+    window.setWindowTitle(QStringLiteral("graphview - %1").arg(shown));
 
-    // Shows the data; with --screenshot, saves the picture once they are
-    // painted and ends with the outcome.
+    // Shows the data (on the event loop): a spectrum or an export when
+    // asked; with --screenshot, saves the picture once they are painted.
+    // Either of these ends the program with its outcome.
     auto showData = [&](const CGraphData &data, bool demonstration) {
         graphWnd->SetGraphDataCopy(data);
-        applyViewOptions(graphWnd, options, demonstration);
+        CGraphCurve &graph = *graphWnd->GetGraphData();
+        applyViewOptions(graph, options, demonstration);
+        if (const int code = exchange.Run(graph, shown); code >= 0) {
+            QApplication::exit(code);
+            return;
+        }
+        exchange.SetUpWindow(window, *graphWnd, shown);
+        graphWnd->StoreDefaultView();
+        graphWnd->Redraw(1);
         if (screenshot) {
             AfterNextPaint(graphWnd, [&window, &options] {
                 QString error;
@@ -159,26 +173,26 @@ int main(int argc, char **argv)
     std::unique_ptr<CDataFileLoader> loader;
     QTimer progressTimer;
     if (options.file.isEmpty()) {
-        window.setWindowTitle(QStringLiteral("graphview - demonstration"));
-        showData(DemonstrationData(options.bars), true);
+        QTimer::singleShot(0, [&] { showData(DemonstrationData(options.bars), true); });
     } else if (IsGraphDataFile(options.file)) {
-        window.setWindowTitle(QStringLiteral("graphview - %1").arg(QFileInfo(options.file).fileName()));
-        CGraphData data;
-        QString message;
-        if (!LoadGraphDataFile(options.file, data, message)) {
-            ShowMessage(nullptr, message);
-            return 1;
-        }
-        showData(data, false);
+        QTimer::singleShot(0, [&] {
+            CGraphData data;
+            QString message;
+            if (!LoadGraphDataFile(options.file, data, message)) {
+                ShowMessage(nullptr, message);
+                QApplication::exit(1);
+                return;
+            }
+            showData(data, false);
+        });
     } else {
-        const QString shown = QFileInfo(options.file).fileName();
-        window.setWindowTitle(QStringLiteral("graphview - %1").arg(shown));
         progressBar->setFormat(LanguageString(TextReading).arg(shown) + QStringLiteral(" %p%"));
-        loader = std::make_unique<CDataFileLoader>(options.file, [&, shown] {
+        loader = std::make_unique<CDataFileLoader>(options.file, [&] {
             progressTimer.stop();
             progressBar->hide();
             if (loader->Result() != TextImport::Read) {
-                ShowMessage(&window, ImportFailureText(options.file, loader->Result(), loader->Report()));
+                ShowMessage(exchange.Headless() ? nullptr : &window,
+                            ImportFailureText(options.file, loader->Result(), loader->Report()));
                 QApplication::exit(1);
                 return;
             }
@@ -203,7 +217,9 @@ int main(int argc, char **argv)
         loader->Start();
         progressTimer.start();
     }
-    window.show();
+    // An export writes its file without a window.
+    if (!exchange.Headless())
+        window.show();
     const int result = app.exec();
     loader.reset();
     return result;
