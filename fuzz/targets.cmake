@@ -9,3 +9,6 @@ tarn_add_fuzz(fuzz_compile_run SOURCES fuzz_compile_run.cpp LINKS tarn_functions
 tarn_add_fuzz(fuzz_fromfloatexstr SOURCES fuzz_fromfloatexstr.cpp LINKS tarn_capture)
 tarn_add_fuzz(fuzz_exeditpaste SOURCES fuzz_exeditpaste.cpp LINKS tarn_supportcontrols)
 tarn_add_fuzz(fuzz_languagetext SOURCES fuzz_languagetext.cpp LINKS tarn_support)
+if(TARGET tarn_graphdraw AND TARGET tarn_graphexchange)
+  tarn_add_fuzz(fuzz_textimport SOURCES fuzz_textimport.cpp LINKS tarn_graphdraw tarn_graphexchange)
+endif()
