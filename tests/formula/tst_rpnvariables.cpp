@@ -79,6 +79,10 @@ const ScriptCase kScripts[] = {
      "ARRAY:{{1,2,3},{2,3},{1,2,3}}"},
     {"array_append_in_loop", "a = {}; i = 0; while (i < 5) { a[] = i * i; i++ }; a",
      "ARRAY:{{0,1,4,9,16},0,0,{0,1,4,9,16}}"},
+    // Arithmetic on an array made on the way reuses its cells; the array of
+    // a variable is never changed by it.
+    {"array_arithmetic_leaves_operand", "a = {1, \"3\", 2.5}; b = a * 2 + 1; c = {1,2} * 3 - 1; {a, b, c}",
+     "ARRAY:{{1,3,2.5},{3,7,6},{2,5},{{1,3,2.5},{3,7,6},{2,5}}}"},
     {"increment_kinds", "i = 1; i++; j = \"x\"; j++; k = 2.5; k--; {i, j, k}",
      "ARRAY:{1,1,x,x,2.5,2.5,{2,x,1.5}}"},
     // A loop's body gives no value, but a return inside it does.
