@@ -247,6 +247,33 @@ TEST(MainVariables, FoundAndSetByName)
     EXPECT_EQ(Describe(value), "REAL:8");
 }
 
+// A series over a bound column runs a user function once per row, with the
+// row's value as its argument; several statements and a return alike.
+TEST(CallFrames, SeriesOfUserFunctions)
+{
+    const double x[] = {-0.5, 1.0, 2.0};
+    struct Case
+    {
+        const char *text;
+        double expect[3];
+    };
+    const Case cases[] = {
+        {"function f(t) { return t*t+1 }; f(x)", {1.25, 2.0, 5.0}},
+        {"function f(t) { return t*t+1 }; f(x) + 0", {1.25, 2.0, 5.0}},
+        {"function g(t) { u = t * 3; if (u > 2) { return u }; return -u }; g(x)", {1.5, 3.0, 6.0}},
+    };
+    for (const Case &c : cases) {
+        CEquationTree tree;
+        tree.BindColumn(QStringLiteral("x"), x, nullptr, 3);
+        ASSERT_EQ(tree.Compile(QString::fromLatin1(c.text)), 1) << c.text;
+        double values[3] = {};
+        unsigned char valid[3] = {};
+        EXPECT_EQ(tree.EvaluateSeries(values, valid, 0, 2), 3) << c.text;
+        for (int r = 0; r < 3; ++r)
+            EXPECT_DOUBLE_EQ(values[r], c.expect[r]) << c.text << " row " << r;
+    }
+}
+
 // A saved and read tree gives its functions' variables their slots again.
 TEST(CallFrames, ReadTreeRunsItsFunctions)
 {
