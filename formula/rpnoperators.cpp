@@ -318,6 +318,23 @@ void CNodeDoubleOperand::Evaluate(CRpnData &result, unsigned char &status)
     CRpnData b;
     if (!EvaluateOrPass(m_right, b, result, status))
         return;
+    if (a.IsReal() && b.IsReal()) {
+        // Two REALs under an operator whose value arithmetic is the plain
+        // double operation: the double, without the value arithmetic's detour.
+        switch (GetKind()) {
+        case RPN_NODE_PLUS:
+        case RPN_NODE_MINUS:
+        case RPN_NODE_MULTIPLY:
+        case RPN_NODE_LESS:
+        case RPN_NODE_GREATER:
+        case RPN_NODE_LESS_EQUAL:
+        case RPN_NODE_GREATER_EQUAL:
+            result.SetDouble(ApplyReal(a.GetRealValue(), b.GetRealValue(), status));
+            return;
+        default:
+            break;
+        }
+    }
     if (a.IsFormula() || b.IsFormula()) {
         const CRpnData operands[2] = {a, b};
         MakeFormulaOfNode(this, operands, 2, result);
@@ -334,9 +351,10 @@ bool CNodeDoubleOperand::applyInPlace(CRpnData &a, const CRpnData &b)
 {
     // An array that no one else holds (the value of `a*a` in `a*a + 1`)
     // takes the results of +, - and * with a number in its own cells.
+    if (a.GetKind() != RPN_ARRAY || a.GetRefs() != 1 || a.IsMatrix() || !b.IsReal())
+        return false;
     const int kind = GetKind();
-    if (a.GetKind() != RPN_ARRAY || a.GetRefs() != 1 || a.IsMatrix() || !b.IsReal() ||
-        (kind != RPN_NODE_PLUS && kind != RPN_NODE_MINUS && kind != RPN_NODE_MULTIPLY))
+    if (kind != RPN_NODE_PLUS && kind != RPN_NODE_MINUS && kind != RPN_NODE_MULTIPLY)
         return false;
     const double y = b.GetRealValue();
     CRpnData *items = a.GetItems();
