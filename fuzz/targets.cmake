@@ -9,6 +9,8 @@ tarn_add_fuzz(fuzz_compile_run SOURCES fuzz_compile_run.cpp LINKS tarn_functions
 tarn_add_fuzz(fuzz_fromfloatexstr SOURCES fuzz_fromfloatexstr.cpp LINKS tarn_capture)
 tarn_add_fuzz(fuzz_exeditpaste SOURCES fuzz_exeditpaste.cpp LINKS tarn_supportcontrols)
 tarn_add_fuzz(fuzz_languagetext SOURCES fuzz_languagetext.cpp LINKS tarn_support)
+tarn_add_fuzz(fuzz_graphfile SOURCES fuzz_graphfile.cpp LINKS tarn_graphdata)
+target_compile_definitions(fuzz_graphfile PRIVATE TARN_EN_LANG="${PROJECT_SOURCE_DIR}/lang/en.lang")
 if(TARGET tarn_graphdraw AND TARGET tarn_graphexchange)
   tarn_add_fuzz(fuzz_textimport SOURCES fuzz_textimport.cpp LINKS tarn_graphdraw tarn_graphexchange)
 endif()
