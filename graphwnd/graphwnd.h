@@ -19,6 +19,7 @@
 #include "graphwnd/graphviewops.h"
 #include "graphwnd/objecttracks.h"
 #include "graphwnd/viewtracks.h"
+#include "graphwnd/wheelsteps.h"
 
 #include <QImage>
 #include <QWidget>
@@ -213,4 +214,5 @@ private:
     CActionMouseTrack *m_activeTrack = nullptr;
     CViewRanges m_defaultView;
     CStepCounts m_stepCounts;
+    CWheelSteps m_wheelSteps; // parts of a notch from fine wheels
 };
