@@ -8,6 +8,7 @@
 #include "graphviewdata.h"
 
 #include "graphdata/graphcurve.h"
+#include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphcursors.h"
 #include "graphwnd/graphwnd.h"
 #include "support/controls/userprompts.h"
@@ -70,6 +71,7 @@ int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("graphview"));
+    InstallGraphErrorBox(QStringLiteral("graphview"));
     if (!LoadLanguageModule()) {
         ShowMessage(nullptr, QStringLiteral("Missing file en.lang. Please re-install TARN."), PromptButtons::Ok,
                     PromptIcon::Stop);

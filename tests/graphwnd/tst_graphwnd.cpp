@@ -1,6 +1,7 @@
 // The graph window on the offscreen platform: tools driven by QTest mouse
 // and key events, commands, notifications, the menu and the read-out.
 #include "graphdata/draw/drawtools.h"
+#include "graphdata/grapherrors.h"
 #include "graphwnd/graphcursorbase.h"
 #include "graphwnd/graphtoolbar.h"
 #include "graphwnd/graphwnd.h"
@@ -16,6 +17,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWheelEvent>
+
+#include <new>
 
 #include <gtest/gtest.h>
 
@@ -316,6 +319,61 @@ TEST_F(GraphWnd, FineWheelsAndTouchpadsAddUpToNotchesAndPixels)
         EXPECT_NEAR(moved, want, 1e-9 * (1 + std::fabs(want))) << c.name;
         EXPECT_NE(want, 0) << c.name;
         wheel(at, 60, Qt::AltModifier); // another key: a part left over is dropped
+    }
+}
+
+namespace {
+
+// A drawing object whose drawing runs out of memory while `failing` is set.
+struct CFailingObject : CTextnLine
+{
+    bool failing = true;
+    int ObjectKind() const override { return 1; }
+    void Draw(QPainter &, bool, const CObjectFrame &) override
+    {
+        if (failing)
+            throw std::bad_alloc();
+    }
+    bool HitRect(const QRect &) const override { return false; }
+    void DrawMoved(QPainter &, QPoint, const CObjectFrame &) override {}
+    int HitTest(QPoint, bool) const override { return 0; }
+    void MoveBy(QPoint, const CObjectFrame &) override {}
+    QRect PixelRect(const CObjectFrame &) const override { return QRect(); }
+    QRect LastRect() const override { return QRect(); }
+};
+
+} // namespace
+
+// A draw pass that runs out of memory leaves the last good picture on the
+// screen and says so once, until a pass succeeds again.
+TEST_F(GraphWnd, RunningOutOfMemoryWhileDrawingKeepsTheLastPicture)
+{
+    for (bool cached : {true, false}) {
+        std::vector<int> reports;
+        const GraphErrorReporter old =
+            SetGraphErrorReporter([&reports](int id, const QString &) { reports.push_back(id); });
+        m_wnd.m_useBitmapCache = cached;
+        m_wnd.m_drawDirect = !cached;
+        m_wnd.Redraw(1);
+        const QImage good = paint();
+        auto *object = new CFailingObject;
+        graph().m_textObjects.Add(object);
+        graph().m_xViewMax *= 2; // a picture that would differ
+        m_wnd.Redraw(1);
+        const QImage first = paint();
+        m_wnd.Redraw(1);
+        const QImage second = paint();
+        if (cached) { // drawing straight has no picture of its own to keep
+            EXPECT_EQ(first, good);
+            EXPECT_EQ(second, good);
+        }
+        EXPECT_EQ(reports, std::vector<int>{43640}) << cached;
+        object->failing = false;
+        m_wnd.Redraw(1);
+        EXPECT_NE(paint(), good) << cached;
+        EXPECT_EQ(reports.size(), 1u) << cached;
+        graph().m_textObjects.DeleteAll();
+        SetGraphErrorReporter(old);
     }
 }
 
