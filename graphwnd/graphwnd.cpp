@@ -420,9 +420,11 @@ bool CGraphWnd::OnCommand(int id)
     case CmdXAxis:
     case CmdYAxis:
     case CmdOptions:
-    case CmdSaveAs:
-        // The option, axis and file dialogs come with later work.
+        // The option and axis dialogs come with later work.
         notAvailable();
+        return true;
+    case CmdSaveAs:
+        SaveDataFile();
         return true;
     default:
         break;

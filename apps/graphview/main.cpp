@@ -2,10 +2,13 @@
 //
 //   graphview [options] [FILE]
 //
-// FILE is a point text file of the digitiser; without one a generated
+// FILE is a graph data file (.mrd) or a point text file of the digitiser;
+// with --save OUT.mrd it is written to a graph data file without a window
+// (see graphviewmrd.h).  Without a file a generated
 // demonstration is shown.  The options set up the view, so that every kind
 // of picture can be looked at (and saved with --screenshot).
 #include "graphviewdata.h"
+#include "graphviewmrd.h"
 
 #include "graphdata/graphcurve.h"
 #include "graphwnd/grapherrorbox.h"
@@ -46,6 +49,13 @@ public:
 
 bool loadFile(const QString &path, CGraphData &data)
 {
+    if (IsGraphDataFile(path)) {
+        QString message;
+        const bool read = LoadGraphDataFile(path, data, message);
+        if (!read)
+            ShowMessage(nullptr, message);
+        return read;
+    }
     CPointTable table;
     QString report;
     switch (ReadPointTextFile(path, table, report)) {
@@ -69,6 +79,9 @@ bool loadFile(const QString &path, CGraphData &data)
 
 int main(int argc, char **argv)
 {
+    // graphview FILE --save OUT.mrd writes a graph data file without a window.
+    if (int code = 0; RunSaveCommand(argc, argv, code))
+        return code;
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("graphview"));
     InstallGraphErrorBox(QStringLiteral("graphview"));
