@@ -7,6 +7,7 @@
 #include "graphdata/draw/graphdraw.h"
 #include "graphdata/grapherrors.h"
 #include "graphwnd/grapherrorbox.h"
+#include "graphwnd/graphsaveas.h"
 #include "graphwnd/graphtoolbar.h"
 #include "support/controls/userprompts.h"
 #include "support/controls/windowdpi.h"
@@ -424,7 +425,10 @@ bool CGraphWnd::OnCommand(int id)
         notAvailable();
         return true;
     case CmdSaveAs:
-        SaveDataFile();
+        // Every kind the graph can be saved as; the record file keeps the
+        // whole data set with its held curves.
+        if (m_graphData)
+            SaveGraphAs(this, *m_graphData, [this](const QString &path) { return SaveDataFile(path); });
         return true;
     default:
         break;

@@ -8,6 +8,7 @@
 // demonstration is shown.  The options set up the view, so that every kind
 // of picture can be looked at (and saved with --screenshot).
 #include "graphviewdata.h"
+#include "graphviewexchange.h"
 #include "graphviewmrd.h"
 
 #include "graphdata/graphcurve.h"
@@ -82,6 +83,7 @@ int main(int argc, char **argv)
     // graphview FILE --save OUT.mrd writes a graph data file without a window.
     if (int code = 0; RunSaveCommand(argc, argv, code))
         return code;
+    CGraphviewExchange::PrepareHeadless(argc, argv);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("graphview"));
     InstallGraphErrorBox(QStringLiteral("graphview"));
@@ -113,10 +115,11 @@ int main(int argc, char **argv)
                                         QStringLiteral("Save the window as a PNG picture and quit."),
                                         QStringLiteral("file"));
     parser.addOptions({logX, logY, axes, legend, bars, symbols, strip, box, title, size, screenshot});
+    CGraphviewExchange exchange(parser);
     parser.process(app);
 
     CSilentPrompts silent;
-    if (parser.isSet(screenshot))
+    if (parser.isSet(screenshot) || exchange.Headless())
         SetUserPrompts(&silent);
 
     CGraphData data;
@@ -168,6 +171,9 @@ int main(int argc, char **argv)
     if (parser.isSet(box))
         graph.m_viewKind = 1;
     graph.FitRanges();
+    if (const int code = exchange.Run(graph, shown); code >= 0)
+        return code;
+    exchange.SetUpWindow(window, *graphWnd, shown);
     graphWnd->StoreDefaultView();
     graphWnd->Redraw(1);
 
