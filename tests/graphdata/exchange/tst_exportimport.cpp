@@ -1,11 +1,10 @@
-// Every text form graphview exports, read back by the program's own reader
-// of text files and compared with what was written.
-#include "graphviewdata.h"
-
+// Every text form of the exports, read back by the program's own reader of
+// data text files and compared with what was written.
 #include "graphdata/exchange/savefilters.h"
+#include "graphdata/exchange/textexport.h"
+#include "graphdata/exchange/textimport.h"
 #include "graphdata/graphcurve.h"
 #include "graphdata/spectrum/spectrumjob.h"
-#include "tool/capture/pointtextfile.h"
 
 #include <QTemporaryDir>
 
@@ -38,7 +37,7 @@ bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 } // namespace
 
-TEST(GraphviewExport, TextFormsReadBackByTheTextReader)
+TEST(ExportImport, TextFormsReadBackByTheTextReader)
 {
     const struct
     {
@@ -68,10 +67,10 @@ TEST(GraphviewExport, TextFormsReadBackByTheTextReader)
         QString error;
         ASSERT_EQ(ExportGraphs({&graph}, path, c.kind, &error), 1) << error.toStdString();
 
-        CPointTable table;
-        QString report;
-        ASSERT_EQ(ReadPointTextFile(path, table, report), PointFileRead::Read) << report.toStdString();
-        const CGraphData data = GraphDataFromTable(table);
+        CGraphData data;
+        CTextImportReport report;
+        ASSERT_EQ(ImportTextFile(path, data, report), TextImport::Read) << report.error.toStdString();
+        EXPECT_FALSE(report.HasBadCells());
         ASSERT_EQ(data.ColumnCount(), 3 + c.firstColumn);
 
         // What was shown: X, then each curve.
@@ -101,5 +100,43 @@ TEST(GraphviewExport, TextFormsReadBackByTheTextReader)
             EXPECT_EQ(index->m_values[0], 1);
             EXPECT_EQ(index->m_values[data.RowCount() - 1], data.RowCount());
         }
+    }
+}
+
+// Rows that are missing or invalid come back as such, in every form.
+TEST(ExportImport, MissingAndInvalidRowsComeBack)
+{
+    CGraphColumnPtr a = CGraphColumnPtr::Adopt(CGraphColumn::Create(4, u"A"_qs));
+    CGraphColumnPtr b = CGraphColumnPtr::Adopt(CGraphColumn::Create(2, u"B"_qs));
+    const double av[] = {1, 2, 3, 4};
+    const std::uint8_t avalid[] = {1, 0, 2, 1};
+    for (int i = 0; i < 4; ++i) {
+        a->m_values[i] = av[i];
+        a->m_valid[i] = avalid[i];
+    }
+    b->m_values[0] = 5;
+    b->m_valid[0] = 1;
+    b->m_values[1] = 0;
+    b->m_valid[1] = 2;
+    const CGraphColumn *list[] = {a.Get(), b.Get()};
+    // What the reader should give: A as written, B with rows 2 and 3
+    // missing (past its end).
+    const std::uint8_t wantA[] = {1, 0, 2, 1}, wantB[] = {1, 2, 0, 0};
+    QTemporaryDir dir;
+    for (int mode : {ExportFixed, ExportTab, ExportComma}) {
+        SCOPED_TRACE(mode);
+        const QString path = dir.filePath(u"m.txt"_qs);
+        ASSERT_EQ(SaveAsText(path, list, 2, 4, mode), 1);
+        CGraphData data;
+        CTextImportReport report;
+        ASSERT_EQ(ImportTextFile(path, data, report), TextImport::Read);
+        ASSERT_EQ(data.ColumnCount(), 2);
+        ASSERT_EQ(data.RowCount(), 4);
+        for (int r = 0; r < 4; ++r) {
+            EXPECT_EQ(data.GetColumn(0)->m_valid[r], wantA[r]) << r;
+            EXPECT_EQ(data.GetColumn(1)->m_valid[r], wantB[r]) << r;
+        }
+        EXPECT_EQ(data.GetColumn(0)->m_values[3], 4);
+        EXPECT_EQ(data.GetColumn(1)->m_values[0], 5);
     }
 }
