@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <vector>
 
 namespace {
 
@@ -83,7 +84,8 @@ private:
 
 } // namespace
 
-QString CRpnData::GetText(std::uint32_t flags) const
+// The text of a value that holds no other values: every kind but ARRAY and DICTIONARY.
+QString CRpnData::plainText(std::uint32_t flags) const
 {
     const CRpnPayload *p = m_p;
     const int precision = precisionOf(flags);
@@ -104,41 +106,13 @@ QString CRpnData::GetText(std::uint32_t flags) const
     case RPN_ARRAY_R: {
         const bool cut = (flags & RPN_TEXT_CUT) && p->m_count > kCutAfter;
         const int shown = cut ? kCutAfter : p->m_count;
-        for (int i = 0; i < shown; ++i) {
+        for (int i = 0; i < shown && out.size() <= RpnMaxTextLength; ++i) {
             if (i)
                 out += u',';
             appendG(out, p->m_reals[i], precision);
         }
         if (cut && (flags & RPN_TEXT_ELLIPSIS))
             out += QLatin1StringView(",...");
-        return out;
-    }
-    case RPN_ARRAY:
-    case RPN_DICTIONARY: {
-        const bool isArray = p->m_kind == RPN_ARRAY;
-        const int count = isArray ? p->m_count : (p->m_map ? p->m_map->GetCount() : 0);
-        const bool cut = (flags & RPN_TEXT_CUT) && count > kCutAfter;
-        const int shown = cut ? kCutAfter : count;
-        const bool open = (flags & RPN_TEXT_BRACES) || count > 1;
-        if (open)
-            out += u'{';
-        for (int i = 0; i < shown; ++i) {
-            if (i)
-                out += u',';
-            if (isArray) {
-                out += p->m_items[i].GetText(flags);
-            } else {
-                out += u'{';
-                out += p->m_map->GetSpelling(p->m_map->GetKeyAt(i));
-                out += u',';
-                out += p->m_map->GetValueAt(i).GetText(flags);
-                out += u'}';
-            }
-        }
-        if (cut && (flags & RPN_TEXT_ELLIPSIS))
-            out += QLatin1StringView(",...}");
-        else if (open)
-            out += u'}';
         return out;
     }
     case RPN_FORMULA:
@@ -156,13 +130,97 @@ QString CRpnData::GetText(std::uint32_t flags) const
     }
 }
 
-QString CRpnData::FormatValue(const CMapStringToRpnData &options, int depth) const
+namespace {
+
+bool holdsValues(const CRpnPayload *p)
+{
+    return p->m_kind == RPN_ARRAY || p->m_kind == RPN_DICTIONARY;
+}
+
+// Ends a text that grew past the longest one made: cut, with "..." to show it.
+bool endIfTooLong(QString &out)
+{
+    if (out.size() <= RpnMaxTextLength)
+        return false;
+    out.truncate(RpnMaxTextLength);
+    out += QLatin1StringView("...");
+    return true;
+}
+
+} // namespace
+
+QString CRpnData::GetText(std::uint32_t flags) const
+{
+    if (!holdsValues(m_p))
+        return plainText(flags);
+
+    // Arrays and dictionaries nest to any depth: the walk keeps its own stack.
+    struct Level
+    {
+        const CRpnPayload *p;
+        int next;         // element to print next
+        int shown;        // elements printed in all
+        bool open;        // a brace was written
+        bool cut;         // elements were left out
+        bool entryOpen;   // a dictionary entry waits for its closing brace
+    };
+    std::vector<Level> stack;
+    QString out;
+    const auto enter = [&](const CRpnPayload *p) {
+        const int count = p->m_kind == RPN_ARRAY ? p->m_count : (p->m_map ? p->m_map->GetCount() : 0);
+        const bool cut = (flags & RPN_TEXT_CUT) && count > kCutAfter;
+        const bool open = (flags & RPN_TEXT_BRACES) || count > 1;
+        if (open)
+            out += u'{';
+        stack.push_back({p, 0, cut ? kCutAfter : count, open, cut, false});
+    };
+    enter(m_p);
+    while (!stack.empty()) {
+        if (endIfTooLong(out))
+            return out;
+        Level &level = stack.back();
+        if (level.entryOpen) {
+            out += u'}';
+            level.entryOpen = false;
+        }
+        if (level.next == level.shown) {
+            if (level.cut && (flags & RPN_TEXT_ELLIPSIS))
+                out += QLatin1StringView(",...}");
+            else if (level.open)
+                out += u'}';
+            stack.pop_back();
+            continue;
+        }
+        if (level.next)
+            out += u',';
+        const CRpnData *value;
+        if (level.p->m_kind == RPN_ARRAY) {
+            value = &level.p->m_items[level.next];
+        } else {
+            const CMapStringToRpnData *map = level.p->m_map;
+            out += u'{';
+            out += map->GetSpelling(map->GetKeyAt(level.next));
+            out += u',';
+            value = &map->GetValueAt(level.next);
+            level.entryOpen = true;
+        }
+        ++level.next;
+        if (holdsValues(value->m_p))
+            enter(value->m_p); // `level` is not used after this
+        else
+            out += value->plainText(flags);
+    }
+    endIfTooLong(out);
+    return out;
+}
+
+// The print form of a value that holds no others, at `depth`.
+QString CRpnData::formatPlain(const CMapStringToRpnData &options, int depth) const
 {
     const PrintOptions o(options, depth);
     int precision = o.Int(QStringLiteral("PRECISION"), 16);
     if (precision < 1 || precision > 31)
         precision = 16;
-
     const CRpnPayload *p = m_p;
     QString out;
     switch (p->m_kind) {
@@ -173,50 +231,101 @@ QString CRpnData::FormatValue(const CMapStringToRpnData &options, int depth) con
         if (o.Int(QStringLiteral("QUOTE"), 0) & 1)
             return u'"' + p->Text() + u'"';
         return p->Text();
-    case RPN_ARRAY_R:
-    case RPN_ARRAY: {
+    case RPN_ARRAY_R: {
         const QString sep = o.Text(QStringLiteral("SEP"), QStringLiteral(","));
         int shown = p->m_count;
         const int max = o.Int(QStringLiteral("MAX"), 0);
         if (max != 0 && max < shown)
             shown = std::max(max, 0);
         out = o.Text(QStringLiteral("BEGIN"), QStringLiteral("{"));
-        for (int i = 0; i < shown; ++i) {
+        for (int i = 0; i < shown && out.size() <= RpnMaxTextLength; ++i) {
             if (i)
                 out += sep;
-            if (p->m_kind == RPN_ARRAY_R)
-                appendG(out, p->m_reals[i], precision);
-            else
-                out += p->m_items[i].FormatValue(options, depth + 1);
+            appendG(out, p->m_reals[i], precision);
         }
         out += o.Text(QStringLiteral("END"), QStringLiteral("}"));
-        return out;
-    }
-    case RPN_DICTIONARY: {
-        // FORMAT 2 prints nested braces; anything else one key=value; a line.
-        const bool braces = o.Int(QStringLiteral("FORMAT"), 0) == 2;
-        const QString begin = o.Text(QStringLiteral("BEGIN"), braces ? QStringLiteral("{") : QString());
-        const QString end = o.Text(QStringLiteral("END"), braces ? QStringLiteral("}") : QString());
-        const QString sep = o.Text(QStringLiteral("SEP"), braces ? QStringLiteral(",") : QStringLiteral("\r\n"));
-        const QString itemBegin = o.Text(QStringLiteral("ITEMBEGIN"), braces ? QStringLiteral("{") : QString());
-        const QString itemEnd = o.Text(QStringLiteral("ITEMEND"), braces ? QStringLiteral("}") : QStringLiteral(";"));
-        const QString itemSep = o.Text(QStringLiteral("ITEMSEP"), braces ? QStringLiteral(",") : QStringLiteral("="));
-        out = begin;
-        const CMapStringToRpnData *map = p->m_map;
-        const int count = map ? map->GetCount() : 0;
-        for (int i = 0; i < count; ++i) {
-            if (i)
-                out += sep;
-            out += itemBegin;
-            out += map->GetSpelling(map->GetKeyAt(i));
-            out += itemSep;
-            out += map->GetValueAt(i).FormatValue(options, depth + 1);
-            out += itemEnd;
-        }
-        out += end;
         return out;
     }
     default:
         return GetText(std::uint32_t(precision));
     }
+}
+
+QString CRpnData::FormatValue(const CMapStringToRpnData &options, int depth) const
+{
+    if (m_p->m_kind != RPN_ARRAY && m_p->m_kind != RPN_DICTIONARY)
+        return formatPlain(options, depth);
+
+    // As GetText, with the texts of each level from the options.
+    struct Level
+    {
+        const CRpnPayload *p;
+        int depth;
+        int next;
+        int shown;
+        QString end, sep, itemBegin, itemEnd, itemSep;
+        bool entryOpen;
+    };
+    std::vector<Level> stack;
+    QString out;
+    const auto enter = [&](const CRpnPayload *p, int level) {
+        const PrintOptions o(options, level);
+        Level l{p, level, 0, 0, {}, {}, {}, {}, {}, false};
+        if (p->m_kind == RPN_ARRAY) {
+            l.shown = p->m_count;
+            const int max = o.Int(QStringLiteral("MAX"), 0);
+            if (max != 0 && max < l.shown)
+                l.shown = std::max(max, 0);
+            out += o.Text(QStringLiteral("BEGIN"), QStringLiteral("{"));
+            l.end = o.Text(QStringLiteral("END"), QStringLiteral("}"));
+            l.sep = o.Text(QStringLiteral("SEP"), QStringLiteral(","));
+        } else {
+            // FORMAT 2 prints nested braces; anything else one key=value; a line.
+            const bool braces = o.Int(QStringLiteral("FORMAT"), 0) == 2;
+            l.shown = p->m_map ? p->m_map->GetCount() : 0;
+            out += o.Text(QStringLiteral("BEGIN"), braces ? QStringLiteral("{") : QString());
+            l.end = o.Text(QStringLiteral("END"), braces ? QStringLiteral("}") : QString());
+            l.sep = o.Text(QStringLiteral("SEP"), braces ? QStringLiteral(",") : QStringLiteral("\r\n"));
+            l.itemBegin = o.Text(QStringLiteral("ITEMBEGIN"), braces ? QStringLiteral("{") : QString());
+            l.itemEnd = o.Text(QStringLiteral("ITEMEND"), braces ? QStringLiteral("}") : QStringLiteral(";"));
+            l.itemSep = o.Text(QStringLiteral("ITEMSEP"), braces ? QStringLiteral(",") : QStringLiteral("="));
+        }
+        stack.push_back(std::move(l));
+    };
+    enter(m_p, depth);
+    while (!stack.empty()) {
+        if (endIfTooLong(out))
+            return out;
+        Level &level = stack.back();
+        if (level.entryOpen) {
+            out += level.itemEnd;
+            level.entryOpen = false;
+        }
+        if (level.next == level.shown) {
+            out += level.end;
+            stack.pop_back();
+            continue;
+        }
+        if (level.next)
+            out += level.sep;
+        const CRpnData *value;
+        if (level.p->m_kind == RPN_ARRAY) {
+            value = &level.p->m_items[level.next];
+        } else {
+            const CMapStringToRpnData *map = level.p->m_map;
+            out += level.itemBegin;
+            out += map->GetSpelling(map->GetKeyAt(level.next));
+            out += level.itemSep;
+            value = &map->GetValueAt(level.next);
+            level.entryOpen = true;
+        }
+        ++level.next;
+        const int inner = level.depth + 1;
+        if (holdsValues(value->m_p))
+            enter(value->m_p, inner); // `level` is not used after this
+        else
+            out += value->formatPlain(options, inner);
+    }
+    endIfTooLong(out);
+    return out;
 }

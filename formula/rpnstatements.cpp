@@ -52,7 +52,7 @@ bool CNode_IF::SetOperand(int i, CRpnNode *node)
 
 void CNode_IF::Evaluate(CRpnData &result, unsigned char &status)
 {
-    if (!m_condition) {
+    if (!m_condition || !HasStackRoom(status)) {
         result.SetNull();
         return;
     }
