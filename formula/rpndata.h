@@ -355,9 +355,8 @@ public:
 
 private:
     static int equalsByRules(const CRpnData &a, const CRpnData &b);
-    // GetText and FormatValue of a value that holds no other values (rpnformat.cpp).
+    // GetText of a value that holds no other values (rpnformat.cpp).
     QString plainText(std::uint32_t flags) const;
-    QString formatPlain(const CMapStringToRpnData &options, int depth) const;
     static CRpnPayload *makePayload(std::uint32_t kind)
     {
         CRpnPayload *p = RpnPool::Take();

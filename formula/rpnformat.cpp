@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <deque>
 #include <vector>
 
 namespace {
@@ -205,8 +206,13 @@ QString CRpnData::GetText(std::uint32_t flags) const
             level.entryOpen = true;
         }
         ++level.next;
-        if (holdsValues(value->m_p))
-            enter(value->m_p); // `level` is not used after this
+        const CRpnPayload *q = value->m_p;
+        if (holdsValues(q))
+            enter(q); // `level` is not used after this
+        else if (q->m_kind == RPN_REAL) // the common cells straight into the text
+            appendReal(out, q->m_real, value->GetDisplayExponent(), precisionOf(flags));
+        else if (q->m_kind == RPN_INT)
+            out += QString::number(q->m_int);
         else
             out += value->plainText(flags);
     }
@@ -214,47 +220,90 @@ QString CRpnData::GetText(std::uint32_t flags) const
     return out;
 }
 
-// The print form of a value that holds no others, at `depth`.
-QString CRpnData::formatPlain(const CMapStringToRpnData &options, int depth) const
+namespace {
+
+// What the options say for one level, read once per level rather than per element.
+struct LevelForm
+{
+    int precision;
+    bool plainReal; // REAL bit 0: no display exponent
+    bool quote;     // QUOTE bit 0
+    int max;        // MAX: elements of an array shown, 0 for all
+    QString begin, end, sep;                                        // arrays
+    QString mapBegin, mapEnd, mapSep, itemBegin, itemEnd, itemSep; // dictionaries
+};
+
+LevelForm levelForm(const CMapStringToRpnData &options, int depth)
 {
     const PrintOptions o(options, depth);
-    int precision = o.Int(QStringLiteral("PRECISION"), 16);
-    if (precision < 1 || precision > 31)
-        precision = 16;
-    const CRpnPayload *p = m_p;
+    LevelForm f;
+    f.precision = o.Int(QStringLiteral("PRECISION"), 16);
+    if (f.precision < 1 || f.precision > 31)
+        f.precision = 16;
+    f.plainReal = (o.Int(QStringLiteral("REAL"), 0) & 1) != 0;
+    f.quote = (o.Int(QStringLiteral("QUOTE"), 0) & 1) != 0;
+    f.max = o.Int(QStringLiteral("MAX"), 0);
+    f.begin = o.Text(QStringLiteral("BEGIN"), QStringLiteral("{"));
+    f.end = o.Text(QStringLiteral("END"), QStringLiteral("}"));
+    f.sep = o.Text(QStringLiteral("SEP"), QStringLiteral(","));
+    // FORMAT 2 prints nested braces; anything else one key=value; a line.
+    const bool braces = o.Int(QStringLiteral("FORMAT"), 0) == 2;
+    f.mapBegin = o.Text(QStringLiteral("BEGIN"), braces ? QStringLiteral("{") : QString());
+    f.mapEnd = o.Text(QStringLiteral("END"), braces ? QStringLiteral("}") : QString());
+    f.mapSep = o.Text(QStringLiteral("SEP"), braces ? QStringLiteral(",") : QStringLiteral("\r\n"));
+    f.itemBegin = o.Text(QStringLiteral("ITEMBEGIN"), braces ? QStringLiteral("{") : QString());
+    f.itemEnd = o.Text(QStringLiteral("ITEMEND"), braces ? QStringLiteral("}") : QStringLiteral(";"));
+    f.itemSep = o.Text(QStringLiteral("ITEMSEP"), braces ? QStringLiteral(",") : QStringLiteral("="));
+    return f;
+}
+
+int shownOf(const LevelForm &f, int count)
+{
+    return f.max != 0 && f.max < count ? std::max(f.max, 0) : count;
+}
+
+// The print form of a value that holds no others.
+QString formatPlain(const CRpnData &v, const LevelForm &f)
+{
     QString out;
-    switch (p->m_kind) {
+    switch (v.GetKind()) {
     case RPN_REAL:
-        appendReal(out, p->m_real, (o.Int(QStringLiteral("REAL"), 0) & 1) ? 0 : GetDisplayExponent(), precision);
+        appendReal(out, v.GetRealValue(), f.plainReal ? 0 : v.GetDisplayExponent(), f.precision);
         return out;
     case RPN_STRING:
-        if (o.Int(QStringLiteral("QUOTE"), 0) & 1)
-            return u'"' + p->Text() + u'"';
-        return p->Text();
+        if (f.quote)
+            return u'"' + v.GetTextValue() + u'"';
+        return v.GetTextValue();
     case RPN_ARRAY_R: {
-        const QString sep = o.Text(QStringLiteral("SEP"), QStringLiteral(","));
-        int shown = p->m_count;
-        const int max = o.Int(QStringLiteral("MAX"), 0);
-        if (max != 0 && max < shown)
-            shown = std::max(max, 0);
-        out = o.Text(QStringLiteral("BEGIN"), QStringLiteral("{"));
+        const int shown = shownOf(f, v.GetSize());
+        const double *reals = v.GetRealData();
+        out = f.begin;
         for (int i = 0; i < shown && out.size() <= RpnMaxTextLength; ++i) {
             if (i)
-                out += sep;
-            appendG(out, p->m_reals[i], precision);
+                out += f.sep;
+            appendG(out, reals[i], f.precision);
         }
-        out += o.Text(QStringLiteral("END"), QStringLiteral("}"));
+        out += f.end;
         return out;
     }
     default:
-        return GetText(std::uint32_t(precision));
+        return v.GetText(std::uint32_t(f.precision));
     }
 }
 
+} // namespace
+
 QString CRpnData::FormatValue(const CMapStringToRpnData &options, int depth) const
 {
-    if (m_p->m_kind != RPN_ARRAY && m_p->m_kind != RPN_DICTIONARY)
-        return formatPlain(options, depth);
+    // The forms of the levels met so far, from `depth` down.
+    std::deque<LevelForm> forms; // a deque: references stay valid as it grows
+    const auto formAt = [&](int level) -> const LevelForm & {
+        while (int(forms.size()) <= level - depth)
+            forms.push_back(levelForm(options, depth + int(forms.size())));
+        return forms[std::size_t(level - depth)];
+    };
+    if (!holdsValues(m_p))
+        return formatPlain(*this, formAt(depth));
 
     // As GetText, with the texts of each level from the options.
     struct Level
@@ -263,68 +312,58 @@ QString CRpnData::FormatValue(const CMapStringToRpnData &options, int depth) con
         int depth;
         int next;
         int shown;
-        QString end, sep, itemBegin, itemEnd, itemSep;
         bool entryOpen;
     };
     std::vector<Level> stack;
     QString out;
     const auto enter = [&](const CRpnPayload *p, int level) {
-        const PrintOptions o(options, level);
-        Level l{p, level, 0, 0, {}, {}, {}, {}, {}, false};
+        const LevelForm &f = formAt(level);
         if (p->m_kind == RPN_ARRAY) {
-            l.shown = p->m_count;
-            const int max = o.Int(QStringLiteral("MAX"), 0);
-            if (max != 0 && max < l.shown)
-                l.shown = std::max(max, 0);
-            out += o.Text(QStringLiteral("BEGIN"), QStringLiteral("{"));
-            l.end = o.Text(QStringLiteral("END"), QStringLiteral("}"));
-            l.sep = o.Text(QStringLiteral("SEP"), QStringLiteral(","));
+            out += f.begin;
+            stack.push_back({p, level, 0, shownOf(f, p->m_count), false});
         } else {
-            // FORMAT 2 prints nested braces; anything else one key=value; a line.
-            const bool braces = o.Int(QStringLiteral("FORMAT"), 0) == 2;
-            l.shown = p->m_map ? p->m_map->GetCount() : 0;
-            out += o.Text(QStringLiteral("BEGIN"), braces ? QStringLiteral("{") : QString());
-            l.end = o.Text(QStringLiteral("END"), braces ? QStringLiteral("}") : QString());
-            l.sep = o.Text(QStringLiteral("SEP"), braces ? QStringLiteral(",") : QStringLiteral("\r\n"));
-            l.itemBegin = o.Text(QStringLiteral("ITEMBEGIN"), braces ? QStringLiteral("{") : QString());
-            l.itemEnd = o.Text(QStringLiteral("ITEMEND"), braces ? QStringLiteral("}") : QStringLiteral(";"));
-            l.itemSep = o.Text(QStringLiteral("ITEMSEP"), braces ? QStringLiteral(",") : QStringLiteral("="));
+            out += f.mapBegin;
+            stack.push_back({p, level, 0, p->m_map ? p->m_map->GetCount() : 0, false});
         }
-        stack.push_back(std::move(l));
     };
     enter(m_p, depth);
     while (!stack.empty()) {
         if (endIfTooLong(out))
             return out;
         Level &level = stack.back();
+        const bool isArray = level.p->m_kind == RPN_ARRAY;
+        const LevelForm &f = formAt(level.depth);
         if (level.entryOpen) {
-            out += level.itemEnd;
+            out += f.itemEnd;
             level.entryOpen = false;
         }
         if (level.next == level.shown) {
-            out += level.end;
+            out += isArray ? f.end : f.mapEnd;
             stack.pop_back();
             continue;
         }
         if (level.next)
-            out += level.sep;
+            out += isArray ? f.sep : f.mapSep;
         const CRpnData *value;
-        if (level.p->m_kind == RPN_ARRAY) {
+        if (isArray) {
             value = &level.p->m_items[level.next];
         } else {
             const CMapStringToRpnData *map = level.p->m_map;
-            out += level.itemBegin;
+            out += f.itemBegin;
             out += map->GetSpelling(map->GetKeyAt(level.next));
-            out += level.itemSep;
+            out += f.itemSep;
             value = &map->GetValueAt(level.next);
             level.entryOpen = true;
         }
         ++level.next;
         const int inner = level.depth + 1;
         if (holdsValues(value->m_p))
-            enter(value->m_p, inner); // `level` is not used after this
+            enter(value->m_p, inner); // `level` and `f` are not used after this
+        else if (value->IsReal())
+            appendReal(out, value->GetRealValue(), formAt(inner).plainReal ? 0 : value->GetDisplayExponent(),
+                       formAt(inner).precision);
         else
-            out += value->formatPlain(options, inner);
+            out += formatPlain(*value, formAt(inner));
     }
     endIfTooLong(out);
     return out;
