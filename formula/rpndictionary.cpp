@@ -1,5 +1,13 @@
 #include "formula/rpndictionary.h"
 
+#include <atomic>
+
+std::uint64_t CMapStringToRpnData::NextLayout()
+{
+    static std::atomic<std::uint64_t> next{1};
+    return next.fetch_add(1, std::memory_order_relaxed);
+}
+
 CMapStringToRpnData::~CMapStringToRpnData() = default;
 
 bool CMapStringToRpnData::Lookup(const QString &key, CRpnData &value) const
@@ -26,18 +34,26 @@ CRpnData *CMapStringToRpnData::Find(const QString &key)
     return nullptr;
 }
 
-void CMapStringToRpnData::SetAt(const QString &key, const CRpnData &value)
+int CMapStringToRpnData::IndexOf(const QString &key) const
+{
+    auto it = m_index.constFind(fold(key));
+    return it == m_index.cend() ? -1 : *it;
+}
+
+int CMapStringToRpnData::SetAtIndex(const QString &key, const CRpnData &value)
 {
     const QString k = fold(key);
     auto it = m_index.constFind(k);
     if (it != m_index.cend()) {
         m_entries[std::size_t(*it)].value = value;
-        return;
+        return *it;
     }
-    m_index.insert(k, int(m_entries.size()));
+    const int at = int(m_entries.size());
+    m_index.insert(k, at);
     m_entries.push_back({k, value});
     if (!m_caseSensitive && k != key)
         m_spelling.insert(k, key);
+    return at;
 }
 
 bool CMapStringToRpnData::RemoveKey(const QString &key)
@@ -50,6 +66,7 @@ bool CMapStringToRpnData::RemoveKey(const QString &key)
     m_index.erase(it);
     m_spelling.remove(k);
     m_entries.erase(m_entries.begin() + at);
+    m_layout = NextLayout();
     for (int i = at; i < int(m_entries.size()); ++i)
         m_index[m_entries[std::size_t(i)].key] = i;
     return true;
@@ -58,6 +75,7 @@ bool CMapStringToRpnData::RemoveKey(const QString &key)
 void CMapStringToRpnData::RemoveAll()
 {
     m_entries.clear();
+    m_layout = NextLayout();
     m_index.clear();
     m_spelling.clear();
 }

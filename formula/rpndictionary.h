@@ -10,17 +10,25 @@
 //
 // Entries keep the order in which they were first set; that is the order of
 // iteration and of printing.
+//
+// An entry keeps its position while the map only grows, so that a compiled
+// variable can keep the position of its name instead of looking the name up
+// on every access.  Each map has a layout number, unique over all maps of the
+// process; it changes whenever positions may have moved (an entry removed,
+// the map emptied).  A position remembered together with the layout number is
+// valid as long as GetLayout still returns that number.
 
 #include "formula/rpndata.h"
 
 #include <QHash>
 #include <QString>
+#include <cstdint>
 #include <vector>
 
 class CMapStringToRpnData
 {
 public:
-    CMapStringToRpnData() = default;
+    CMapStringToRpnData() : m_layout(NextLayout()) {}
     CMapStringToRpnData(const CMapStringToRpnData &) = delete;
     CMapStringToRpnData &operator=(const CMapStringToRpnData &) = delete;
     virtual ~CMapStringToRpnData();
@@ -33,7 +41,13 @@ public:
     CRpnData *FindHere(const QString &key);
     // This scope, then each parent in turn; null when no scope has the key.
     CRpnData *Find(const QString &key);
-    void SetAt(const QString &key, const CRpnData &value);
+    void SetAt(const QString &key, const CRpnData &value) { SetAtIndex(key, value); }
+    // Sets the entry and returns its position.
+    int SetAtIndex(const QString &key, const CRpnData &value);
+    // The position of the key in this scope, -1 when absent.
+    int IndexOf(const QString &key) const;
+    // Changes when positions may have moved (see above); never 0.
+    std::uint64_t GetLayout() const { return m_layout; }
     bool RemoveKey(const QString &key);
     void RemoveAll();
 
@@ -52,6 +66,8 @@ public:
     CMapStringToRpnData *m_parent = nullptr; // not owned
 
 private:
+    static std::uint64_t NextLayout();
+
     struct Entry
     {
         QString key;
@@ -59,6 +75,7 @@ private:
     };
     QString fold(const QString &key) const { return m_caseSensitive ? key : key.toUpper(); }
 
+    std::uint64_t m_layout;
     std::vector<Entry> m_entries;
     QHash<QString, int> m_index;       // stored key to entry position
     QHash<QString, QString> m_spelling; // folded key to key as written (case switch off)

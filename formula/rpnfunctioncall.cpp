@@ -44,19 +44,36 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
     }
 
     // 1. The arguments, left to right; a variable given for a parameter
-    //    passed by reference is remembered for the copy back.
+    //    passed by reference is remembered for the copy back.  A few
+    //    arguments live on the stack.
     const int count = int(m_children.size());
     const int parameters = function->GetParameterCount();
-    std::vector<CRpnData> arguments(static_cast<std::size_t>(count));
-    std::vector<CNodeVariable *> byReference(std::size_t(parameters), nullptr);
+    constexpr int kInline = 8;
+    CRpnData inlineArguments[kInline];
+    std::vector<CRpnData> moreArguments;
+    CRpnData *arguments = inlineArguments;
+    if (count > kInline) {
+        moreArguments.resize(std::size_t(count));
+        arguments = moreArguments.data();
+    }
+    CNodeVariable *inlineReferences[kInline] = {};
+    std::vector<CNodeVariable *> moreReferences;
+    CNodeVariable **byReference = inlineReferences;
+    if (parameters > kInline) {
+        moreReferences.assign(std::size_t(parameters), nullptr);
+        byReference = moreReferences.data();
+    }
+    bool anyByReference = false;
     for (int i = 0; i < count; ++i) {
         CRpnNode *child = m_children[std::size_t(i)];
         if (!child)
             continue;
-        if (!EvaluateOrPass(child, arguments[std::size_t(i)], result, status))
+        if (!EvaluateOrPass(child, arguments[i], result, status))
             return;
-        if (i < parameters && function->IsByReference(i))
-            byReference[std::size_t(i)] = child->AsVariable();
+        if (i < parameters && function->IsByReference(i)) {
+            byReference[i] = child->AsVariable();
+            anyByReference = anyByReference || byReference[i];
+        }
     }
     if (owner->m_callDepth >= MaxCallDepth) {
         ReportError(status, kMsgCallsTooDeep, {m_functionName});
@@ -64,22 +81,19 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
 
-    // 2. and 3. The call's own variables: the parameters, and the owner's
-    //    main dictionary under its name.
-    CRpnData frameValue;
-    frameValue.SetDictionary();
-    CMapStringToRpnData *frame = frameValue.GetDictionary();
-    frame->m_caseSensitive = owner->m_caseSensitiveNames != 0;
-    for (int p = 0; p < parameters; ++p) {
-        const CRpnData &value = p < count ? arguments[std::size_t(p)] : function->m_defaults.value(p);
-        frame->SetAt(function->m_parameterNames[p], value);
-    }
-    frame->SetAt(owner->m_mainVariablesName, owner->GetVariablesValue());
+    // 2. and 3. The call's own variables: the parameters (their defaults
+    //    where no argument was given), and the owner's main dictionary under
+    //    its name.  The frame is one that an earlier call left, where there is one.
+    CRpnCallFrame *frame = function->TakeFrame();
+    for (int p = 0; p < parameters; ++p)
+        frame->SetSlot(p, p < count ? arguments[p] : function->m_defaults.value(p));
+    if (function->GetMainSlot() >= 0)
+        frame->SetSlot(function->GetMainSlot(), owner->GetVariablesValue());
 
-    // 4. to 6. The body runs with that scope; an exception ends the call
+    // 4. to 6. The body runs with that frame; an exception ends the call
     //    with status 0.
-    CMapStringToRpnData *outerScope = owner->m_callScope;
-    owner->m_callScope = frame;
+    CRpnCallFrame *outerFrame = owner->m_callFrame;
+    owner->m_callFrame = frame;
     ++owner->m_callDepth;
     unsigned char callStatus = 1;
     CRpnData value;
@@ -90,7 +104,7 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
             callStatus = 0;
     }
     --owner->m_callDepth;
-    owner->m_callScope = outerScope;
+    owner->m_callFrame = outerFrame;
     if (callStatus == 10)
         callStatus = 1;
 
@@ -107,14 +121,18 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
     }
 
     // 8. Parameters passed by reference go back, also after an error.
-    for (int p = 0; p < parameters; ++p) {
-        if (CNodeVariable *variable = byReference[std::size_t(p)]) {
-            CRpnData local;
-            frame->Lookup(function->m_parameterNames[p], local);
-            unsigned char copyStatus = 1;
-            variable->SetValue(local, copyStatus);
+    if (anyByReference) {
+        for (int p = 0; p < parameters; ++p) {
+            if (CNodeVariable *variable = byReference[p]) {
+                CRpnData local;
+                if (const CRpnData *slot = frame->Slot(p))
+                    local = *slot;
+                unsigned char copyStatus = 1;
+                variable->SetValue(local, copyStatus);
+            }
         }
     }
+    function->GiveBackFrame(frame);
     if (callStatus != 1)
         result.SetNull();
     else

@@ -5,6 +5,7 @@
 #include "formula/rpnbuffer.h"
 #include "formula/rpndictionary.h"
 #include "formula/rpntree.h"
+#include "formula/rpnuserfunction.h"
 
 #include <cmath>
 
@@ -75,6 +76,8 @@ CRpnNode *CNodeVariable::Clone(CEquationTree *tree, int position, int row, int c
     node->m_name = m_name;
     node->m_note = m_note;
     node->m_marks = m_marks;
+    node->m_slot = m_slot;
+    node->m_slotFunction = m_slotFunction;
     return node;
 }
 
@@ -88,29 +91,47 @@ void CNodeVariable::SerializeNode(CRpnBuffer &buffer)
     buffer.Transfer(m_marks);
 }
 
-// The value from the places that hold values without a getter: the running
-// call's scope, or the locals, then the main dictionary.
-bool CNodeVariable::lookUp(CRpnData &value)
+CRpnData *CNodeVariable::mainEntry(CMapStringToRpnData *main)
+{
+    if (m_mainLayout == main->GetLayout())
+        return &main->GetValueAt(m_mainIndex);
+    const int at = main->IndexOf(m_name);
+    if (at < 0)
+        return nullptr;
+    m_mainLayout = main->GetLayout();
+    m_mainIndex = at;
+    return &main->GetValueAt(at);
+}
+
+CRpnData *CNodeVariable::FindStorage()
 {
     CEquationTree *tree = m_tree;
-    if (CMapStringToRpnData *scope = tree->GetCallScope()) {
-        if (CRpnData *slot = scope->Find(m_name)) {
-            value = *slot;
-            return true;
-        }
-        return false;
+    if (!tree || IsConstant() || m_column)
+        return nullptr;
+    if (CRpnCallFrame *frame = tree->GetCallFrame()) {
+        if (m_slotFunction == frame->GetFunction() && m_slot >= 0)
+            return frame->Slot(m_slot);
+        return frame->Find(m_name);
     }
+    if (tree->m_getVariable)
+        return nullptr;
     if (CMapStringToRpnData *locals = tree->GetLocalVariables()) {
-        if (CRpnData *slot = locals->Find(m_name)) {
-            value = *slot;
-            return true;
-        }
+        if (CRpnData *slot = locals->Find(m_name))
+            return slot;
     }
-    if (CRpnData *slot = tree->GetVariables()->FindHere(m_name)) {
+    return mainEntry(tree->GetVariables());
+}
+
+// The value from the places that hold values without a getter: the running
+// call's frame, or the locals, then the main dictionary.
+bool CNodeVariable::lookUp(CRpnData &value)
+{
+    if (CRpnData *slot = FindStorage()) {
         value = *slot;
         return true;
     }
-    if (m_name == tree->m_mainVariablesName) {
+    CEquationTree *tree = m_tree;
+    if (!tree->GetCallFrame() && m_name == tree->m_mainVariablesName) {
         value = tree->GetVariablesValue();
         return true;
     }
@@ -132,7 +153,7 @@ bool CNodeVariable::GetValue(CRpnData &value)
         return true;
     }
     CEquationTree *tree = m_tree;
-    if (tree->m_getVariable && !tree->GetCallScope()) {
+    if (tree->m_getVariable && !tree->GetCallFrame()) {
         int found = 1;
         tree->m_getVariable(value, m_index, tree->m_rowIndex, tree->m_runData1, tree->m_runData2, this,
                             m_name, found);
@@ -150,7 +171,7 @@ void CNodeVariable::unknown(CRpnData &result, unsigned char &status)
         return;
     // Without a getter a name nothing holds yet is simply empty; a getter
     // (the host's, or the scope of a function call) knows all names there are.
-    if (!m_tree->m_getVariable && !m_tree->GetCallScope())
+    if (!m_tree->m_getVariable && !m_tree->GetCallFrame())
         return;
     m_tree->ReportError(status, kMsgUnknownVariable, {m_name, SourceExcerpt()}, m_name, m_row, m_col);
 }
@@ -202,8 +223,11 @@ CRpnData CNodeVariable::SetValue(const CRpnData &value, int row, unsigned char &
     CEquationTree *tree = m_tree;
     if (!tree || IsConstant())
         return m_value;
-    if (CMapStringToRpnData *scope = tree->GetCallScope()) {
-        scope->SetAt(m_name, value);
+    if (CRpnCallFrame *frame = tree->GetCallFrame()) {
+        if (m_slotFunction == frame->GetFunction() && m_slot >= 0)
+            frame->SetSlot(m_slot, value);
+        else
+            frame->Set(m_name, value);
         return m_value;
     }
     if (tree->m_setVariable) {
@@ -216,7 +240,13 @@ CRpnData CNodeVariable::SetValue(const CRpnData &value, int row, unsigned char &
             return m_value;
         }
     }
-    tree->GetVariables()->SetAt(m_name, value);
+    CMapStringToRpnData *main = tree->GetVariables();
+    if (CRpnData *entry = mainEntry(main)) {
+        *entry = value;
+        return m_value;
+    }
+    m_mainIndex = main->SetAtIndex(m_name, value);
+    m_mainLayout = main->GetLayout();
     return m_value;
 }
 

@@ -8,6 +8,8 @@
 #include <vector>
 
 struct CRpnColumnBinding;
+class CMapStringToRpnData;
+class CRpnUserFunction;
 
 // Class numbers of the nodes of the language core.
 enum RpnNodeKind : int {
@@ -118,6 +120,12 @@ public:
 // bound to the name (CEquationTree::BindColumn); the variables of a running
 // user function; the host's getter; the locals given to Compile, then the
 // tree's main dictionary.  The value read last is kept in m_value.
+//
+// The name is looked up once, not on every access: inside a function body
+// the node holds its slot in the call's frame (fixed when the body is
+// compiled), and in the main text it remembers the position of its entry in
+// the main dictionary with the dictionary's layout number, and looks the name
+// up again only when that number has changed or the name was not there.
 class CNodeVariable : public CNodeConstant
 {
 public:
@@ -161,8 +169,22 @@ public:
     // A column bound by the host, found when the binding was made.
     const CRpnColumnBinding *m_column = nullptr;
 
+    // The slot in the frame of a call of m_slotFunction (-1: none).
+    int m_slot = -1;
+    const CRpnUserFunction *m_slotFunction = nullptr;
+
+    // Where the value lives now: the slot of the running call, or the entry
+    // in the main dictionary; null when no place holds the name (a getter's
+    // or a column's variable has none).
+    CRpnData *FindStorage();
+
 private:
+    // The remembered entry of the main dictionary (layout 0: none).
+    std::uint64_t m_mainLayout = 0;
+    int m_mainIndex = -1;
+
     bool lookUp(CRpnData &value);
+    CRpnData *mainEntry(CMapStringToRpnData *main);
     void unknown(CRpnData &result, unsigned char &status);
 };
 

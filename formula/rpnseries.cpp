@@ -105,7 +105,7 @@ bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
         }
         if (!variable->m_column) {
             CEquationTree *tree = variable->m_tree;
-            if (!tree || !tree->m_getVariable || tree->GetCallScope())
+            if (!tree || !tree->m_getVariable || tree->GetCallFrame())
                 return false;
             m_getter = reinterpret_cast<void *>(tree->m_getVariable);
             out = {Operand::Host, int(m_hostVariables.size()), 0.0, true};

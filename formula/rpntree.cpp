@@ -114,6 +114,7 @@ int CEquationTree::Compile(const QString &text, CMapStringToRpnData *localVariab
             clear();
             return 0;
         }
+        record->BindSlots(m_caseSensitiveNames != 0);
     }
     CRpnParser parser(this, localVariables, allowNewVariables, false, outVariableNames);
     CRpnNode *root = parser.Parse(items);
@@ -146,6 +147,39 @@ void CEquationTree::SetRoot(CRpnNode *root)
     });
     PrepareFastPath(m_root);
     bindColumns();
+}
+
+CRpnData *CEquationTree::FindVariable(const QString &name)
+{
+    if (m_callFrame)
+        return m_callFrame->Find(name);
+    if (m_getVariable)
+        return nullptr;
+    if (m_locals) {
+        if (CRpnData *value = m_locals->Find(name))
+            return value;
+    }
+    return GetVariables()->FindHere(name);
+}
+
+bool CEquationTree::SetVariable(const QString &name, const CRpnData &value)
+{
+    if (m_callFrame) {
+        m_callFrame->Set(name, value);
+        return true;
+    }
+    if (m_setVariable) {
+        m_setVariable(value, -1, m_rowIndex, m_runData1, m_runData2, nullptr, name, 0.0);
+        return false;
+    }
+    if (m_locals) {
+        if (CRpnData *slot = m_locals->Find(name)) {
+            *slot = value;
+            return true;
+        }
+    }
+    GetVariables()->SetAt(name, value);
+    return true;
 }
 
 CRpnNode *CEquationTree::TakeRoot()

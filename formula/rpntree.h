@@ -36,6 +36,7 @@ class CRpnBuffer;
 class CRpnUserFunction;
 class CEquationTree;
 class CRpnSeriesProgram;
+class CRpnCallFrame;
 
 // The host's variables.  The getter fills `result` and clears `found` when it
 // does not know the name; `node` may be null.  The setter receives the new
@@ -185,8 +186,17 @@ public:
     // main dictionary (formulas see the variables of the tree that made them).
     void CopySettingsFrom(const CEquationTree &other);
 
-    // The scope of the user function that runs now (null outside calls).
-    CMapStringToRpnData *GetCallScope() const { return m_callScope; }
+    // The frame of the user function that runs now (null outside calls).
+    CRpnCallFrame *GetCallFrame() const { return m_callFrame; }
+
+    // A variable by name, as a text evaluated at run time sees it: in the
+    // running call's frame, else (without a host getter) in the locals given
+    // to Compile, then in the main dictionary.  Null when no place holds it.
+    CRpnData *FindVariable(const QString &name);
+    // Sets a variable by name in the same places; a new name is made in the
+    // running call's frame, or else in the main dictionary.  False when the
+    // host's setter holds the variables (it is then called instead).
+    bool SetVariable(const QString &name, const CRpnData &value);
 
     // The tree's lock, for formula values shared between runs.
     CMyCriticalSection &GetLock() { return m_lock; }
@@ -259,7 +269,7 @@ private:
     void bindColumns();
     CRpnData m_variables;                  // always a DICTIONARY
     CMapStringToRpnData *m_locals = nullptr; // from Compile, not owned
-    CMapStringToRpnData *m_callScope = nullptr;
+    CRpnCallFrame *m_callFrame = nullptr;
     int m_callDepth = 0;
     std::atomic<int> m_stop{0};
     QHash<QString, CRpnUserFunction *> m_functions;

@@ -239,6 +239,7 @@ bool CEquationTree::Serialize(CRpnBuffer &buffer)
     };
     for (CRpnUserFunction *f : std::as_const(m_functions)) {
         WalkTree(f->m_body, bindCalls);
+        f->BindSlots(m_caseSensitiveNames != 0);
         PrepareFastPath(f->m_body);
     }
     WalkTree(root, bindCalls);

@@ -1,8 +1,111 @@
 #include "formula/rpnuserfunction.h"
 
-#include "formula/rpnnode.h"
+#include "formula/rpndictionary.h"
+#include "formula/rpnnodes.h"
+#include "formula/rpntree.h"
+
+// --- CRpnCallFrame ---------------------------------------------------------------------
+
+CRpnCallFrame::CRpnCallFrame(const CRpnUserFunction *function)
+    : m_function(function), m_slots(std::size_t(function->GetSlotCount())),
+      m_set(std::size_t(function->GetSlotCount()), 0)
+{
+}
+
+CRpnCallFrame::~CRpnCallFrame() = default;
+
+CRpnData *CRpnCallFrame::Find(const QString &name)
+{
+    const int slot = m_function->SlotOf(name);
+    if (slot >= 0)
+        return Slot(slot);
+    return m_extra ? m_extra->FindHere(name) : nullptr;
+}
+
+void CRpnCallFrame::Set(const QString &name, const CRpnData &value)
+{
+    const int slot = m_function->SlotOf(name);
+    if (slot >= 0) {
+        SetSlot(slot, value);
+        return;
+    }
+    if (!m_extra) {
+        m_extra = std::make_unique<CMapStringToRpnData>();
+        m_extra->m_caseSensitive = !m_function->m_owner || m_function->m_owner->m_caseSensitiveNames != 0;
+    }
+    m_extra->SetAt(name, value);
+}
+
+void CRpnCallFrame::Clear()
+{
+    // The values go now, not when the frame is next used: an array that a
+    // finished call held must not stay shared (an assignment would copy it).
+    static thread_local const CRpnData empty;
+    for (std::size_t i = 0; i < m_slots.size(); ++i) {
+        if (m_set[i]) {
+            m_slots[i] = empty;
+            m_set[i] = 0;
+        }
+    }
+    m_extra.reset();
+}
+
+// --- CRpnUserFunction --------------------------------------------------------------------
 
 CRpnUserFunction::~CRpnUserFunction()
 {
     delete m_body;
+}
+
+int CRpnUserFunction::SlotOf(const QString &name) const
+{
+    return m_slotIndex.value(key(name), -1);
+}
+
+void CRpnUserFunction::BindSlots(bool caseSensitive)
+{
+    m_caseSensitive = caseSensitive;
+    m_slotNames.clear();
+    m_slotIndex.clear();
+    m_spareFrames.clear();
+    auto add = [this](const QString &name) {
+        const QString k = key(name);
+        auto it = m_slotIndex.constFind(k);
+        if (it != m_slotIndex.cend())
+            return *it;
+        const int slot = int(m_slotNames.size());
+        m_slotNames.append(k);
+        m_slotIndex.insert(k, slot);
+        return slot;
+    };
+    // The parameters take the first slots, one each, in their order.
+    for (const QString &parameter : std::as_const(m_parameterNames)) {
+        const QString k = key(parameter);
+        if (!m_slotIndex.contains(k))
+            m_slotIndex.insert(k, int(m_slotNames.size()));
+        m_slotNames.append(k);
+    }
+    WalkTree(m_body, [&](CRpnNode *node) {
+        if (CNodeVariable *variable = node->AsVariable(); variable && !variable->IsConstant()) {
+            variable->m_slot = add(variable->m_name);
+            variable->m_slotFunction = this;
+        }
+        return 0;
+    });
+    m_mainSlot = m_owner ? SlotOf(m_owner->m_mainVariablesName) : -1;
+}
+
+CRpnCallFrame *CRpnUserFunction::TakeFrame()
+{
+    if (m_spareFrames.empty())
+        return new CRpnCallFrame(this);
+    CRpnCallFrame *frame = m_spareFrames.back().release();
+    m_spareFrames.pop_back();
+    return frame;
+}
+
+void CRpnUserFunction::GiveBackFrame(CRpnCallFrame *frame)
+{
+    frame->Clear();
+    m_spareFrames.emplace_back(frame);
 }

@@ -5,13 +5,55 @@
 
 #include "formula/rpndata.h"
 
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 class CRpnNode;
 class CEquationTree;
+class CMapStringToRpnData;
+class CRpnUserFunction;
+
+// The variables of one running call.  Every name the body uses has a slot,
+// fixed when the body is compiled: the parameters first, in their order,
+// then the other names in the order of their first appearance.  A slot is
+// either set or not (a name the call has not assigned yet is unknown).
+// Names that the body does not hold and that come into being while it runs
+// (made by the host or by a text evaluated at run time) go to a dictionary
+// of their own, made on first need.
+class CRpnCallFrame
+{
+public:
+    explicit CRpnCallFrame(const CRpnUserFunction *function);
+    ~CRpnCallFrame();
+    CRpnCallFrame(const CRpnCallFrame &) = delete;
+    CRpnCallFrame &operator=(const CRpnCallFrame &) = delete;
+
+    const CRpnUserFunction *GetFunction() const { return m_function; }
+    // Slot i, or null while it is not set.
+    CRpnData *Slot(int i) { return m_set[std::size_t(i)] ? &m_slots[std::size_t(i)] : nullptr; }
+    void SetSlot(int i, const CRpnData &value)
+    {
+        m_slots[std::size_t(i)] = value;
+        m_set[std::size_t(i)] = 1;
+    }
+    // By name: the slots, then the names made at run time; null when unknown.
+    CRpnData *Find(const QString &name);
+    void Set(const QString &name, const CRpnData &value);
+    // Unsets every slot and forgets the names made at run time, so that the
+    // frame can serve the next call.
+    void Clear();
+
+private:
+    const CRpnUserFunction *m_function;
+    std::vector<CRpnData> m_slots;
+    std::vector<unsigned char> m_set;
+    std::unique_ptr<CMapStringToRpnData> m_extra;
+};
 
 class CRpnUserFunction
 {
@@ -26,10 +68,32 @@ public:
     int GetParameterCount() const { return int(m_parameterNames.size()); }
     bool IsByReference(int i) const { return (m_parameterFlags.value(i) & ParamByReference) != 0; }
 
+    // The slot of a name in the call's frame, -1 when the body has no such
+    // name.  The name is compared as the owner tree's case mode says.
+    int SlotOf(const QString &name) const;
+    // Gives slots to all variables of the body (after compiling or reading it).
+    void BindSlots(bool caseSensitive);
+    int GetSlotCount() const { return int(m_slotNames.size()); }
+    int GetMainSlot() const { return m_mainSlot; }
+
+    // A frame for a call: a spare one left by an earlier call, or a new one.
+    // A recursion deep n keeps n frames for the calls to come.
+    CRpnCallFrame *TakeFrame();
+    void GiveBackFrame(CRpnCallFrame *frame);
+
     QString m_name;
     QStringList m_parameterNames;
     QList<CRpnData> m_defaults;         // the null value where none was written
     QList<std::uint32_t> m_parameterFlags;
     CRpnNode *m_body = nullptr;         // owned
     CEquationTree *m_owner = nullptr;   // not owned
+
+private:
+    QString key(const QString &name) const { return m_caseSensitive ? name : name.toUpper(); }
+
+    QStringList m_slotNames;            // stored as key() gives them
+    QHash<QString, int> m_slotIndex;
+    int m_mainSlot = -1;                // the slot of "MainVariables", if the body names it
+    bool m_caseSensitive = true;
+    std::vector<std::unique_ptr<CRpnCallFrame>> m_spareFrames;
 };

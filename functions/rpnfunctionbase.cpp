@@ -6,6 +6,7 @@
 #include "formula/rpnformulavalue.h"
 #include "formula/rpntree.h"
 
+#include <cmath>
 #include <new>
 
 namespace {
@@ -96,6 +97,41 @@ void ReportFunctionFailure(CRpnNode *node, unsigned char &status, const QString 
 void ReportFunctionText(CRpnNode *node, unsigned char &status, const QString &text, bool withName)
 {
     ReportRpnError(node->m_tree, status, text, withName ? node->GetName() : QString(), node->m_row, node->m_col);
+}
+
+namespace {
+constexpr int kMsgTooManyCells = 43310;
+constexpr int kMsgMissingParameter = 43311;
+constexpr int kMsgNoMemory = 43314;
+
+QString countText(double cells)
+{
+    if (std::isnan(cells))
+        return QStringLiteral("NaN");
+    if (std::isinf(cells))
+        return QStringLiteral("infinitely many");
+    return QString::number(cells, 'g', 16);
+}
+} // namespace
+
+void ReportMissingParameter(CRpnNode *node, unsigned char &status, int oneBased)
+{
+    ReportFunctionText(node, status, RpnMessage(kMsgMissingParameter, {node->GetName(), oneBased}));
+}
+
+bool CheckArrayCells(CRpnNode *node, unsigned char &status, double cells, bool reals)
+{
+    const std::int64_t most = reals ? RpnMaxRealArrayCells : RpnMaxArrayCells;
+    if (cells <= double(most))
+        return true;
+    ReportFunctionText(node, status,
+                       RpnMessage(kMsgTooManyCells, {node->GetName(), countText(cells), std::int64_t(most)}));
+    return false;
+}
+
+void ReportOutOfMemory(CRpnNode *node, unsigned char &status, double cells)
+{
+    ReportFunctionText(node, status, RpnMessage(kMsgNoMemory, {node->GetName(), countText(cells)}));
 }
 
 // --- arguments ------------------------------------------------------------------------------

@@ -63,6 +63,22 @@ void ReportFunctionFailure(CRpnNode *node, unsigned char &status, const QString 
 // `withName` false the token stays empty.
 void ReportFunctionText(CRpnNode *node, unsigned char &status, const QString &text, bool withName = true);
 
+// A call that reads a parameter it was not given (Replace with an odd pair,
+// RemoveCell without its index): the message names the function and the
+// 1-based parameter.
+void ReportMissingParameter(CRpnNode *node, unsigned char &status, int oneBased);
+
+// The most cells one array may have: value arrays hold a handle and a
+// record per cell, real arrays a double.  Larger requests are refused with a
+// message that names the function, instead of exhausting the memory.
+inline constexpr std::int64_t RpnMaxArrayCells = std::int64_t(1) << 24;
+inline constexpr std::int64_t RpnMaxRealArrayCells = std::int64_t(1) << 27;
+// True when `cells` (a count that may be fractional, huge, infinite or NaN)
+// fits; otherwise the refusal is reported and false returned.
+bool CheckArrayCells(CRpnNode *node, unsigned char &status, double cells, bool reals);
+// The refusal of an allocation that failed although the count was allowed.
+void ReportOutOfMemory(CRpnNode *node, unsigned char &status, double cells);
+
 // --- arguments ----------------------------------------------------------------------------
 
 // Reads one argument into `map`: a named parameter `name = value` (the name
@@ -70,6 +86,20 @@ void ReportFunctionText(CRpnNode *node, unsigned char &status, const QString &te
 // entries are all taken over, or nothing for any other value.  With
 // `upperNames` the names are made upper case.  The status is the children's.
 void ReadNamedParam(CRpnNode *node, CMapStringToRpnData &map, unsigned char &status, bool upperNames);
+
+// Evaluates argument i of a list-shaped call into `value`.  False when the
+// call must end at once with `result` as left here: null after a failure,
+// the argument's value while a `return` unwinds or a stop is asked.  A
+// missing child counts as null.
+inline bool EvaluateArgument(CRpnNodeList *node, int i, CRpnData &value, CRpnData &result, unsigned char &status)
+{
+    CRpnNode *child = node->m_children[std::size_t(i)];
+    if (!child) {
+        value.SetNull();
+        return true;
+    }
+    return node->EvaluateOrPass(child, value, result, status);
+}
 
 // Parameters passed by reference: a built-in that writes back into its
 // argument tests the argument's source form.  True when `argument` is a

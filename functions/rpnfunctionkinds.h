@@ -1,7 +1,7 @@
 #pragma once
-// Class numbers of the numeric function nodes.  Saved trees name node
-// classes by these numbers, so a number, once given, never changes.  pow,
-// mod and pwr (39, 40, 42) are operators of the language core.
+// Class numbers of the function nodes.  Saved trees name node classes by
+// these numbers, so a number, once given, never changes.  pow, mod and pwr
+// (39, 40, 42) are operators of the language core.
 
 enum RpnFunctionKind : int {
     RPN_NODE_SQRT = 37,
@@ -43,4 +43,39 @@ enum RpnFunctionKind : int {
     RPN_NODE_AVGX = 313,
     RPN_NODE_INTEGRAL = 314,
     RPN_NODE_HIPASS = 315,
+
+    // Conversions between texts and values.
+    RPN_NODE_TO_VALUE = 121,
+    RPN_NODE_TO_STRING = 122,
+    RPN_NODE_TO_STRING2 = 130,
+
+    // Arrays.
+    RPN_NODE_NEW_ARRAY = 123,
+    RPN_NODE_NEW_LOG_ARRAY = 124,
+    RPN_NODE_NEW_ARRAY_DOUBLE = 125,
+    RPN_NODE_SIZE_OF = 126,
+    RPN_NODE_ADD_TO_ARRAY = 127,
+    RPN_NODE_COPY = 128,
+    RPN_NODE_APPEND_ARRAY = 129,
+    RPN_NODE_REMOVE_CELL = 131,
+    RPN_NODE_FIND_NEXT = 171,
+
+    // Texts.
+    RPN_NODE_REPLACE = 160,
+    RPN_NODE_SPLIT = 161,
+    RPN_NODE_SPLIT2 = 162,
+    RPN_NODE_FIND = 163,
+    RPN_NODE_FIND_REVERSE = 164,
+    RPN_NODE_SUBSTR = 165,
+    RPN_NODE_TRIM = 166,
+    RPN_NODE_TRIM_LEFT = 167,
+    RPN_NODE_TRIM_RIGHT = 168,
+    RPN_NODE_MAKE_UPPER = 169,
+    RPN_NODE_MAKE_LOWER = 170,
+
+    // Dictionaries.
+    RPN_NODE_NEW_DICTIONARY = 220,
+    RPN_NODE_DICT_SET = 221,
+    RPN_NODE_DICT_GET = 222,
+    RPN_NODE_DICT_TO_ARRAY = 223,
 };

@@ -2,10 +2,14 @@
 
 #include "functions/rpnfunctions.h"
 
+#include "functions/rpnarrayfunctions.h"
 #include "functions/rpncomplexfunctions.h"
+#include "functions/rpnconversions.h"
+#include "functions/rpndictionaryfunctions.h"
 #include "functions/rpnlistfunctions.h"
 #include "functions/rpnrealfunctions.h"
 #include "functions/rpnsampling.h"
+#include "functions/rpnstringfunctions.h"
 #include "formula/rpnkeywords.h"
 #include "formula/rpnprototypes.h"
 
@@ -21,5 +25,9 @@ void RegisterFunctionLibrary()
         AddPrototypeProvider(ProvideComplexFunctions);
         AddPrototypeProvider(ProvideListFunctions);
         AddPrototypeProvider(ProvideSamplingFunctions);
+        AddPrototypeProvider(ProvideArrayFunctions);
+        AddPrototypeProvider(ProvideStringFunctions);
+        AddPrototypeProvider(ProvideDictionaryFunctions);
+        AddPrototypeProvider(ProvideConversionFunctions);
     });
 }

@@ -17,6 +17,30 @@ bool clip(const CGraphColumn *column, int &first, int &last)
     return first <= last;
 }
 
+// Bisects an ascending column over its valid rows: the row after the last
+// valid row of first..last for which `before` holds (or `first` when there
+// is none).  Invalid rows are stepped over towards the upper end, so a run
+// of them costs its length only when a probe lands in it.
+template <class Before>
+int validBoundary(const CGraphColumn *column, int first, int last, Before before)
+{
+    const double *v = column->m_values;
+    const std::uint8_t *valid = column->m_valid;
+    int lo = first, hi = last + 1;
+    // Valid rows in first..lo-1 are before, valid rows in hi..last are not.
+    while (lo < hi) {
+        const int mid = lo + (hi - lo) / 2;
+        int probe = mid;
+        while (probe < hi && valid[probe] != 1)
+            ++probe;
+        if (probe < hi && before(v[probe]))
+            lo = probe + 1;
+        else
+            hi = mid;
+    }
+    return lo;
+}
+
 } // namespace
 
 int FirstAtOrAfter(const CGraphColumn *column, double x, int first, int last, bool ordered)
@@ -24,16 +48,9 @@ int FirstAtOrAfter(const CGraphColumn *column, double x, int first, int last, bo
     if (!clip(column, first, last))
         return first < 0 ? 0 : first;
     const double *v = column->m_values;
-    if (ordered && !column->m_hasInvalid) {
-        // first row whose value is not below x
-        int lo = first, hi = last + 1;
-        while (lo < hi) {
-            const int mid = lo + (hi - lo) / 2;
-            if (v[mid] < x)
-                lo = mid + 1;
-            else
-                hi = mid;
-        }
+    if (ordered) {
+        // lo - 1 is the last valid row below x
+        const int lo = validBoundary(column, first, last, [x](double value) { return value < x; });
         return lo > last ? last : lo;
     }
     int below = -1;
@@ -51,17 +68,14 @@ int LastAtOrBefore(const CGraphColumn *column, double x, int first, int last, bo
     if (!clip(column, first, last))
         return first < 0 ? 0 : first;
     const double *v = column->m_values;
-    if (ordered && !column->m_hasInvalid) {
-        // first row whose value is above x, minus one
-        int lo = first, hi = last + 1;
-        while (lo < hi) {
-            const int mid = lo + (hi - lo) / 2;
-            if (v[mid] <= x)
-                lo = mid + 1;
-            else
-                hi = mid;
-        }
-        return lo - 1 < first ? first : lo - 1;
+    if (ordered) {
+        // the first valid row from lo on is the first one above x
+        int above = validBoundary(column, first, last, [x](double value) { return value <= x; });
+        while (above <= last && column->m_valid[above] != 1)
+            ++above;
+        if (above > last)
+            return last;
+        return above - 1 < first ? first : above - 1;
     }
     int above = -1;
     for (int i = last; i >= first; --i) {

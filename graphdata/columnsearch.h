@@ -5,9 +5,9 @@
 class CGraphColumn;
 
 // The row after the last valid row first..last whose value is below x, or
-// `first` when none is below x; never past `last`.  On a column in ascending
-// order pass ordered = true to bisect instead of walking (a column with
-// invalid rows is walked anyway).
+// `first` when none is below x; never past `last`.  On a column whose valid
+// rows are in ascending order pass ordered = true to bisect instead of
+// walking; the rows that are not valid may lie anywhere.
 int FirstAtOrAfter(const CGraphColumn *column, double x, int first, int last, bool ordered = false);
 
 // The mirror: the row before the first valid row first..last whose value is

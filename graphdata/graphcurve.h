@@ -185,6 +185,13 @@ public:
     // code; the X extent in spectrum mode comes from them.
     CGraphColumnPtr m_frequencyColumn;
     CGraphColumnPtr m_frequencyLogColumn;
+    // Spectrum settings: the span of X (0 and 0: the whole extent), the
+    // transform length, the even grid, and the guard that keeps a second
+    // transform from starting while one runs (graphdata/spectrum).
+    double m_spectrumStart = 0, m_spectrumEnd = 0;
+    std::int32_t m_spectrumLength = 0;
+    CGraphColumnPtr m_resampledX;
+    std::int32_t m_spectrumRunning = 0;
     // The two cursor positions in X, converted when the X axis changes
     // between linear and log.
     double m_cursorX[2] = {0, 0};

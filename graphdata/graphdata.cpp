@@ -293,6 +293,8 @@ int CGraphData_Data::AppendRows(const double *values, const std::uint8_t *validB
                         if (b == 1) {
                             lo = v < lo ? v : lo;
                             hi = v > hi ? v : hi;
+                        } else {
+                            column->m_hasInvalid = 1;
                         }
                     }
                 } else {

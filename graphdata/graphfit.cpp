@@ -2,6 +2,7 @@
 // Y ranges with their ticks, and the extent of the curves on a Y axis.
 #include "graphdata/graphcurve.h"
 
+#include "graphdata/axisrange.h"
 #include "graphdata/axisscale.h"
 #include "graphdata/columnscan.h"
 #include "graphdata/columnsearch.h"
@@ -12,15 +13,6 @@
 #include <cstring>
 
 namespace {
-
-// Equal in their six most significant bytes: near-equal doubles count as equal.
-bool nearlyEqual(double a, double b)
-{
-    std::uint64_t x, y;
-    std::memcpy(&x, &a, sizeof x);
-    std::memcpy(&y, &b, sizeof y);
-    return (x >> 16) == (y >> 16);
-}
 
 struct Extent
 {
@@ -112,7 +104,7 @@ void CGraphCurve::FitX(bool logX)
     }
 
     double lo = extent.min, hi = extent.max;
-    if (nearlyEqual(lo, hi)) {
+    if (NearlyEqualEnds(lo, hi)) {
         if (lo == 0) {
             lo = 0;
             hi = 0.1;
@@ -147,29 +139,21 @@ void CGraphCurve::SetXRange(bool fromData, bool clip, double min, double max, do
         min = m_xFullMin;
         max = m_xFullMax;
     }
-    if (min > max)
-        std::swap(min, max);
-    if (nearlyEqual(min, max)) {
-        if (min == 0) {
-            min = -0.9;
-            max = 0.1;
-        } else {
-            const double v = min;
-            min = 0.9 * v;
-            max = 1.1 * v;
-            if (min > max)
-                std::swap(min, max);
-        }
-    }
+    SpreadEqualEnds(min, max, AxisKind::X);
     if (clip) {
         min = std::max(min, m_xFullMin);
         max = std::min(max, m_xFullMax);
     }
+    const bool log = m_xLog != 0;
+    if (log && fromData)
+        LogDecadeEnds(min, max);
     if (m_xAxisFlags & CGraph_Range::AxisDateDays) {
         tick = DateAxisStep(max - min);
     } else if (!(useTick && tick > 0)) {
-        if (autoTick || !(m_xTick > 0))
-            tick = NiceStepX(max, min);
+        if (log)
+            tick = 1; // decades; the linear nice step would add an empty one
+        else if (autoTick || !(m_xTick > 0))
+            tick = NiceStep(max, min, AxisKind::X);
         else
             tick = m_xTick;
     }
@@ -188,22 +172,19 @@ void CGraphCurve::SetYRange(int axis, bool fromData, bool clip, double min, doub
         min = range->m_fullMin;
         max = range->m_fullMax;
     }
-    if (min > max)
-        std::swap(min, max);
-    if (nearlyEqual(min, max) && min != 0) {
-        const double v = min;
-        min = 0.9 * v;
-        max = 1.1 * v;
-        if (min > max)
-            std::swap(min, max);
-    }
+    SpreadEqualEnds(min, max, AxisKind::Y);
     if (clip) {
         min = std::max(min, range->m_fullMin);
         max = std::min(max, range->m_fullMax);
     }
+    const bool log = range->m_logScale != 0 && range->m_dbScale == 0;
+    if (log && fromData)
+        LogDecadeEnds(min, max);
     if (!(useTick && tick > 0)) {
-        if (autoTick || !(range->m_tick > 0))
-            tick = NiceStepY(max, min);
+        if (log)
+            tick = 1;
+        else if (autoTick || !(range->m_tick > 0))
+            tick = NiceStep(max, min, AxisKind::Y);
         else
             tick = range->m_tick;
     }

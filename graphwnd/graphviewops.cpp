@@ -1,17 +1,15 @@
 #include "graphwnd/graphviewops.h"
 
+#include "graphdata/axisrange.h"
 #include "graphdata/axisscale.h"
 
 #include <cmath>
 
 namespace {
 
-double tickOrNice(double low, double high, bool log, bool yAxis)
+bool isLog(const CGraph_Range &r)
 {
-    if (log)
-        return 1;
-    double a = high, b = low;
-    return yAxis ? NiceStepY(a, b) : NiceStepX(a, b);
+    return r.m_logScale != 0 && r.m_dbScale == 0;
 }
 
 double steps(double low, double high, double tick)
@@ -75,32 +73,17 @@ void RestoreView(CGraphCurve &g, const CViewRanges &v)
     }
 }
 
-void WidenByTenth(double &low, double &high)
-{
-    const double span = (high - low) / 10;
-    double h = high + span, l = low - span;
-    if (std::fpclassify(h) == FP_SUBNORMAL)
-        h = 0;
-    if (std::fpclassify(l) == FP_SUBNORMAL)
-        l = 0;
-    if (!std::isfinite(h) || !std::isfinite(l))
-        return;
-    high = h;
-    low = l;
-}
-
 CStepCounts UpdateView(CGraphCurve &g)
 {
     CStepCounts counts;
     g.FitX(g.m_xLog != 0);
     if (g.m_xFullMin < g.m_xViewMin || g.m_xFullMax > g.m_xViewMax || !validView(g.m_xViewMin, g.m_xViewMax)) {
-        double low = g.m_xFullMin, high = g.m_xFullMax;
-        WidenByTenth(low, high);
-        // on a linear axis the nice step also rounds the ends outward
-        const double tick = g.m_xLog ? 1 : NiceStepX(high, low);
-        g.m_xViewMin = low;
-        g.m_xViewMax = high;
-        g.m_xTick = tick;
+        const CAxisView view = MarginView(g.m_xFullMin, g.m_xFullMax, AxisKind::X, g.m_xLog != 0);
+        if (view.IsValid()) {
+            g.m_xViewMin = view.min;
+            g.m_xViewMax = view.max;
+            g.m_xTick = view.tick;
+        }
     }
     counts.push_back(steps(g.m_xViewMin, g.m_xViewMax, g.m_xTick));
     for (int axis = 0; axis < g.RangeCount(); ++axis) {
@@ -111,19 +94,12 @@ CStepCounts UpdateView(CGraphCurve &g)
             r.m_fullMax = hi;
         }
         if (r.m_fullMin < r.m_viewMin || r.m_fullMax > r.m_viewMax || !validView(r.m_viewMin, r.m_viewMax)) {
-            double low = r.m_fullMin, high = r.m_fullMax;
-            if (!(high > low)) {
-                low -= 1;
-                high += 1;
+            const CAxisView view = MarginView(r.m_fullMin, r.m_fullMax, AxisKind::Y, isLog(r));
+            if (view.IsValid()) {
+                r.m_viewMin = view.min;
+                r.m_viewMax = view.max;
+                r.m_tick = view.tick;
             }
-            WidenByTenth(low, high);
-            const bool log = r.m_logScale != 0 && r.m_dbScale == 0;
-            double tick = 1;
-            if (!log)
-                tick = NiceStepY(high, low);
-            r.m_viewMin = low;
-            r.m_viewMax = high;
-            r.m_tick = tick;
         }
         counts.push_back(steps(r.m_viewMin, r.m_viewMax, r.m_tick));
     }
@@ -136,17 +112,13 @@ void Autoscale(CGraphCurve &g)
         double lo, hi;
         if (!g.CurveExtent(axis, g.m_xViewMin, g.m_xViewMax, lo, hi))
             continue;
-        if (!(hi > lo)) {
-            lo -= 1;
-            hi += 1;
-        }
-        WidenByTenth(lo, hi);
         CGraph_Range &r = *g.Range(axis);
-        const bool log = r.m_logScale != 0 && r.m_dbScale == 0;
-        double a = hi, b = lo;
-        r.m_tick = log ? 1 : NiceStepY(a, b);
-        r.m_viewMin = lo;
-        r.m_viewMax = hi;
+        const CAxisView view = MarginView(lo, hi, AxisKind::Y, isLog(r));
+        if (!view.IsValid())
+            continue;
+        r.m_viewMin = view.min;
+        r.m_viewMax = view.max;
+        r.m_tick = view.tick;
     }
 }
 
@@ -162,12 +134,12 @@ void ZoomBy(CGraphCurve &g, double f)
     };
     zoom(g.m_xViewMin, g.m_xViewMax);
     if (!g.m_xLog)
-        g.m_xTick = tickOrNice(g.m_xViewMin, g.m_xViewMax, false, false);
+        g.m_xTick = StepKeepingEnds(g.m_xViewMin, g.m_xViewMax, AxisKind::X);
     for (int axis = 0; axis < g.RangeCount(); ++axis) {
         CGraph_Range &r = *g.Range(axis);
         zoom(r.m_viewMin, r.m_viewMax);
         if (!(r.m_logScale && !r.m_dbScale))
-            r.m_tick = tickOrNice(r.m_viewMin, r.m_viewMax, false, true);
+            r.m_tick = StepKeepingEnds(r.m_viewMin, r.m_viewMax, AxisKind::Y);
     }
 }
 
@@ -243,7 +215,7 @@ void ZoomToPixels(CGraphCurve &g, const QRect &pixels, bool changeX, bool change
             g.m_xViewMin = lo;
             g.m_xViewMax = hi;
             if (!g.m_xLog)
-                g.m_xTick = tickOrNice(lo, hi, false, false);
+                g.m_xTick = StepKeepingEnds(lo, hi, AxisKind::X);
         }
     }
     if (changeY) {
@@ -256,7 +228,7 @@ void ZoomToPixels(CGraphCurve &g, const QRect &pixels, bool changeX, bool change
             range.m_viewMin = lo;
             range.m_viewMax = hi;
             if (!(range.m_logScale && !range.m_dbScale))
-                range.m_tick = tickOrNice(lo, hi, false, true);
+                range.m_tick = StepKeepingEnds(lo, hi, AxisKind::Y);
         }
     }
 }

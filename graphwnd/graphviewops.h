@@ -4,6 +4,7 @@
 // autoscale, zoom by a factor, zoom round a point and the wheel scroll.
 // Values on a log axis are in log10 units, as the ranges keep them.
 
+#include "graphdata/axisrange.h"
 #include "graphdata/graphcurve.h"
 
 #include <QPoint>
@@ -44,10 +45,6 @@ void RestoreView(CGraphCurve &graph, const CViewRanges &view);
 // Step counts of the axes (X first, then each Y axis), floor(span / tick),
 // as the view update leaves them; the wheel zoom compares against them.
 using CStepCounts = std::vector<double>;
-
-// Widens [low, high] by a tenth of its span at both ends.  A denormal end
-// becomes 0; a result that is not a finite number restores the old pair.
-void WidenByTenth(double &low, double &high);
 
 // The view update: each axis whose data reach beyond its view, or whose
 // view is not valid, is set to the data's extent widened by a tenth, with

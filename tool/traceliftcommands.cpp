@@ -70,8 +70,12 @@ void CTraceliftToolDlg::perform(const CStepActions &a, const QImage *offered)
     }
     if (a.clearPointsField)
         m_pointsEdit->clear();
-    if (a.clearCapture)
+    if (a.clearCapture) {
         capture.ClearCapture();
+        // The new capture's points need a curve of their own.
+        m_records.EnsureRealCurrent();
+        m_pointsEdit->setEnabled(true);
+    }
     if (a.pastePicture) {
         const bool pasted = offered ? m_canvas->CopyBitmap(*offered) : m_canvas->PasteFromClipboard();
         if (!pasted) {
@@ -169,8 +173,7 @@ void CTraceliftToolDlg::OnReplot()
         if (!m_records.CurrentIsTemplate()) {
             replotFromData(f.xLog, f.yLog);
         } else {
-            UpdateData(true);
-            UpdateData(false);
+            StoreFields();
         }
         return;
     }
@@ -189,8 +192,7 @@ void CTraceliftToolDlg::OnExchangeXY()
     if (!m_records.CurrentIsTemplate()) {
         ApplyFields();
     } else {
-        UpdateData(true);
-        UpdateData(false);
+        StoreFields();
     }
 }
 
@@ -208,8 +210,7 @@ void CTraceliftToolDlg::OnApplyTypedCurve()
     ApplyFields();
     if (!typed) {
         if (!m_plot->isHidden()) {
-            UpdateData(true);
-            UpdateData(false);
+            StoreFields();
         }
         return;
     }

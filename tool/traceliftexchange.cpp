@@ -77,6 +77,14 @@ bool CTraceliftToolDlg::UpdateData(bool save)
     return true;
 }
 
+bool CTraceliftToolDlg::StoreFields()
+{
+    const bool stored = UpdateData(true);
+    if (stored)
+        UpdateData(false);
+    return stored;
+}
+
 bool CTraceliftToolDlg::SelectRecord(int index)
 {
     if (index < 0 || index >= m_records.Size())

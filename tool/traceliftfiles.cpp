@@ -16,6 +16,17 @@ namespace {
 constexpr int TextSaveCaption = 27585;
 constexpr int TextLoadCaption = 27586;
 constexpr int HeaderTooShortMessage = 27591;
+constexpr int SaveWhileTracingMessage = 27592;
+constexpr int LineNotAPairMessage = 27593;
+constexpr int OnlyCommentsMessage = 27594;
+constexpr int WriteFailedMessage = 27596;
+
+// While a curve is captured its points are not in the record yet, and the
+// dialog's load half would drop the mode under the shown canvas.
+bool capturing(CaptureMode mode)
+{
+    return mode >= ModeWaitPicture && mode <= ModeTrace;
+}
 
 } // namespace
 
@@ -23,6 +34,8 @@ void CTraceliftToolDlg::OnOk()
 {
     if (m_canvas->Mode() == ModeTyped)
         OnApplyTypedCurve();
+    else if (capturing(m_canvas->Mode()))
+        showMessage(SaveWhileTracingMessage);
     else
         saveCurves();
 }
@@ -32,15 +45,24 @@ bool CTraceliftToolDlg::saveCurves()
     const CToolFields f = ReadFields();
     m_xName = f.xName;
     m_yName = f.yName;
+    CGraphInfoData *const current = m_records.m_currentCurve;
+    const int currentPlace = m_records.List() ? m_records.List()->Find(current) : -1;
     const CSavePlan plan = m_records.PrepareSaving(f, m_deviceKind);
-    // Saving the fields loads them back; after a refusal that shows the
-    // curve that failed.
-    UpdateData(false);
     if (!plan.ok) {
+        // The records are as they were.  The fields of the curve under work
+        // stay as the user left them; another curve that failed is shown,
+        // as choosing it would show it.
+        if (!plan.failedCurrent && currentPlace >= 0) {
+            const int failing = m_records.List()->Find(m_records.m_currentCurve);
+            m_records.m_currentCurve = m_records.At(currentPlace);
+            SelectRecord(failing);
+        }
         if (plan.messageId)
             showMessage(plan.messageId, plan.messageArgument, PromptIcon::Stop);
         return false;
     }
+    // Saving the fields loads them back.
+    UpdateData(false);
     for (const CGraphInfoData *curve : plan.toWrite)
         if (!writeCurve(*curve, f))
             return false;
@@ -61,7 +83,8 @@ bool CTraceliftToolDlg::writeCurve(const CGraphInfoData &curve, const CToolField
         return false;
     QString report;
     if (!WriteCurveFile(path, curve, fields, report)) {
-        ShowMessage(this, report, PromptButtons::Ok, PromptIcon::Stop);
+        ShowMessage(this, LanguageString(WriteFailedMessage).arg(path, report), PromptButtons::Ok,
+                    PromptIcon::Stop);
         return false;
     }
     m_lastFileName = path;
@@ -83,13 +106,19 @@ void CTraceliftToolDlg::OnLoad()
 
     CPointTable table;
     QString report;
-    switch (ReadPointTextFile(path, table, report)) {
+    int line = 0;
+    const QString name = QFileInfo(path).fileName();
+    // Whatever fails, the fields stay as they are, and the user is told why.
+    switch (ReadPointTextFile(path, table, report, &line)) {
     case PointFileRead::OpenFailed:
         ShowMessage(this, report, PromptButtons::Ok, PromptIcon::Stop);
         return;
     case PointFileRead::NoData:
+        showMessage(OnlyCommentsMessage, name, PromptIcon::Stop);
+        return;
     case PointFileRead::BadLine:
-        // Nothing to take: the fields stay as they are.
+        ShowMessage(this, LanguageString(LineNotAPairMessage).arg(name).arg(line), PromptButtons::Ok,
+                    PromptIcon::Stop);
         return;
     case PointFileRead::Read:
         break;
@@ -97,7 +126,7 @@ void CTraceliftToolDlg::OnLoad()
 
     CToolFields f = ReadFields();
     if (ApplyPointTable(table, f, m_records, m_xName, m_yName) == PointTableApplied::HeaderTooShort) {
-        showMessage(HeaderTooShortMessage, QFileInfo(path).fileName(), PromptIcon::Stop);
+        showMessage(HeaderTooShortMessage, name, PromptIcon::Stop);
         return;
     }
     // The fields take the file; the plot shows every column until the

@@ -412,6 +412,17 @@ void CTraceliftToolDlg::keyPressEvent(QKeyEvent *event)
         event->accept();
         return;
     }
+    // Enter in a field would press Save, the default button.  While a curve
+    // is captured it moves on as Next does instead (and does nothing where
+    // Next is disabled).
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const CaptureMode mode = m_canvas->Mode();
+    if (enter && mode >= ModeWaitPicture && mode <= ModeTrace) {
+        event->accept();
+        if (m_nextAction->isEnabled() && m_nextAction->isVisible())
+            OnNext();
+        return;
+    }
     QDialog::keyPressEvent(event);
 }
 

@@ -71,8 +71,12 @@ public:
     void OfferPicture(const QImage &picture);
     void OfferPictureFile(const QString &path);
 
-    // The fields to the record and back (save true), or back only.
+    // The fields to the record and back (save true), or back only.  The
+    // rules of what the record keeps are CCurveRecords'.
     bool UpdateData(bool save);
+    // The fields into the record and back again, as the commands that settle
+    // a curve on the plot do.
+    bool StoreFields();
     // Makes record `index` of the curve list the current curve: the fields
     // go into the present one first, then the chosen one is loaded.  The
     // template (the last record) shows every curve of the list in the plot.

@@ -38,6 +38,60 @@ double widestOf(const QStringList &texts, const QFontMetricsF &metrics)
     return w;
 }
 
+// Leaves out the log labels that would touch another one, decades first:
+// every decade label that has room stays, and the labels between decades
+// (2, 5, 20u...) only fill the room the decades leave.  Positions are axis
+// units over lo..hi on `length` pixels; an X label takes its width and two
+// pixels, a Y label its line height and one pixel.
+void thinLogLabels(CAxisTicks &out, double lo, double hi, double length, bool xAxis, const QFontMetricsF &metrics)
+{
+    const int n = int(out.labelAt.size());
+    if (n < 2 || !(length > 0))
+        return;
+    struct Extent
+    {
+        double from, to;
+    };
+    std::vector<Extent> extent(static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i) {
+        const double at = (out.labelAt[std::size_t(i)] - lo) / (hi - lo) * length;
+        const double size = xAxis ? metrics.horizontalAdvance(out.labels[i]) + 2 : metrics.height() + 1;
+        double from = at - size / 2;
+        if (xAxis && at + size / 2 > length)
+            from = at - size; // the painter right-aligns a label at the end
+        extent[std::size_t(i)] = {from, from + size};
+    }
+    std::vector<char> kept(std::size_t(n), 0);
+    auto fits = [&](int i) {
+        const Extent &e = extent[std::size_t(i)];
+        for (int j = 0; j < n; ++j) {
+            if (kept[std::size_t(j)] && e.from < extent[std::size_t(j)].to && extent[std::size_t(j)].from < e.to)
+                return false;
+        }
+        return true;
+    };
+    auto isDecade = [&](int i) {
+        const double at = out.labelAt[std::size_t(i)];
+        return std::fabs(at - std::nearbyint(at)) < 1e-9;
+    };
+    for (int pass = 0; pass < 2; ++pass) {
+        for (int i = 0; i < n; ++i) {
+            if (isDecade(i) == (pass == 0) && fits(i))
+                kept[std::size_t(i)] = 1;
+        }
+    }
+    std::vector<double> at;
+    QStringList texts;
+    for (int i = 0; i < n; ++i) {
+        if (kept[std::size_t(i)]) {
+            at.push_back(out.labelAt[std::size_t(i)]);
+            texts.push_back(out.labels[i]);
+        }
+    }
+    out.labelAt.swap(at);
+    out.labels = texts;
+}
+
 } // namespace
 
 CAxisTicks ComputeAxisTicks(const CAxisTickRequest &q, const QFontMetricsF &metrics)
@@ -58,6 +112,7 @@ CAxisTicks ComputeAxisTicks(const CAxisTickRequest &q, const QFontMetricsF &metr
                 out.labelAt.push_back(std::log10(v));
                 out.labels.push_back(logLabel(v));
             }
+            thinLogLabels(out, lo, hi, q.length, q.xAxis, metrics);
         }
         out.widest = widestOf(out.labels, metrics);
         return out;

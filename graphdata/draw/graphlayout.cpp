@@ -44,9 +44,8 @@ CAxisTicks yTicks(const CGraph_Range &range, const QFont &font, double length, b
 } // namespace
 
 CLegendPlace LayoutLegend(const CGraphCurve &graph, const QFont &font, QPoint origin, int wrapRight, bool column,
-                          bool measuring)
+                          bool measuring, int maxHeight)
 {
-    Q_UNUSED(measuring);
     CLegendPlace legend;
     legend.position = graph.m_legendPos;
     const QFontMetricsF fm(font);
@@ -61,9 +60,20 @@ CLegendPlace LayoutLegend(const CGraphCurve &graph, const QFont &font, QPoint or
     const int rowStart = origin.x();
     legend.rows = 1;
     bool firstInRow = true;
+    bool full = false; // rows past maxHeight are left out
     auto place = [&](CLegendEntry entry, int textWidth, bool sample) {
+        const int room = wrapRight - rowStart - (sample ? sampleW + gap : 0);
+        if (!column && textWidth > room && room > 0) {
+            // A label wider than the legend's room is cut short.
+            entry.text = fm.elidedText(entry.text, Qt::ElideRight, room);
+            textWidth = std::min(room, int(std::ceil(fm.horizontalAdvance(entry.text))));
+        }
         const int width = (sample ? sampleW + gap : 0) + textWidth;
         if (!firstInRow && (column || x + width > wrapRight)) {
+            if (full || y + int(rowH) + int(lineH) > origin.y() + maxHeight) {
+                full = true;
+                return;
+            }
             x = rowStart;
             y += int(rowH);
             ++legend.rows;
@@ -86,8 +96,16 @@ CLegendPlace LayoutLegend(const CGraphCurve &graph, const QFont &font, QPoint or
     CLegendEntry title;
     title.curve = -1;
     title.text = graph.m_title;
-    const QString measured = graph.m_title.isEmpty() ? QString::fromLatin1(kEmptyTitle) : graph.m_title;
-    place(title, int(std::ceil(fm.horizontalAdvance(measured))), false);
+    if (graph.m_title.isEmpty() && !measuring) {
+        // No indent for a missing title: its box (to drag the legend by)
+        // lies over the first line sample and takes no room in the row.
+        title.textRect = QRect(x, y, sampleW, int(lineH));
+        legend.rect = title.textRect;
+        legend.entries.push_back(title);
+    } else {
+        const QString measured = graph.m_title.isEmpty() ? QString::fromLatin1(kEmptyTitle) : graph.m_title;
+        place(title, int(std::ceil(fm.horizontalAdvance(measured))), false);
+    }
     for (int i = 0; i < graph.CurveCount(); ++i) {
         const CCurveInfo &curve = *graph.Curve(i);
         if (onSlicedAxis(graph, curve))
@@ -122,39 +140,43 @@ CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &target, const QRect 
             anyFit = true;
     }
 
-    double top = target.top() + 0.5 * h;
-    double bottom = target.bottom() - 0.25 * h - (L.labelsShown ? (L.xLabelsShown ? 3 * h : 1.5 * h) : 0.5 * h);
-    double left = target.left() + 0.5 * h;
-    double right = target.right() - 0.5 * h;
+    const double top0 = target.top() + 0.5 * h;
+    const double bottom0 =
+        target.bottom() - 0.25 * h - (L.labelsShown ? (L.xLabelsShown ? 3 * h : 1.5 * h) : 0.5 * h);
+    const double left0 = target.left() + 0.5 * h;
+    const double right0 = target.right() - 0.5 * h;
+    double top = top0, bottom = bottom0, left = left0, right = right0;
 
     const int legendPos = std::clamp(graph.m_legendPos, 0, 4);
     const double gapToLegend = 0.5 * h;
-    if (legendPos <= 2) {
-        const CLegendPlace measure =
-            LayoutLegend(graph, L.titleFont, QPoint(0, 0), int(right - left), false, true);
-        const double rows = measure.rect.height() + gapToLegend;
-        if (legendPos == 2)
-            bottom -= rows;
-        else
-            top += rows;
-    } else {
+    // The legend above or below never takes the plot: the plot keeps half
+    // the window's height where there is that much, and half of what the
+    // margins leave otherwise; rows past that room are left out.
+    const double available = std::max(0.0, bottom0 - top0);
+    const int legendRoom = int(std::max(0.0, std::min(available / 2, available - target.height() / 2.0) - gapToLegend));
+    const bool legendBeside = legendPos >= 3;
+    if (legendBeside) {
         const CLegendPlace measure = LayoutLegend(graph, L.titleFont, QPoint(0, 0), 0, true, true);
         if (legendPos == 3)
             left += measure.rect.width() + gapToLegend;
         else
             right -= measure.rect.width() + gapToLegend;
     }
-    if (anyFit && !strip && !threeD) {
-        const double fitW = target.width() / 4.0;
-        L.fitArea = QRect(int(left), int(top), int(fitW), int(bottom - top));
-        left += fitW;
-    }
+    const double fitLeft = left, fitW = anyFit && !strip && !threeD ? target.width() / 4.0 : 0;
+    left += fitW;
 
-    // Y axes of the shared kind, nearest first on each side.
+    // Y axes of the shared kind, nearest first on each side, for a plot of
+    // a given height.
     const double gap = 0.5 * h;
     std::vector<double> leftWidths, rightWidths;
     std::vector<CYAxisPlace> leftAxes, rightAxes;
-    if (!strip && !threeD) {
+    auto placeAxes = [&](double height) {
+        leftWidths.clear();
+        rightWidths.clear();
+        leftAxes.clear();
+        rightAxes.clear();
+        if (strip || threeD)
+            return;
         for (int index : graph.m_axisOrder) {
             const CGraph_Range &range = *graph.Range(index);
             CYAxisPlace place;
@@ -165,7 +187,7 @@ CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &target, const QRect 
             // to 4/5 until they fit or the font stops getting smaller.
             for (int round = 0; round < 500; ++round) {
                 const QFontMetricsF yfm(place.font);
-                place.ticks = yTicks(range, place.font, bottom - top, L.labelsShown);
+                place.ticks = yTicks(range, place.font, height, L.labelsShown);
                 place.width = place.ticks.widest > 0 ? place.ticks.widest + 0.3 * yfm.height() + 0.3 * h : 0.4 * h;
                 if (place.width <= target.width() / 4.0)
                     break;
@@ -187,19 +209,57 @@ CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &target, const QRect 
         // left one: nearest first means right axes reversed.
         std::reverse(rightAxes.begin(), rightAxes.end());
         std::reverse(rightWidths.begin(), rightWidths.end());
-    } else {
-        // Strip and three-dimensional views carry their own value labels.
-        left += 7 * L.cw;
-    }
+    };
+    auto sideTotal = [gap](const std::vector<double> &widths) {
+        double total = 0;
+        for (double w : widths)
+            total += w + gap;
+        return widths.empty() ? 0.0 : total - gap;
+    };
+    if (strip || threeD)
+        left += 7 * L.cw; // strip and box views carry their own value labels
+
+    // The legend's room is measured at the width it is laid out at, which
+    // the axes beside the plot decide, and their labels depend on the
+    // plot's height, which the legend decides: a few rounds settle it, and
+    // the legend is then laid out at the very width it was measured at.
+    CLegendPlace measure;
+    int legendWidth = int(right - left);
+    int legendLeft = 0;  // where the legend's rows start
+    int legendShift = 0; // position 1: from there
     double leftTotal = 0, rightTotal = 0;
-    for (double w : leftWidths)
-        leftTotal += w + gap;
-    for (double w : rightWidths)
-        rightTotal += w + gap;
-    if (!leftWidths.empty())
-        leftTotal -= gap;
-    if (!rightWidths.empty())
-        rightTotal -= gap;
+    for (int round = 0; round < 4; ++round) {
+        top = top0;
+        bottom = bottom0;
+        if (!legendBeside) {
+            measure = LayoutLegend(graph, L.titleFont, QPoint(0, 0), std::max(1, legendWidth), false, true,
+                                   legendRoom);
+            const double rows = measure.rect.height() + gapToLegend;
+            if (legendPos == 2)
+                bottom -= rows;
+            else
+                top += rows;
+        }
+        placeAxes(bottom - top);
+        leftTotal = sideTotal(leftWidths);
+        rightTotal = sideTotal(rightWidths);
+        // The legend runs along the plot, or along the window when the axes
+        // leave the plot too narrow for it.
+        legendLeft = int(std::lround(left + leftTotal));
+        int bandWidth = int(std::lround(right - rightTotal)) - legendLeft;
+        if (bandWidth < (right0 - left0) / 3) {
+            legendLeft = int(std::lround(left0));
+            bandWidth = int(right0 - left0);
+        }
+        legendShift = legendPos == 1 ? int(std::lround(double(graph.m_legendOffset) / 10000.0 * bandWidth)) : 0;
+        legendShift = std::clamp(legendShift, 0, std::max(0, bandWidth / 2));
+        const int width = std::max(1, bandWidth - legendShift);
+        if (legendBeside || width == legendWidth)
+            break;
+        legendWidth = width;
+    }
+    if (fitW > 0)
+        L.fitArea = QRect(int(fitLeft), int(top), int(fitW), int(bottom - top));
 
     QRect plot(QPoint(int(std::lround(left + leftTotal)), int(std::lround(top))),
                QPoint(int(std::lround(right - rightTotal)), int(std::lround(bottom))));
@@ -252,35 +312,35 @@ CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &target, const QRect 
     L.xBand = QRect(QPoint(L.plot.left, L.plot.bottom + 1),
                     QPoint(L.plot.right, L.plot.bottom + int(std::lround(L.xLabelsShown ? 3 * h : h))));
 
-    // The legend at its place.
+    // The legend at its place, at the width it was measured at.
     QPoint origin;
     bool column = false;
     int wrapRight = L.plot.right;
-    const CLegendPlace measure = LayoutLegend(graph, L.titleFont, QPoint(0, 0), L.plot.right - L.plot.left,
-                                              legendPos >= 3, true);
+    int maxHeight = legendRoom;
     switch (legendPos) {
     case 0:
     case 1: {
-        int x = L.plot.left;
-        if (legendPos == 1)
-            x += int(std::lround(double(graph.m_legendOffset) / 10000.0 * (L.plot.right - L.plot.left)));
+        const int x = legendLeft + legendShift;
         origin = QPoint(x, L.plot.top - measure.rect.height() - int(gapToLegend));
-        wrapRight = std::max(L.plot.right, x + 1);
+        wrapRight = x + legendWidth;
         break;
     }
     case 2: {
         const double down = L.xLabelsShown ? 3 * h : L.labelsShown ? h : 0.5 * h;
-        origin = QPoint(L.plot.left, L.plot.bottom + int(std::lround(down)));
+        origin = QPoint(legendLeft, L.plot.bottom + int(std::lround(down)));
+        wrapRight = legendLeft + legendWidth;
         break;
     }
     case 3: {
+        const CLegendPlace beside = LayoutLegend(graph, L.titleFont, QPoint(0, 0), 0, true, true);
         int edge = L.plot.left;
         for (const CYAxisPlace &a : L.yAxes)
             edge = std::min(edge, a.area.left());
         if (!L.fitArea.isNull())
             edge = std::min(edge, L.fitArea.left());
-        origin = QPoint(edge - int(gapToLegend) - measure.rect.width(), L.plot.top);
+        origin = QPoint(edge - int(gapToLegend) - beside.rect.width(), L.plot.top);
         column = true;
+        maxHeight = target.bottom() - L.plot.top;
         break;
     }
     default: {
@@ -289,9 +349,10 @@ CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &target, const QRect 
             edge = std::max(edge, a.area.right());
         origin = QPoint(edge + int(gapToLegend), L.plot.top);
         column = true;
+        maxHeight = target.bottom() - L.plot.top;
         break;
     }
     }
-    L.legend = LayoutLegend(graph, L.titleFont, origin, wrapRight, column, false);
+    L.legend = LayoutLegend(graph, L.titleFont, origin, wrapRight, column, false, maxHeight);
     return L;
 }

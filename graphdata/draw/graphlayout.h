@@ -66,8 +66,10 @@ struct CGraphLayout
 CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &target, const QRect *forcedPlot, double fontScale);
 
 // The legend's entries laid out from `origin`, wrapping at `wrapRight`
-// (or one entry per row when `column` is set).  The graph's title, or
-// "_________" for an empty one while only measuring, comes first; then each
-// curve not on a sliced axis.
+// (or one entry per row when `column` is set); rows that would reach past
+// origin.y + maxHeight are left out.  The graph's title, or "_________" for
+// an empty one while only measuring, comes first; then each curve not on a
+// sliced axis.  An empty title takes no room when drawing: its box lies
+// over the first line sample.
 CLegendPlace LayoutLegend(const CGraphCurve &graph, const QFont &font, QPoint origin, int wrapRight, bool column,
-                          bool measuring);
+                          bool measuring, int maxHeight = 1 << 29);

@@ -1,5 +1,6 @@
 #include "graphdata/draw/legendpaint.h"
 
+#include "graphdata/draw/axispaint.h"
 #include "graphdata/draw/curvepaint.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/graphcurve.h"
@@ -52,4 +53,23 @@ void DrawLegend(QPainter &p, CGraphCurve &graph, const CGraphLayout &L, bool bw,
         p.drawText(QPointF(e.textRect.left(), e.textRect.top() + fm.ascent()), e.text);
         graph.m_curveHitRects[std::size_t(e.curve)] = QRectToEdges(e.textRect);
     }
+}
+
+void DrawCurveExtentLabels(QPainter &p, const CGraphLayout &L, const std::vector<CCurveJob> &jobs, bool bw)
+{
+    std::vector<CFitLabel> fits;
+    for (const CCurveJob &job : jobs) {
+        if (job.layout == CGraph_Range::LayoutShared || !job.usable)
+            continue;
+        CFitLabel f;
+        f.curve = job.index;
+        f.slice = job.layout == CGraph_Range::LayoutSlices;
+        f.band = EdgesToQRect(job.mapping.plot);
+        f.min = job.yMin;
+        f.max = job.yMax;
+        f.color = bw ? QColor(Qt::black) : ColorFromRef(job.curve->m_color);
+        f.text = job.curve->m_colLabel.isEmpty() ? job.curve->m_colName : job.curve->m_colLabel;
+        fits.push_back(f);
+    }
+    DrawFitLabels(p, L, fits);
 }

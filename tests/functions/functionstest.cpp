@@ -3,6 +3,7 @@
 #include "formulatest.h"
 
 #include "functions/rpnfunctions.h"
+#include "formula/rpndictionary.h"
 #include "formula/rpnexception.h"
 #include "formula/rpntree.h"
 
@@ -28,6 +29,24 @@ CRpnData Value(const char *utf8, CEquationTree *tree)
     EXPECT_EQ(t.Compile(QString::fromUtf8(utf8), nullptr, true), 1) << utf8;
     EXPECT_EQ(t.Run(value), 1) << utf8 << ": " << t.GetErrorMessage().toStdString();
     return value;
+}
+
+void ExpectCases(const std::vector<ScriptCase> &cases)
+{
+    for (const ScriptCase &c : cases) {
+        CEquationTree tree;
+        tree.GetVariables()->SetAt(QStringLiteral("g"), Empty(RPN_CURVE));
+        if (*c.setup) {
+            const std::string setup = Eval(c.setup, &tree);
+            EXPECT_NE(setup.rfind("E:", 0), 0u) << c.setup << " gave " << setup;
+        }
+        EXPECT_EQ(Eval(c.text, &tree), c.expect) << c.setup << " | " << c.text;
+    }
+}
+
+std::string FunctionMessage(const std::string &text)
+{
+    return "E:" + text + "@1,0";
 }
 
 std::string Message(int id)

@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <string>
+#include <vector>
 
 class CEquationTree;
 
@@ -19,6 +20,18 @@ inline std::string Eval(const char *utf8, CEquationTree *tree = nullptr, int ang
 }
 // The value of a text that must run (a failed run fails the test).
 CRpnData Value(const char *utf8, CEquationTree *tree = nullptr);
+
+// A case of a table: `setup` runs first and must succeed, then `text` is
+// described by Eval in the same tree.  Each case has a fresh tree with a
+// graph curve in the variable g.
+struct ScriptCase {
+    const char *setup;
+    const char *text;
+    std::string expect;
+};
+void ExpectCases(const std::vector<ScriptCase> &cases);
+// The outcome of a function's own message: the text alone, at row 1, column 0.
+std::string FunctionMessage(const std::string &text);
 
 // The English text of message `id`, without formatting.
 std::string Message(int id);

@@ -112,6 +112,66 @@ TEST(GraphColumn, SearchHelpers)
     EXPECT_EQ(LastAtOrBefore(holes.Get(), 2, 0, 4, true), 2);
 }
 
+// Rows 0..9 with X = row, appended through the data set with row `invalid`
+// marked not valid and holding `junk`: the ordered searches must give what
+// a walk over the valid rows gives, wherever the invalid row lies.
+TEST(GraphData, OrderedSearchesSkipAppendedInvalidRows)
+{
+    const double probes[] = {-1, 0, 0.5, 2, 4.5, 5, 6.5, 8.99, 9, 12};
+    const double junk[] = {-1e300, 1e300, 4.0};
+    for (int invalid = 0; invalid < 10; ++invalid) {
+        for (double bad : junk) {
+            CGraphData data;
+            data.Create(1, 1, 0, 0);
+            double values[10];
+            std::uint8_t valid[10];
+            for (int i = 0; i < 10; ++i) {
+                values[i] = i == invalid ? bad : i;
+                valid[i] = i == invalid ? 2 : 1;
+            }
+            ASSERT_EQ(data.AppendRows(values, valid, 0, 1, 0, 10), 10);
+            const CGraphColumn *x = data.GetColumn(0);
+            EXPECT_TRUE(x->m_hasInvalid) << invalid;
+            for (double probe : probes) {
+                // The definition, walked: after the last valid row below,
+                // before the first valid row above.
+                int below = -1, above = -1;
+                for (int i = 0; i < 10; ++i) {
+                    if (i != invalid && i < probe)
+                        below = i;
+                    if (i != invalid && i > probe && above < 0)
+                        above = i;
+                }
+                const int first = below < 0 ? 0 : std::min(below + 1, 9);
+                const int last = above < 0 ? 9 : std::max(above - 1, 0);
+                EXPECT_EQ(FirstAtOrAfter(x, probe, 0, 9, true), first) << "invalid " << invalid << " x " << probe;
+                EXPECT_EQ(LastAtOrBefore(x, probe, 0, 9, true), last) << "invalid " << invalid << " x " << probe;
+            }
+        }
+    }
+    // A run of invalid rows at the front, in the middle and at the end.
+    const struct
+    {
+        std::vector<double> values;
+        double x;
+        int first, last;
+    } runs[] = {
+        {{NaN, NaN, NaN, 3, 4, 5}, 3.5, 4, 3},
+        {{0, 1, NaN, NaN, NaN, 5, 6}, 3, 2, 4},
+        {{0, 1, 2, NaN, NaN, NaN}, 1.5, 2, 1},
+        {{0, 1, 2, NaN, NaN, NaN}, 7, 3, 5},
+        {{NaN, NaN, NaN}, 1, 0, 2},
+    };
+    for (const auto &c : runs) {
+        CGraphColumnPtr column = makeColumn(c.values);
+        const int end = int(c.values.size()) - 1;
+        EXPECT_EQ(FirstAtOrAfter(column.Get(), c.x, 0, end, true), c.first) << c.x;
+        EXPECT_EQ(LastAtOrBefore(column.Get(), c.x, 0, end, true), c.last) << c.x;
+        EXPECT_EQ(FirstAtOrAfter(column.Get(), c.x, 0, end, false), c.first) << c.x;
+        EXPECT_EQ(LastAtOrBefore(column.Get(), c.x, 0, end, false), c.last) << c.x;
+    }
+}
+
 TEST(GraphColumn, InterpolateRow)
 {
     CGraphColumnPtr up = makeColumn({0, 10, 20, 40});

@@ -1,5 +1,7 @@
 #include "traceliftfixture.h"
 
+#include <string_view>
+
 #include "tool/capture/capturesteps.h"
 #include "tool/capture/numbertext.h"
 #include "tool/tracelifttoolapp.h"
@@ -277,48 +279,52 @@ TEST_F(TraceliftTest, LoadShowsTheColumnsOfAFile)
     EXPECT_EQ(text(IdXAtSecond), QStringLiteral("2"));
     EXPECT_EQ(text(IdYAtFirst), QStringLiteral("1e-3"));
     EXPECT_EQ(text(IdYAtSecond), QStringLiteral("9"));
-    EXPECT_EQ(text(IdPoints), QStringLiteral("(0.5,1e-3,7)(1,2.5D-3,8)(2,4e-3,9)"));
+    EXPECT_EQ(text(IdPoints), QStringLiteral("(0.5,1e-3,7)(1,2.5E-3,8)(2,4e-3,9)"));
     EXPECT_EQ(text(IdXName), QStringLiteral("U")); // the field's name wins over the file's
     EXPECT_EQ(text(IdFileName), path);
     EXPECT_EQ(mode(), ModeIdle);
     EXPECT_EQ(canvas()->m_capture.m_points.count, 3);
     ASSERT_EQ(plotGraph().CurveCount(), 1);
-    EXPECT_DOUBLE_EQ(plotValue(1, 1), 2.5);
+    EXPECT_DOUBLE_EQ(plotValue(1, 1), 2.5e-3);
 
     // Files that cannot be taken leave the fields alone.
     struct Bad {
         const char *name;
-        const char *content; // null: no such file
-        int message;          // 0: silently nothing
+        std::string_view content; // empty: no such file
+        int message;          // -1: the system's report
+        int line;             // the line a message names
     };
     const Bad bad[] = {
-        {"comments.txt", "; nothing\n// at all\n", 0},
-        {"letters.txt", "1 2\n3 x\n", 0},
-        {"oneword.txt", "Vce\n1\n2\n", 27591},
-        {"missing.txt", nullptr, -1},
+        {"comments.txt", "; nothing\n// at all\n", 27594, 0},
+        {"commas.txt", ",,,\n , ,\n", 27594, 0},
+        {"letters.txt", "1 2\n3 x\n", 27593, 2},
+        {"single.txt", "; x only\n1\n2\n", 27593, 2},
+        {"nul.txt", std::string_view("1 2\n3 4\0 5 6\n", 13), 27593, 2},
+        {"oneword.txt", "Vce\n1\n2\n", 27591, 0},
+        {"missing.txt", {}, -1, 0},
     };
     for (const Bad &b : bad) {
         SCOPED_TRACE(b.name);
         const QString p = files.filePath(QString::fromLatin1(b.name));
-        if (b.content) {
+        if (!b.content.empty()) {
             QFile f(p);
             ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-            f.write(b.content);
+            f.write(b.content.data(), qint64(b.content.size()));
         }
         prompts.messages.clear();
         prompts.fileNames = {p};
         control<QPushButton>(IdLoad)->click();
-        EXPECT_EQ(text(IdPoints), QStringLiteral("(0.5,1e-3,7)(1,2.5D-3,8)(2,4e-3,9)"));
+        EXPECT_EQ(text(IdPoints), QStringLiteral("(0.5,1e-3,7)(1,2.5E-3,8)(2,4e-3,9)"));
         EXPECT_EQ(text(IdFileName), path);
-        if (b.message == 0) {
-            EXPECT_TRUE(prompts.messages.isEmpty());
+        ASSERT_EQ(prompts.messages.size(), 1);
+        EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Stop);
+        if (b.message > 0) {
+            QString expected = message(b.message, QString::fromLatin1(b.name));
+            if (b.line)
+                expected = expected.arg(b.line);
+            EXPECT_EQ(prompts.messages[0].text, expected);
         } else {
-            ASSERT_EQ(prompts.messages.size(), 1);
-            EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Stop);
-            if (b.message > 0)
-                EXPECT_EQ(prompts.messages[0].text, message(b.message, QString::fromLatin1(b.name)));
-            else
-                EXPECT_TRUE(prompts.messages[0].text.contains(QString::fromLatin1(b.name)));
+            EXPECT_TRUE(prompts.messages[0].text.contains(QString::fromLatin1(b.name)));
         }
     }
     // A cancelled dialog does nothing.

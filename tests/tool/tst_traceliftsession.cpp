@@ -1,6 +1,7 @@
 // A whole digitising session as a datasheet user goes through it: a log-log
 // graph on the clipboard, pasted, calibrated with unit prefixes, traced
-// through the magnifier, saved, and loaded back into a fresh dialog.
+// through the magnifier, saved, loaded back into a fresh dialog, and saved
+// again to a file that must equal the first byte for byte.
 
 #include "traceliftfixture.h"
 
@@ -99,4 +100,17 @@ TEST_F(TraceliftTest, ADigitisingSessionFromClipboardToFileAndBack)
         EXPECT_LE(std::fabs(g.PixelY(y) - g.PixelY(IdOfVds(x))), eighth * (1 + 0.55))
             << i << ": " << x << ", " << y << " against " << IdOfVds(x);
     }
+
+    // Saved again, the loaded curve gives the same file: header, points and
+    // line ends.
+    EXPECT_EQ(text(IdXName), QStringLiteral("VDS"));
+    const QString again = files.filePath(QStringLiteral("id-vds-again.txt"));
+    prompts.fileNames = {again};
+    control<QPushButton>(CTraceliftToolDlg::IdOk)->click();
+    ASSERT_TRUE(prompts.messages.isEmpty()) << qPrintable(prompts.MessageTexts().join(u'|'));
+    QFile first(path), second(again);
+    ASSERT_TRUE(first.open(QIODevice::ReadOnly) && second.open(QIODevice::ReadOnly));
+    const QByteArray firstBytes = first.readAll();
+    EXPECT_EQ(firstBytes.count('\n'), 21);
+    EXPECT_EQ(second.readAll(), firstBytes);
 }

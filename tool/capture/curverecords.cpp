@@ -113,7 +113,10 @@ bool CCurveRecords::Init(CDTypeLib &typeLib)
         CGraphInfoData *templ = last ? new CGraphInfoData(*last) : newPrototype();
         templ->RemoveAllPoints();
         SetTemperature(templ, QString());
-        templ->sortKey = last ? last->sortKey + 1 : 0;
+        // The key that follows from the cleared TJ: the one a fresh curve
+        // gets, 0.  (Keyed any other way, a template that a loaded file turns
+        // into a curve would survive the save's clean-up.)
+        templ->sortKey = SortKeyFromText(QString());
         templ->flags |= CGraphInfoData::FlagTemplate;
         List()->AddPtr(templ);
         ++m_curveCount;
@@ -207,14 +210,6 @@ bool CCurveRecords::SaveFields(const CToolFields &fields)
     CGraphInfoData *target = Template();
     if (!target)
         return false;
-    CGraphInfoData *current = m_currentCurve;
-    const bool real = current && !current->IsTemplate();
-    const QString finished = QString::fromLatin1(FinishedCurveTemperature);
-    if (real && current->ConditionValue(conditionName()) != finished) {
-        SetTemperature(current, finished);
-        Sort();
-    }
-
     const CAxisValues v = ReadAxisValues(fields);
     if (fields.exchangeXY) {
         target->flags |= CGraphInfoData::FlagAxesExchanged;
@@ -238,17 +233,24 @@ bool CCurveRecords::SaveFields(const CToolFields &fields)
         target->yUnitExponent = v.yUnitExponent;
     }
 
-    if (real) {
-        int count = current->GetPointCount();
-        CMyDoubleArray pairs;
-        ParsePointText(fields.points, count, pairs, true);
-        current->points.SetSize(count);
-        double *p = current->points.GetData();
-        const int a = fields.exchangeXY ? 1 : 0;
-        for (int i = 0; i < count; ++i) {
-            p[2 * i] = pairs[2 * i + a];
-            p[2 * i + 1] = pairs[2 * i + 1 - a];
-        }
+    CGraphInfoData *current = m_currentCurve;
+    if (!current || current->IsTemplate())
+        return true;
+    int count = current->GetPointCount();
+    CMyDoubleArray pairs;
+    ParsePointText(fields.points, count, pairs, true);
+    current->points.SetSize(count);
+    double *p = current->points.GetData();
+    const int a = fields.exchangeXY ? 1 : 0;
+    for (int i = 0; i < count; ++i) {
+        p[2 * i] = pairs[2 * i + a];
+        p[2 * i + 1] = pairs[2 * i + 1 - a];
+    }
+    // A curve with points is finished; one without is fresh again.
+    const QString tj = count > 0 ? QString::fromLatin1(FinishedCurveTemperature) : QString();
+    if (current->ConditionValue(conditionName()) != tj) {
+        SetTemperature(current, tj);
+        Sort();
     }
     return true;
 }
@@ -277,6 +279,13 @@ bool CCurveRecords::AddCurve(const CToolFields &fields)
 {
     if (m_currentCurve)
         SaveFields(fields);
+    if (!insertFreshCurve())
+        return false;
+    return Size() > m_curveCount + 1;
+}
+
+bool CCurveRecords::insertFreshCurve()
+{
     CArrayOfPtr *list = List();
     CGraphInfoData *templ = Template();
     if (!list || !templ)
@@ -285,37 +294,46 @@ bool CCurveRecords::AddCurve(const CToolFields &fields)
     curve->flags &= ~std::uint32_t(CGraphInfoData::FlagTemplate);
     curve->RemoveAllPoints();
     SetTemperature(curve, QString());
-    int index = Size();
-    for (int i = 0; i < Size(); ++i)
+    int index = Size() - 1;
+    for (int i = 0; i < Size() - 1; ++i)
         if (At(i)->sortKey >= 0) {
             index = i;
             break;
         }
     list->InsertPtrAt(index, curve);
     m_currentCurve = curve;
-    return Size() > m_curveCount + 1;
+    return true;
 }
 
 void CCurveRecords::FinishTrace(const CToolFields &fields)
 {
-    if (m_currentCurve && !m_currentCurve->IsTemplate())
-        SetTemperature(m_currentCurve, QString::fromLatin1(FinishedCurveTemperature));
-    Sort();
     SaveFields(fields);
+    Sort();
     RemoveEmptyRecords();
 }
 
 void CCurveRecords::ResetCurrentCurve()
 {
-    if (!m_currentCurve)
+    if (!m_currentCurve || m_currentCurve->IsTemplate())
         return;
     m_currentCurve->RemoveAllPoints();
-    SetTemperature(m_currentCurve, QString::fromLatin1(FinishedCurveTemperature));
+    SetTemperature(m_currentCurve, QString());
 }
 
 CSavePlan CCurveRecords::PrepareSaving(const CToolFields &fields, int deviceKind)
 {
     CSavePlan plan;
+    if (!m_curveList)
+        return plan;
+    // What a refusal puts back: a copy of every record, and the records as
+    // they stood, so that the failing one is found again by its place.
+    const CGenericType before(*m_curveList);
+    QList<CGraphInfoData *> order;
+    for (int i = 0; i < Size(); ++i)
+        order.append(At(i));
+    CGraphInfoData *const currentBefore = m_currentCurve;
+    const std::int32_t countBefore = m_curveCount;
+
     if (!SaveFields(fields))
         return plan;
     Sort();
@@ -323,7 +341,11 @@ CSavePlan CCurveRecords::PrepareSaving(const CToolFields &fields, int deviceKind
 
     const bool otherKind = deviceKind == 595;
     auto refuse = [&](CGraphInfoData *curve, int id, const QString &argument) {
-        m_currentCurve = curve;
+        const int place = int(order.indexOf(curve));
+        plan.failedCurrent = curve == currentBefore;
+        *m_curveList = before;
+        m_curveCount = countBefore;
+        m_currentCurve = At(place >= 0 ? place : Size() - 1);
         plan.messageId = id;
         plan.messageArgument = argument;
         return plan;
@@ -392,9 +414,35 @@ CSavePlan CCurveRecords::PrepareSaving(const CToolFields &fields, int deviceKind
 
 void CCurveRecords::TakeOverLoadedFile()
 {
+    EnsureRealCurrent();
     m_curveCount = Size();
-    if (CGraphInfoData *last = Template()) {
-        last->RemoveAllPoints();
-        last->flags &= ~std::uint32_t(CGraphInfoData::FlagTemplate);
+}
+
+void CCurveRecords::EnsureRealCurrent()
+{
+    if (!m_currentCurve || m_currentCurve->IsTemplate())
+        insertFreshCurve();
+}
+
+QString CCurveRecords::CheckInvariant() const
+{
+    const int n = Size();
+    if (n == 0)
+        return QStringLiteral("the list is empty");
+    bool currentFound = false;
+    for (int i = 0; i < n; ++i) {
+        const CGraphInfoData *r = At(i);
+        currentFound = currentFound || r == m_currentCurve;
+        if (r->IsTemplate() != (i == n - 1))
+            return QStringLiteral("record %1 of %2 is %3 the template")
+                .arg(i).arg(n).arg(r->IsTemplate() ? QString() : QStringLiteral("not"));
+        if (r->IsTemplate() && (r->GetPointCount() != 0 || r->sortKey != 0))
+            return QStringLiteral("the template has points or a key");
+        if (!r->IsTemplate() && r->GetPointCount() == 0 && r->sortKey != 0
+            && r->ConditionValue(conditionName()) == QLatin1String(FinishedCurveTemperature))
+            return QStringLiteral("record %1 is finished without points").arg(i);
     }
+    if (!currentFound)
+        return QStringLiteral("the current curve is not in the list");
+    return QString();
 }

@@ -43,8 +43,25 @@ struct CSavePlan {
     QString messageArgument;
     // When ok: the curves to write, one file each, in list order.
     QList<CGraphInfoData *> toWrite;
+    // After a refusal: true when the failing curve is the one that was
+    // current, whose fields then stay as they are.
+    bool failedCurrent = false;
 };
 
+// The curve list.  Every member below keeps this invariant, and
+// CheckInvariant() tests it:
+//  - the list is never empty, and its last record is the template: the one
+//    record flagged FlagTemplate, without points, keyed 0.  It carries the
+//    axis limits, log flags and unit exponents the fields last saved.
+//  - every other record is a real curve.  A real curve with points is a
+//    finished curve and is keyed by its TJ ("25" unless a caller set
+//    another); a real curve without points is fresh, with an empty TJ and
+//    key 0, so that the next save drops it when any other curve has points.
+//    Only a caller can leave an empty curve at another key.
+//  - m_currentCurve is a record of the list (a real curve or the template).
+//  - a save that is refused changes no record: what a user sees refused can
+//    always be mended (Start over empties a curve, which makes it fresh) and
+//    saved afterwards.
 class CCurveRecords
 {
 public:
@@ -76,12 +93,14 @@ public:
     // other real record has points; m_curveCount falls by one for each.
     void RemoveEmptyRecords();
 
-    // The record side of the dialog's Save direction: a real current curve
-    // gets TJ "25" (and the list is sorted) when it has another; the limits,
+    // The record side of the dialog's Save direction: the pairs of the point
+    // text go into the current curve unless it is the template; a real
+    // current curve with points then gets TJ "25" when it has another TJ, and
+    // one left without points becomes fresh (empty TJ), and the list is
+    // sorted when a key changed; the limits,
     // log flags and unit exponents of the fields go into the template (crossed,
-    // with FlagAxesExchanged, when field 1848 is ticked); the pairs of the
-    // point text go into the current curve unless it is the template.  False
-    // only when there is no list.  The dialog then enables Next.
+    // with FlagAxesExchanged, when field 1848 is ticked).  False only when
+    // there is no list.  The dialog then enables Next.
     bool SaveFields(const CToolFields &fields);
 
     // The current curve's pairs (crossed when `exchanged`) as the point text
@@ -97,10 +116,12 @@ public:
     bool AddCurve(const CToolFields &fields);
 
     // The record side of a finished trace (and of an applied typed curve):
-    // TJ "25", sort, save the fields, remove empty records.
+    // save the fields (which keys the curve "25" when it has points) and
+    // remove empty records.
     void FinishTrace(const CToolFields &fields);
 
-    // Start over: the current curve loses its points and gets TJ "25".
+    // Start over: the current curve loses its points and is fresh again (an
+    // empty TJ, key 0), so that the next save drops it.
     void ResetCurrentCurve();
 
     // The checks of saving, stopping at the first failure: save the fields,
@@ -110,10 +131,27 @@ public:
     // start and end within a tenth of the first curve's X span of where the
     // first curve does (not checked for device kind 595).  When all pass, the
     // template's limits (each pair put in rising order) go into every real
-    // curve with its log flags and unit exponents.
+    // curve with its log flags and unit exponents.  A refusal puts every
+    // record back as it was before the call, and makes the failing curve
+    // current; `plan.failedCurrent` says whether it was the current one.
     CSavePlan PrepareSaving(const CToolFields &fields, int deviceKind = 0);
 
-    // After a text file was loaded: m_curveCount takes the list's size, and
-    // the last record loses its points and its template flag.
+    // After a text file was loaded: the file's points (in the fields) belong
+    // to the current curve, which is the template only when no real curve is
+    // under work: then a fresh curve is added for them.  The template stays
+    // the template.  m_curveCount takes the list's size.
     void TakeOverLoadedFile();
+
+    // A capture always works on a real curve: when the template is current
+    // (the curve under work was dropped by a save, or none was added), a
+    // fresh curve is added and made current.
+    void EnsureRealCurrent();
+
+    // An empty text when the invariant above holds, else what is wrong.
+    QString CheckInvariant() const;
+
+private:
+    // A copy of the template, emptied, keyed 0 and made current, inserted
+    // before the first record whose key is not negative.
+    bool insertFreshCurve();
 };

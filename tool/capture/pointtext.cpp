@@ -3,6 +3,7 @@
 #include "support/myarrays.h"
 #include "tool/capture/numbertext.h"
 
+#include <climits>
 #include <string>
 
 void AppendPointText(QString &text, double x, double y)
@@ -43,7 +44,9 @@ bool isClosing(QChar c)
     return c == u')' || c == u']';
 }
 
-// Collects the pairs, growing the caller's array ten pairs at a time.
+// Collects the pairs into the caller's array, which starts at ten pairs (or
+// the caller's count plus ten) and doubles whenever it is full, so that a
+// long text costs one pass and no copy per ten pairs.
 class PairSink
 {
 public:
@@ -56,7 +59,7 @@ public:
     void Add(double x, double y)
     {
         if (2 * (m_count + 1) > m_pairs.GetSize())
-            m_pairs.SetSize(m_pairs.GetSize() + 20);
+            m_pairs.SetSize(m_pairs.GetSize() < (INT_MAX / 2) ? 2 * m_pairs.GetSize() : INT_MAX - 1);
         m_pairs[2 * m_count] = x;
         m_pairs[2 * m_count + 1] = y;
         ++m_count;

@@ -3,6 +3,7 @@
 #include "graphdata/draw/bitmapscreendraw.h"
 #include "graphdata/draw/curvepaint.h"
 #include "graphdata/draw/drawtools.h"
+#include "graphdata/axislabels.h"
 #include "graphdata/draw/graphdraw.h"
 #include "graphdata/draw/polylinecache.h"
 #include "graphdata/graphcurve.h"
@@ -13,6 +14,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QFontMetricsF>
+
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -520,4 +524,137 @@ TEST_F(GraphDraw, TheOverviewShowsAllRowsOverTheFullRanges)
         wide += plot.is(x, y, kRed) ? 1 : 0;
     EXPECT_LE(wide, 2);
     EXPECT_EQ(plot.graph.m_lastDrawnRow, 7); // the window's incremental state stays
+}
+
+namespace {
+
+// The labels of an axis that the painter keeps: X labels from the left,
+// one that would come within 2 pixels of the last is left out; Y labels
+// from the bottom, one that would overlap the last is left out.
+std::vector<double> paintedLabels(const CAxisTicks &ticks, double lo, double hi, int from, int to, bool xAxis,
+                                  const QFontMetricsF &fm, int targetRight)
+{
+    std::vector<double> kept;
+    const double scale = std::abs(to - from) / (hi - lo);
+    double last = xAxis ? -1e9 : 1e9;
+    for (int i = 0; i < int(ticks.labelAt.size()); ++i) {
+        const double v = ticks.labelAt[std::size_t(i)];
+        if (xAxis) {
+            const int x = from + int(std::floor((v - lo) * scale));
+            const double w = fm.horizontalAdvance(ticks.labels[i]);
+            const double left = std::max(0.0, XLabelLeft(x, w, targetRight));
+            if (left < last + 2)
+                continue;
+            last = left + w;
+        } else {
+            const int y = from - int(std::floor((v - lo) * scale));
+            const double top = y - fm.height() / 2;
+            if (top + fm.height() > last)
+                continue;
+            last = top;
+        }
+        kept.push_back(v);
+    }
+    return kept;
+}
+
+} // namespace
+
+// Log axes fitted to 1..1e7 and 1e-6..1e-3 end on the data's decades, and
+// every decade keeps its label however crowded the axis, in windows of
+// several sizes.
+TEST_F(GraphDraw, LogAxesEndOnTheDataAndKeepEveryDecadeLabel)
+{
+    const struct
+    {
+        double from, to; // data extent
+    } extents[] = {{1, 1e7}, {1e-6, 1e-3}, {1e-6, 1e-4}};
+    // the smallest still has room for eight decade labels on each axis
+    const QSize sizes[] = {{300, 200}, {360, 240}, {480, 320}, {900, 600}};
+    for (const auto &e : extents) {
+        std::vector<double> values;
+        const double l0 = std::log10(e.from), l1 = std::log10(e.to);
+        for (int i = 0; i <= 70; ++i)
+            values.push_back(std::pow(10.0, l0 + (l1 - l0) * i / 70));
+        for (const QSize &size : sizes) {
+            Plot plot({values, values});
+            plot.image = QImage(size, QImage::Format_RGB32);
+            plot.graph.m_xLog = 1;
+            plot.graph.Range(0)->m_logScale = 1;
+            plot.curve(1, kRed);
+            plot.graph.FitRanges();
+            const double decades[2][2] = {{plot.graph.m_xViewMin, plot.graph.m_xViewMax},
+                                          {plot.graph.Range(0)->m_viewMin, plot.graph.Range(0)->m_viewMax}};
+            for (const auto &d : decades) {
+                EXPECT_NEAR(d[0], l0, 1e-9) << e.from << " " << e.to; // no empty decade below
+                EXPECT_NEAR(d[1], l1, 1e-9) << e.from << " " << e.to; // nor above
+            }
+            plot.draw();
+            const CGraphLayout L = LayoutFor(plot.graph, plot.image.rect());
+            ASSERT_EQ(L.yAxes.size(), 1u);
+            const QFontMetricsF xfm(L.xFont), yfm(L.yAxes[0].font);
+            const std::vector<double> xs =
+                paintedLabels(L.xTicks, plot.graph.m_xViewMin, plot.graph.m_xViewMax, L.plot.left, L.plot.right,
+                              true, xfm, plot.image.rect().right());
+            const std::vector<double> ys =
+                paintedLabels(L.yAxes[0].ticks, plot.graph.Range(0)->m_viewMin, plot.graph.Range(0)->m_viewMax,
+                              L.plot.bottom, L.plot.top, false, yfm, 0);
+            for (int decade = int(std::lround(l0)); decade <= int(std::lround(l1)); ++decade) {
+                auto has = [decade](const std::vector<double> &at) {
+                    return std::any_of(at.begin(), at.end(), [decade](double v) { return std::fabs(v - decade) < 1e-9; });
+                };
+                EXPECT_TRUE(has(xs)) << "X label 1e" << decade << " at " << size.width() << "x" << size.height();
+                EXPECT_TRUE(has(ys)) << "Y label 1e" << decade << " at " << size.width() << "x" << size.height();
+            }
+        }
+    }
+}
+
+// The legend above and below the plot with 1 to 10 Y axes beside it, in
+// windows of several widths and heights: every entry stays inside the
+// window and off the plot, and the plot keeps half the window's height.
+TEST_F(GraphDraw, TheLegendStaysInItsRoomWhateverTheAxes)
+{
+    const QSize sizes[] = {{260, 300}, {400, 300}, {640, 300}, {900, 400}, {400, 160}};
+    for (int axes = 1; axes <= 10; ++axes) {
+        for (const QSize &size : sizes) {
+            for (int position : {0, 1, 2}) {
+                std::vector<std::vector<double>> columns{ramp(20)};
+                for (int a = 0; a < axes; ++a)
+                    columns.push_back(ramp(20, 1000.0 * (a + 1), 37.5 * (a + 1)));
+                Plot plot(columns);
+                plot.image = QImage(size, QImage::Format_RGB32);
+                for (int a = 0; a < axes; ++a) {
+                    CCurveInfo &c = plot.curve(a + 1, a % 2 ? kBlue : kRed);
+                    c.m_colLabel = QStringLiteral("Pressure in chamber %1").arg(a + 1);
+                    if (a > 0) {
+                        c.m_yAxisIndex = plot.graph.AddRange(&c);
+                        plot.graph.Range(c.m_yAxisIndex)->m_axisSide = a % 2 ? -(a + 1) / 2 : a / 2 + 1;
+                    }
+                }
+                plot.graph.m_legendPos = position;
+                plot.graph.m_legendOffset = 3000;
+                plot.graph.FitRanges();
+                plot.image.fill(Qt::white);
+                plot.draw();
+                const QRect r = plot.plot();
+                const std::string where = std::to_string(axes) + " axes, " + std::to_string(size.width()) + "x" +
+                                          std::to_string(size.height()) + ", position " + std::to_string(position);
+                int shown = 0;
+                for (const CIntRect &edges : plot.graph.m_curveHitRects) {
+                    if (edges == CIntRect())
+                        continue; // left out for want of room
+                    const QRect hit = EdgesToQRect(edges);
+                    ++shown;
+                    EXPECT_TRUE(plot.image.rect().contains(hit)) << where;
+                    if (position == 2)
+                        EXPECT_GT(hit.top(), r.bottom()) << where;
+                    else
+                        EXPECT_LT(hit.bottom(), r.top()) << where;
+                }
+                EXPECT_GE(shown, 1) << where;
+                EXPECT_GE(r.height(), size.height() / 2 - 1) << where;
+            }
+        }
+    }
 }

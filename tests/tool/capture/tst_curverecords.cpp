@@ -68,12 +68,12 @@ TEST(CurveRecords, TypeAndStartingList)
     EXPECT_EQ(r.m_currentElement->m_description, "Curve vs. Tc");
     EXPECT_EQ(r.m_deviceDatabase.GetData().GetSize(), 1);
 
-    // The type's prototype, then the template keyed one above it.
+    // The type's prototype, then the template, keyed as a fresh curve is.
     ASSERT_EQ(r.Size(), 2);
     EXPECT_EQ(r.m_curveCount, 2);
     EXPECT_EQ(r.m_currentCurve, r.Template());
     EXPECT_TRUE(r.Template()->IsTemplate());
-    EXPECT_EQ(r.Template()->sortKey, 1);
+    EXPECT_EQ(r.Template()->sortKey, 0);
     ASSERT_NE(r.At(0)->GetCondition("TJ"), nullptr);
     EXPECT_EQ(r.At(0)->GetCondition("TJ")->m_description, "Junction temperature");
 
@@ -165,8 +165,14 @@ TEST(CurveRecords, SavingChecks)
         fields.yAtSecond = "2";
         fields.yLog = true;
         fields.xUnit = "m";
+        const S before = rec.Order();
         const CSavePlan plan = rec.r.PrepareSaving(fields, c.kind);
         EXPECT_EQ(plan.ok, c.message == 0);
+        // A refusal changes no record.
+        if (!plan.ok) {
+            EXPECT_EQ(rec.Order(), before);
+            EXPECT_EQ(rec.r.Template()->xMax, 0.0);
+        }
         EXPECT_EQ(plan.messageId, c.message);
         EXPECT_EQ(plan.messageArgument, c.argument);
         EXPECT_EQ(plan.toWrite.size(), c.toWrite);
@@ -215,9 +221,11 @@ TEST(CurveRecords, SavedFieldsCrossWhenAxesAreExchanged)
         // Crossing back when loading gives the text that was saved.
         EXPECT_EQ(rec.r.CurrentPointText(exchanged), "(1,2)(3,4000)");
     }
+    // Start over makes the curve fresh again, so that a save drops it.
+    EXPECT_EQ(curve->sortKey, 25000);
     rec.r.ResetCurrentCurve();
     EXPECT_EQ(curve->GetPointCount(), 0);
-    EXPECT_EQ(curve->sortKey, 25000);
+    EXPECT_EQ(curve->sortKey, 0);
 }
 
 TEST(DeviceDatabase, CopiesOwnTheirRecords)

@@ -60,11 +60,11 @@ TEST(PointText, ParsesGroups)
     EXPECT_EQ(parse("(1k,2m)", false), (std::vector<double>{1, 2}));
 }
 
-TEST(PointText, ArrayGrowsByTenPairs)
+TEST(PointText, ArrayStartsAtTenPairsAndDoubles)
 {
     const struct { int hint; int pairs; int capacity; } cases[] = {
         {0, 3, 10}, {5, 3, 15}, {99, 3, 109}, {100, 3, 10}, {-4, 3, 10},
-        {0, 10, 10}, {0, 11, 20}, {5, 16, 25},
+        {0, 10, 10}, {0, 11, 20}, {5, 16, 30}, {0, 21, 40}, {0, 81, 160}, {99, 110, 218},
     };
     for (const auto &c : cases) {
         QString text;

@@ -2,9 +2,16 @@
 #include "tool/capture/pointtextfile.h"
 #include "tool/capture/toolfields.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <cerrno>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <string_view>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -59,65 +66,137 @@ TEST(PointTextFile, WritesTwelveDigitsThatReadBack)
     EXPECT_TRUE(readAll(path).startsWith("I V\r\n1 2\r\n"));
 }
 
-TEST(PointTextFile, ShorterFileLeavesTheOldTail)
+// The names in a folder, so that a temporary file left behind shows.
+static QStringList namesIn(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+}
+
+TEST(PointTextFile, ASavedFileHoldsExactlyTheCurve)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath("c.txt");
     QString report;
-    ASSERT_TRUE(WritePointTextFile(path, curveOf({1, 1, 2, 2, 3, 3, 4, 4}), "", "", report));
-    const QByteArray before = readAll(path);
-    ASSERT_TRUE(WritePointTextFile(path, curveOf({5, 5.5}), "", "", report));
-    EXPECT_EQ(readAll(path), "5 5.5\r\n" + before.mid(7));
+    CGraphInfoData longCurve;
+    longCurve.points.SetSize(200);
+    for (int i = 0; i < 400; ++i)
+        longCurve.points.GetData()[i] = i;
+    ASSERT_TRUE(WritePointTextFile(path, longCurve, "U", "I", report));
+    ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), 0640), 0);
+    ASSERT_TRUE(WritePointTextFile(path, curveOf({5, 5.5, 6, 6.5}), "", "", report));
+    EXPECT_EQ(readAll(path), "5 5.5\r\n6 6.5\r\n");
+    EXPECT_EQ(namesIn(dir.path()), QStringList{"c.txt"});
+    // A replaced file keeps its permissions.
+    struct stat st {};
+    ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0640u);
 }
 
-TEST(PointTextFile, FailedOpenIsReported)
+TEST(PointTextFile, AFailedWriteKeepsTheOldFileAndSaysWhy)
 {
     QString report;
     CPointTable table;
     EXPECT_FALSE(WritePointTextFile("/nonexistent/dir/c.txt", curveOf({1, 2}), "", "", report));
-    EXPECT_TRUE(report.contains("/nonexistent/dir/c.txt"));
+    EXPECT_EQ(report, QString::fromLocal8Bit(std::strerror(ENOENT)));
     report.clear();
     EXPECT_EQ(ReadPointTextFile("/nonexistent/c.txt", table, report), PointFileRead::OpenFailed);
     EXPECT_TRUE(report.contains("/nonexistent/c.txt"));
+
+    // A folder that cannot be written: the old file stays, nothing is added.
+    // (root writes anywhere, so this part needs another user.)
+    QTemporaryDir dir;
+    const QString path = dir.filePath("old.txt");
+    writeFile(path, "1 2\r\n");
+    if (::geteuid() != 0) {
+        ASSERT_TRUE(QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::ExeOwner));
+        EXPECT_FALSE(WritePointTextFile(path, curveOf({3, 4}), "", "", report));
+        EXPECT_EQ(report, QString::fromLocal8Bit(std::strerror(EACCES)));
+        QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        EXPECT_EQ(readAll(path), "1 2\r\n");
+        EXPECT_EQ(namesIn(dir.path()), QStringList{"old.txt"});
+    }
+}
+
+TEST(PointTextFile, AFullDiskKeepsTheOldFile)
+{
+    // A file system of 64 KiB of our own, mounted where the test can fill it.
+    QTemporaryDir dir;
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "mounting a small tmpfs needs root";
+    const QByteArray mountPoint = QFile::encodeName(dir.path());
+    if (::mount("tmpfs", mountPoint.constData(), "tmpfs", 0, "size=64k") != 0)
+        GTEST_SKIP() << "mounting a small tmpfs is not allowed here: " << std::strerror(errno);
+    struct Unmount {
+        QByteArray at;
+        ~Unmount() { ::umount(at.constData()); }
+    } unmount{mountPoint};
+
+    const QString path = dir.filePath("curve.txt");
+    QString report;
+    ASSERT_TRUE(WritePointTextFile(path, curveOf({1, 2, 3, 4}), "U", "I", report)) << qPrintable(report);
+    const QByteArray before = readAll(path);
+
+    // 4000 points of 12 digits each need far more than 64 KiB.
+    CGraphInfoData big;
+    big.points.SetSize(4000);
+    for (int i = 0; i < 8000; ++i)
+        big.points.GetData()[i] = 1.0 / 3.0 + i;
+    EXPECT_FALSE(WritePointTextFile(path, big, "U", "I", report));
+    EXPECT_EQ(report, QString::fromLocal8Bit(std::strerror(ENOSPC)));
+    EXPECT_EQ(readAll(path), before);
+    EXPECT_EQ(namesIn(dir.path()), QStringList{"curve.txt"});
+
+    // A new file that does not fit leaves no empty file behind.
+    EXPECT_FALSE(WritePointTextFile(dir.filePath("new.txt"), big, "", "", report));
+    EXPECT_EQ(namesIn(dir.path()), QStringList{"curve.txt"});
 }
 
 TEST(PointTextFile, Reads)
 {
     const struct {
         const char *name;
-        const char *content;
+        std::string_view content;
         PointFileRead result;
         QStringList names;
         QStringList rows;
-        const char *extremes; // x min, x max, y min, y max
+        const char *extremes; // x min, x max, y min, y max; or the line of a bad one
     } cases[] = {
         {"header", "; made by hand\n// twice\n\n  Vce Ic\n1 2\n3 4\n", PointFileRead::Read, {"Vce", "Ic"}, {"1,2", "3,4"}, "1 3 2 4"},
         {"no header", "1 2\n 3,4\n", PointFileRead::Read, {}, {"1,2", "3,4"}, "1 3 2 4"},
         {"tabs, commas, CR LF", "x\ty\r\n1,\t2\r\n\r\n  \t\r\n3 ,4\r\n", PointFileRead::Read, {"x", "y"}, {"1,2", "3,4"}, "1 3 2 4"},
-        {"Fortran exponent", "x y\n1e3 2.5D0\n", PointFileRead::Read, {"x", "y"}, {"1e3,2.5D0"}, "1e3 1e3 2.5D0 2.5D0"},
+        {"CR alone", "x y\r1 2\r3 4\r", PointFileRead::Read, {"x", "y"}, {"1,2", "3,4"}, "1 3 2 4"},
+        {"Fortran exponent", "x y\n1e3 2.5D0\n1 2.5d-3\n", PointFileRead::Read, {"x", "y"}, {"1e3,2.5E0", "1,2.5E-3"}, "1 1e3 2.5E-3 2.5E0"},
+        {"numbers are no header", "1 2.5D0\n3 4\n", PointFileRead::Read, {}, {"1,2.5E0", "3,4"}, "1 3 2.5E0 4"},
         {"extremes as written", "x y\n2.50 1\n-1.0 3.000\n10 -2\n", PointFileRead::Read, {"x", "y"}, {"2.50,1", "-1.0,3.000", "10,-2"}, "-1.0 10 -2 3.000"},
         {"Y over all columns", "a b c\n1 5 -7\n2 3 9\n", PointFileRead::Read, {"a", "b", "c"}, {"1,5,-7", "2,3,9"}, "1 2 -7 9"},
         {"surplus ignored", "x y\n1 2 oops\n", PointFileRead::Read, {"x", "y"}, {"1,2"}, "1 1 2 2"},
+        {"comments anywhere", "; a\nx y\n; b\n1 2\n// c\n\n3 4\n", PointFileRead::Read, {"x", "y"}, {"1,2", "3,4"}, "1 3 2 4"},
+        {"comments before data", "; note\n\n1 2\n", PointFileRead::Read, {}, {"1,2"}, "1 1 2 2"},
+        {"UTF-8 mark", "\xEF\xBB\xBFx y\n1 2\n", PointFileRead::Read, {"x", "y"}, {"1,2"}, "1 1 2 2"},
+        {"UTF-16 LE with mark", std::string_view("\xFF\xFEx\0 \0y\0\n\0" "1\0 \0" "2\0\n\0", 18), PointFileRead::Read, {"x", "y"}, {"1,2"}, "1 1 2 2"},
+        {"UTF-16 BE without mark", std::string_view("\0" "1\0 \0" "2\0\r\0\n\0" "3\0 \0" "4", 16), PointFileRead::Read, {}, {"1,2", "3,4"}, "1 3 2 4"},
         {"only comments", "; one\n// two\n\n", PointFileRead::NoData, {}, {}, ""},
+        {"only commas", ",,,\n , ,\n", PointFileRead::NoData, {}, {}, ""},
         {"empty", "", PointFileRead::NoData, {}, {}, ""},
         {"header only", "x y\n  \n", PointFileRead::NoData, {}, {}, ""},
-        {"bad character", "x y\n1 2\n3 a\n", PointFileRead::BadLine, {}, {}, ""},
-        {"too few numbers", "x y\n1 2\n3\n", PointFileRead::BadLine, {}, {}, ""},
-        {"comment after a header", "x y\n; note\n1 2\n", PointFileRead::BadLine, {}, {}, ""},
-        // Without a header the file is read again from its start.
-        {"comment before data", "; note\n1 2\n", PointFileRead::BadLine, {}, {}, ""},
+        {"bad character", "x y\n1 2\n3 a\n", PointFileRead::BadLine, {}, {}, "3"},
+        {"too few numbers", "x y\n1 2\n3\n", PointFileRead::BadLine, {}, {}, "3"},
+        {"one column without a header", "1\n2\n", PointFileRead::BadLine, {}, {}, "1"},
+        {"NUL byte", std::string_view("1 2\n3 4\0 junk\n5 6\n", 19), PointFileRead::BadLine, {}, {}, "2"},
     };
     QTemporaryDir dir;
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
         const QString path = dir.filePath("in.txt");
-        writeFile(path, c.content);
+        writeFile(path, QByteArray(c.content.data(), qsizetype(c.content.size())));
         CPointTable table;
         table.rows = QStringList{"held"};
         QString report;
-        ASSERT_EQ(ReadPointTextFile(path, table, report), c.result);
+        int line = -1;
+        ASSERT_EQ(ReadPointTextFile(path, table, report, &line), c.result);
         if (c.result != PointFileRead::Read) {
             EXPECT_EQ(table.rows, QStringList{"held"});
+            EXPECT_EQ(QString::number(line), QString::fromLatin1(*c.extremes ? c.extremes : "0"));
             continue;
         }
         EXPECT_EQ(table.columnNames, c.names);
@@ -125,6 +204,19 @@ TEST(PointTextFile, Reads)
         EXPECT_EQ(QStringList({table.xMinText, table.xMaxText, table.yMinText, table.yMaxText}).join(' '),
                   c.extremes);
     }
+}
+
+TEST(PointTextFile, FortranExponentsReadAsTheirValues)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("d.txt");
+    writeFile(path, "2.5D-3 1d2\n-1D0 +4.0D+1\n");
+    CPointTable table;
+    QString report;
+    ASSERT_EQ(ReadPointTextFile(path, table, report), PointFileRead::Read);
+    const double expected[] = {2.5e-3, 100, -1, 40};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_DOUBLE_EQ(table.values.GetData()[i], expected[i]) << i;
 }
 
 TEST(PointTextFile, TableGoesIntoTheFields)
@@ -162,8 +254,18 @@ TEST(PointTextFile, TableGoesIntoTheFields)
               QStringList({"1", "2", "-7", "9"}));
     EXPECT_EQ(xName, "U"); // the names in the fields win over the file's
     EXPECT_EQ(yName, "I");
+    // The file belongs to a fresh curve (the template was current); the
+    // template stays the template.
     EXPECT_EQ(records.m_curveCount, records.Size());
-    EXPECT_FALSE(records.Template()->IsTemplate());
+    EXPECT_TRUE(records.Template()->IsTemplate());
+    EXPECT_FALSE(records.CurrentIsTemplate());
+    EXPECT_EQ(records.CheckInvariant(), QString());
+
+    // Empty name fields take the file's names, so that a save writes them.
+    fields.xName = "";
+    fields.yName = " ";
+    ASSERT_EQ(ApplyPointTable(table, fields, records, xName, yName), PointTableApplied::Applied);
+    EXPECT_EQ(QStringList({fields.xName, fields.yName, xName, yName}), QStringList({"Vce", "Ic", "Vce", "Ic"}));
 }
 
 TEST(PointTextFile, OfferedName)

@@ -1,0 +1,172 @@
+// Values to texts and texts to values.
+
+#include "functions/rpnconversions.h"
+
+#include "formula/rpndictionary.h"
+#include "formula/rpnkeywords.h"
+#include "formula/rpntree.h"
+
+namespace {
+
+constexpr int kMsgErrorInFormula = 41653;
+constexpr std::uint32_t kDigits = 16;
+
+int digitsOrDefault(int digits)
+{
+    return digits < 1 || digits > 31 ? int(kDigits) : digits;
+}
+
+} // namespace
+
+void CNodeToString::Evaluate(CRpnData &result, unsigned char &status)
+{
+    const int count = GetOperandCount();
+    if (count == 0) {
+        result.SetText(QString());
+        return;
+    }
+    CRpnData value;
+    if (!EvaluateArgument(this, 0, value, result, status))
+        return;
+    int digits = int(kDigits);
+    if (count >= 2 && m_children[1]) {
+        // A failing precision falls back to 16 digits; the call goes on.
+        CRpnData d;
+        unsigned char own = 1;
+        m_children[1]->Evaluate(d, own);
+        if (own != 0)
+            digits = d.IsReal() || d.IsInt() ? d.GetInt() : 6;
+    }
+    result.SetText(value.GetText(std::uint32_t(digitsOrDefault(digits))));
+}
+
+void CNode_ToString2::Evaluate(CRpnData &result, unsigned char &status)
+{
+    const int count = GetOperandCount();
+    if (count == 0) {
+        result.SetText(QString());
+        return;
+    }
+    CRpnData value;
+    if (!EvaluateArgument(this, 0, value, result, status))
+        return;
+    if (count == 1) {
+        result.SetText(value.GetText(kDigits));
+        return;
+    }
+    CMapStringToRpnData options;
+    for (int i = 1; i < count; ++i) {
+        ReadNamedParam(m_children[std::size_t(i)], options, status, true);
+        if (status == 0) {
+            result.SetInt(0);
+            return;
+        }
+    }
+    result.SetText(value.FormatValue(options));
+}
+
+namespace {
+
+// The failure of a run inside Value, taken over by the calling tree.
+void reportInnerFailure(CRpnNode *node, const CEquationTree &inner, unsigned char &status)
+{
+    status = 0;
+    CEquationTree *tree = node->m_tree;
+    if (!tree || tree->HasError())
+        return;
+    const int row = inner.GetErrorRow() > 0 ? inner.GetErrorRow() : 1;
+    const int col = inner.GetErrorCol() > 0 ? inner.GetErrorCol() : 0;
+    QString message = RpnMessage(kMsgErrorInFormula, {node->GetName(), row, col});
+    if (inner.HasError())
+        message += QStringLiteral(" ::") + inner.GetErrorMessage();
+    // Rows inside the text count from the node's own row.
+    tree->ReportError(status, message, node->GetName(), node->m_row + row - 1, node->m_col + col);
+}
+
+// Runs a compiled tree; false (reported) when the run fails.
+bool runInner(CRpnNode *node, CEquationTree &inner, CRpnData &outcome, unsigned char &status)
+{
+    if (inner.Run(outcome) == 1)
+        return true;
+    reportInnerFailure(node, inner, status);
+    return false;
+}
+
+} // namespace
+
+void CNodeToValue::Evaluate(CRpnData &result, unsigned char &status)
+{
+    const int count = GetOperandCount();
+    if (count == 0) {
+        result.SetInt(0);
+        return;
+    }
+    CRpnData value;
+    if (!EvaluateArgument(this, 0, value, result, status))
+        return;
+    if (!value.IsString() && !value.IsFormula()) {
+        result = std::move(value);
+        return;
+    }
+    // The named values are read before the text is compiled, so that the
+    // compiled text finds them among its locals.
+    CMapStringToRpnData named;
+    for (int i = 1; i < count; ++i) {
+        ReadNamedParam(m_children[std::size_t(i)], named, status, false);
+        if (status == 0) {
+            result.SetInt(0);
+            return;
+        }
+    }
+    CRpnData outcome;
+    if (value.IsString()) {
+        CEquationTree inner;
+        if (m_tree) {
+            inner.CopySettingsFrom(*m_tree);
+            inner.BorrowFunctions(*m_tree);
+            inner.m_rowIndex = m_tree->m_rowIndex;
+            inner.SetSampling(m_tree->GetSamplingStep(), m_tree->GetSamplingX(), m_tree->GetSamplingCount());
+        }
+        // The inner tree reports to this node; only the calling tree throws.
+        inner.throwOnError = 0;
+        if (inner.Compile(value.GetTextValue(), &named, true) != 1) {
+            const QString trimmed = value.GetTextValue().trimmed();
+            if ((!m_tree || !m_tree->HasError()) && trimmed.size() >= 2 && trimmed.startsWith(u'{')
+                && trimmed.endsWith(u'}'))
+                result.SetText(trimmed);
+            else
+                result.SetInt(0);
+            return;
+        }
+        if (!runInner(this, inner, outcome, status)) {
+            result.SetInt(0);
+            return;
+        }
+    } else {
+        outcome = value;
+    }
+    if (outcome.GetKind() == RPN_ARRAY && outcome.GetSize() == 1)
+        outcome = CRpnData(outcome.GetItems()[0]);
+    if (outcome.IsFormula() && outcome.GetFormula()) {
+        CEquationTree *formula = outcome.GetFormula();
+        const std::int32_t throwing = formula->throwOnError;
+        formula->throwOnError = 0;
+        formula->ResetError();
+        CRpnData again;
+        const bool ok = runInner(this, *formula, again, status);
+        formula->throwOnError = throwing;
+        if (!ok) {
+            result.SetInt(0);
+            return;
+        }
+        outcome = std::move(again);
+    }
+    result = std::move(outcome);
+}
+
+void ProvideConversionFunctions(CRpnPrototypeArray &prototypes)
+{
+    CRpnNode *const nodes[] = {new CNodeToValue, new CNodeToString, new CNode_ToString2};
+    for (CRpnNode *node : nodes)
+        prototypes.SetAt(node->GetKind(), node);
+}

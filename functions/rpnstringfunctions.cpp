@@ -1,0 +1,409 @@
+// Searching and cutting texts.
+
+#include "functions/rpnstringfunctions.h"
+
+#include "formula/rpnkeywords.h"
+
+#include <QStringView>
+
+namespace {
+
+constexpr int kMsgNoFormulaReplace = 43313;
+constexpr std::uint32_t kDigits = 16;
+
+bool isBlankOrTab(QChar c)
+{
+    return c == u' ' || c == u'\t';
+}
+
+// Calls onToken(token) for each token of Split; see CNodeSplit.
+template <class Emit>
+void splitWalk(QStringView text, QStringView set, const Emit &onToken)
+{
+    const qsizetype n = text.size();
+    qsizetype pos = 0;
+    while (pos < n) {
+        qsizetype j = pos;
+        while (j < n && !set.contains(text[j]))
+            ++j;
+        if (j < n && isBlankOrTab(text[j])) {
+            const QStringView token = text.mid(pos, j - pos).trimmed();
+            while (j < n && isBlankOrTab(text[j]))
+                ++j;
+            if (!token.isEmpty())
+                onToken(token);
+            pos = j;
+        } else {
+            onToken(text.mid(pos, j - pos));
+            pos = j + 1;
+        }
+    }
+}
+
+// Calls onToken(token) for each token of Split2; see CNodeSplit2.
+template <class Emit>
+void split2Walk(QStringView text, QStringView begin, QStringView end, bool keep, const Emit &onToken)
+{
+    const qsizetype n = text.size();
+    auto add = [&](qsizetype from, qsizetype to) {
+        if (to > from)
+            onToken(text.mid(from, to - from));
+    };
+    if (!end.isEmpty()) {
+        qsizetype pos = 0;
+        for (;;) {
+            const qsizetype b = text.indexOf(begin, pos);
+            if (b < 0)
+                return;
+            const qsizetype inside = b + begin.size();
+            const qsizetype e = text.indexOf(end, inside);
+            if (e < 0) {
+                add(keep ? b : inside, n);
+                return;
+            }
+            add(keep ? b : inside, keep ? e + end.size() : e);
+            pos = e + end.size();
+        }
+    }
+    qsizetype tokenStart = 0, searchFrom = 0;
+    for (;;) {
+        const qsizetype b = text.indexOf(begin, searchFrom);
+        if (b < 0) {
+            add(tokenStart, n);
+            return;
+        }
+        add(tokenStart, b);
+        tokenStart = keep ? b : b + begin.size();
+        searchFrom = b + begin.size();
+    }
+}
+
+// An ARRAY of the tokens a walk gives: counted first, then made, so that the
+// array is allocated once.
+template <class Walk>
+void tokensToArray(CRpnNode *node, CRpnData &result, unsigned char &status, const Walk &walk)
+{
+    qsizetype count = 0;
+    walk([&count](QStringView) { ++count; });
+    if (!CheckArrayCells(node, status, double(count), false)) {
+        result.SetNull();
+        return;
+    }
+    result.SetArray(int(count));
+    CRpnData *cells = result.GetItems();
+    int i = 0;
+    walk([&cells, &i](QStringView token) { cells[i++].SetText(token.toString()); });
+}
+
+bool inSet(const QString &set, QChar c)
+{
+    return set.contains(c);
+}
+
+QString trimLeft(const QString &text, const QString &set)
+{
+    qsizetype i = 0;
+    if (set.isEmpty()) {
+        while (i < text.size() && text[i].isSpace())
+            ++i;
+    } else {
+        while (i < text.size() && inSet(set, text[i]))
+            ++i;
+    }
+    return text.mid(i);
+}
+
+QString trimRight(const QString &text, const QString &set)
+{
+    qsizetype n = text.size();
+    if (set.isEmpty()) {
+        while (n > 0 && text[n - 1].isSpace())
+            --n;
+    } else {
+        while (n > 0 && inSet(set, text[n - 1]))
+            --n;
+    }
+    return text.left(n);
+}
+
+} // namespace
+
+// --- Find, FindReverse ------------------------------------------------------------------------
+
+qsizetype CNodeFindChar::Search(const QString &text, const QString &what, int start, bool) const
+{
+    return text.indexOf(what, start < 0 ? 0 : start, Qt::CaseInsensitive);
+}
+
+qsizetype CNodeFindReverseChar::Search(const QString &text, const QString &what, int start, bool hasStart) const
+{
+    const qsizetype n = text.size();
+    qsizetype last = hasStart ? start : n - 1;
+    if (last < 0 || last >= n)
+        last = n - 1;
+    const qsizetype from = last - what.size() + 1;
+    if (from < 0)
+        return -1;
+    return text.lastIndexOf(what, from, Qt::CaseInsensitive);
+}
+
+void CNodeFindChar::Evaluate(CRpnData &result, unsigned char &status)
+{
+    const int count = GetOperandCount();
+    result.SetInt(-1);
+    if (count < 2) {
+        status = 0;
+        return;
+    }
+    CRpnData text, what, start;
+    if (!EvaluateArgument(this, 0, text, result, status))
+        return;
+    if (!text.IsString() || text.GetTextValue().isEmpty())
+        return;
+    if (!EvaluateArgument(this, 1, what, result, status))
+        return;
+    if (count > 2 && !EvaluateArgument(this, 2, start, result, status))
+        return;
+    const bool hasStart = count > 2;
+    const int from = hasStart ? start.GetInt() : 0;
+    const QString &haystack = text.GetTextValue();
+    qsizetype found = -1;
+    if (what.GetKind() != RPN_ARRAY) {
+        const QString needle = what.GetText(kDigits);
+        if (!needle.isEmpty())
+            found = Search(haystack, needle, from, hasStart);
+    } else {
+        for (int i = 0; i < what.GetSize(); ++i) {
+            const QString needle = what.GetItems()[i].GetText(kDigits);
+            if (needle.isEmpty())
+                continue;
+            const qsizetype at = Search(haystack, needle, from, hasStart);
+            if (at >= 0 && (found < 0 || at < found))
+                found = at;
+        }
+    }
+    result.SetInt(int(found));
+}
+
+// --- Replace --------------------------------------------------------------------------------------
+
+void CNodeReplaceThis::Evaluate(CRpnData &result, unsigned char &status)
+{
+    const int count = GetOperandCount();
+    if (count == 0) {
+        result.SetNull();
+        status = 0;
+        return;
+    }
+    CRpnData value;
+    if (!EvaluateArgument(this, 0, value, result, status))
+        return;
+    if (value.IsFormula()) {
+        ReportFunctionText(this, status, RpnMessage(kMsgNoFormulaReplace, {GetName()}));
+        result.SetNull();
+        return;
+    }
+    if (!value.IsString()) {
+        result.SetNull();
+        status = 0;
+        return;
+    }
+    QString text = value.GetTextValue();
+    for (int i = 1; i < count; i += 2) {
+        // A variable stands for its name on both sides and is not read.
+        QString what, with;
+        CRpnData v;
+        if (CNodeVariable *variable = m_children[std::size_t(i)] ? m_children[std::size_t(i)]->AsVariable() : nullptr) {
+            what = variable->m_name;
+        } else {
+            if (!EvaluateArgument(this, i, v, result, status))
+                return;
+            what = v.GetText(kDigits);
+        }
+        if (i + 1 >= count) {
+            ReportMissingParameter(this, status, i + 2);
+            result.SetNull();
+            return;
+        }
+        if (CNodeVariable *variable =
+                m_children[std::size_t(i + 1)] ? m_children[std::size_t(i + 1)]->AsVariable() : nullptr) {
+            with = variable->m_name;
+        } else {
+            if (!EvaluateArgument(this, i + 1, v, result, status))
+                return;
+            with = v.GetText(kDigits);
+        }
+        if (!what.isEmpty())
+            text.replace(what, with, Qt::CaseSensitive);
+    }
+    result.SetText(text);
+}
+
+// --- Split, Split2 ----------------------------------------------------------------------------------
+
+void CNodeSplit::Evaluate(CRpnData &result, unsigned char &status)
+{
+    const int count = GetOperandCount();
+    CRpnData value, separators;
+    if (count == 0) {
+        result.SetNull();
+        status = 0;
+        return;
+    }
+    if (!EvaluateArgument(this, 0, value, result, status))
+        return;
+    const QString text = value.GetText(kDigits);
+    if (text.isEmpty()) {
+        result.SetNull();
+        status = 0;
+        return;
+    }
+    QString set;
+    if (count > 1) {
+        if (!EvaluateArgument(this, 1, separators, result, status))
+            return;
+        set = separators.GetText(kDigits);
+    }
+    if (set.isEmpty()) {
+        result.SetNull();
+        status = 0;
+        return;
+    }
+    tokensToArray(this, result, status, [&](const auto &onToken) { splitWalk(text, set, onToken); });
+}
+
+void CNodeSplit2::Evaluate(CRpnData &result, unsigned char &status)
+{
+    const int count = GetOperandCount();
+    if (count == 0) {
+        result.SetNull();
+        status = 0;
+        return;
+    }
+    CRpnData value, begin, end, keep;
+    if (!EvaluateArgument(this, 0, value, result, status))
+        return;
+    const QString text = value.GetText(kDigits);
+    if (text.isEmpty()) {
+        result.SetNull();
+        status = 0;
+        return;
+    }
+    if (count > 1 && !EvaluateArgument(this, 1, begin, result, status))
+        return;
+    if (count > 2 && !EvaluateArgument(this, 2, end, result, status))
+        return;
+    if (count > 3 && !EvaluateArgument(this, 3, keep, result, status))
+        return;
+    const QString beginMark = count > 1 ? begin.GetText(kDigits) : QString();
+    const QString endMark = count > 2 ? end.GetText(kDigits) : QString();
+    const bool keepMarks = count > 3 && keep.GetInt() != 0;
+    if (beginMark.isEmpty()) {
+        result.SetNull();
+        status = 0;
+        return;
+    }
+    tokensToArray(this, result, status, [&](const auto &onToken) { split2Walk(text, beginMark, endMark, keepMarks, onToken); });
+}
+
+// --- SubStr --------------------------------------------------------------------------------------------
+
+void CNodeSubString::Evaluate(CRpnData &result, unsigned char &status)
+{
+    const int count = GetOperandCount();
+    if (count == 0) {
+        result.SetText(QString());
+        status = 0;
+        return;
+    }
+    CRpnData value, start, length;
+    if (!EvaluateArgument(this, 0, value, result, status))
+        return;
+    const QString text = value.GetText(kDigits);
+    if (text.isEmpty()) {
+        result.SetText(QString());
+        status = 0;
+        return;
+    }
+    if (count == 1) {
+        result.SetText(text);
+        return;
+    }
+    if (!EvaluateArgument(this, 1, start, result, status))
+        return;
+    if (count > 2 && !EvaluateArgument(this, 2, length, result, status))
+        return;
+    const qsizetype n = text.size();
+    qsizetype from = start.GetInt();
+    if (from < 0)
+        from = std::max<qsizetype>(n + from, 0);
+    if (from >= n) {
+        result.SetText(QString());
+        return;
+    }
+    const qsizetype take = count > 2 ? length.GetInt() : -1;
+    result.SetText(take < 0 ? text.mid(from) : text.mid(from, take));
+}
+
+// --- the Trim family ------------------------------------------------------------------------------------
+
+void CNodeString_base::Evaluate(CRpnData &result, unsigned char &status)
+{
+    const int count = GetOperandCount();
+    result.SetText(QString());
+    if (count == 0) {
+        status = 0;
+        return;
+    }
+    CRpnNode *first = m_children[0];
+    const bool byReference = first && first->IsVariable();
+    CRpnData value;
+    if (!EvaluateArgument(this, 0, value, result, status))
+        return;
+    const QString text = value.GetText(kDigits);
+    QString set;
+    for (int i = 1; i < count; ++i) {
+        CRpnData part;
+        if (!EvaluateArgument(this, i, part, result, status))
+            return;
+        set += part.GetText(kDigits);
+    }
+    result.SetText(Operate(text, set));
+    if (byReference)
+        WriteBackParameter(first, result, status);
+}
+
+QString CNodeTrimChar::Operate(const QString &text, const QString &set) const
+{
+    return trimLeft(trimRight(text, set), set);
+}
+
+QString CNodeTrimLeftChar::Operate(const QString &text, const QString &set) const
+{
+    return trimLeft(text, set);
+}
+
+QString CNodeTrimRightChar::Operate(const QString &text, const QString &set) const
+{
+    return trimRight(text, set);
+}
+
+QString CNodeMakeUpperChar::Operate(const QString &text, const QString &) const
+{
+    return text.toUpper();
+}
+
+QString CNodeMakeLowerChar::Operate(const QString &text, const QString &) const
+{
+    return text.toLower();
+}
+
+void ProvideStringFunctions(CRpnPrototypeArray &prototypes)
+{
+    CRpnNode *const nodes[] = {new CNodeFindChar,      new CNodeFindReverseChar, new CNodeReplaceThis,
+                               new CNodeSplit,         new CNodeSplit2,          new CNodeSubString,
+                               new CNodeTrimChar,      new CNodeTrimLeftChar,    new CNodeTrimRightChar,
+                               new CNodeMakeUpperChar, new CNodeMakeLowerChar};
+    for (CRpnNode *node : nodes)
+        prototypes.SetAt(node->GetKind(), node);
+}

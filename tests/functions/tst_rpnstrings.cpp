@@ -1,0 +1,147 @@
+// The text functions and the conversions through Compile and Run: searches
+// that fold case (also beyond ASCII), exact replacing and splitting, the
+// positions of SubStr, the Trim family writing back, String, ToString and
+// Value.
+
+#include "formula/rpntree.h"
+
+#include "formulatest.h"
+#include "functionstest.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const char *const kUmlauts = "Gr\xC3\xBC\xC3\x9F" "e aus K\xC3\x96LN"; // "Grüße aus KÖLN"
+
+std::string quietFailure()
+{
+    return "E:@-1,-1";
+}
+
+} // namespace
+
+TEST(RpnStrings, FindAndFindReverse)
+{
+    ExpectCases({
+        {"", "Find(\"xaby\", \"AB\")", "INT:1"},
+        {"", "Find(\"\", \"a\")", "INT:-1"},
+        {"", "Find(5, \"5\")", "INT:-1"},
+        {"", "Find(\"abc\", \"\")", "INT:-1"},
+        {"", "Find(\"abcabc\", \"c\", 3)", "INT:5"},
+        {"", "Find(\"abcabc\", \"c\", -7)", "INT:2"},
+        {"", "Find(\"abcabc\", \"c\", 6)", "INT:-1"},
+        {"", "Find(\"abcabc\", {\"c\", \"\", \"B\"})", "INT:1"},
+        {"", "Find(\"abcabc\", {\"x\", \"y\"})", "INT:-1"},
+        {"", "Find(\"a1.5b\", 1.5)", "INT:1"},
+        // Case folding beyond ASCII; positions in UTF-16 units.
+        {(std::string("t = \"") + kUmlauts + "\"").c_str(), "Find(t, \"k\xC3\xB6ln\")", "INT:10"},
+        {"", "Find(\"\xCE\x91\xCE\x92\xCE\x93\", \"\xCE\xB2\xCE\xB3\")", "INT:1"},
+        {"", "Find(\"\xF0\x9F\x98\x80x\", \"X\")", "INT:2"},
+        {"", "FindReverse(\"abcabc\", \"AB\")", "INT:3"},
+        {"", "FindReverse(\"abcabc\", \"ab\", 2)", "INT:0"},
+        {"", "FindReverse(\"abcabc\", \"ab\", 1)", "INT:0"},
+        {"", "FindReverse(\"abcabc\", \"ab\", 0)", "INT:-1"},
+        {"", "FindReverse(\"abcabc\", \"ab\", -1)", "INT:3"},
+        {"", "FindReverse(\"abcabc\", \"ab\", 99)", "INT:3"},
+        {"", "FindReverse(\"abcabc\", {\"a\", \"c\"})", "INT:3"},
+        {"", "FindReverse(\"x\xC3\xA4" "by\xC3\x84" "B\", \"\xC3\xA4" "b\")", "INT:4"},
+        {"", "Find(\"abc\")", quietFailure()},
+    });
+}
+
+TEST(RpnStrings, ReplaceSplitAndSplit2)
+{
+    ExpectCases({
+        // Replace compares exactly and goes pair by pair.
+        {"", "Replace(\"xaby\", \"AB\", \"Q\")", "STRING:xaby"},
+        {"", "Replace(\"a-b-c\", \"-\", \"+\")", "STRING:a+b+c"},
+        {"", "Replace(\"abc\", \"a\", \"b\", \"b\", \"c\")", "STRING:ccc"},
+        {"", "Replace(\"abc\", \"\", \"x\")", "STRING:abc"},
+        {"", "Replace(\"n=1\", 1, 2.5)", "STRING:n=2.5"},
+        // A variable stands for its own name, on both sides.
+        {"x = 7", "Replace(\"x+1\", x, \"z\")", "STRING:z+1"},
+        {"y = 1", "Replace(\"abc\", \"b\", y)", "STRING:ayc"},
+        {"", "Replace(\"abc\", \"a\")", FunctionMessage("Replace is missing its parameter 3.")},
+        {"", "Replace(5, \"a\", \"b\")", quietFailure()},
+        // Split: blanks fold and trim, other separators keep empty tokens.
+        {"", "Split(\"a,,b\", \",\")", "ARRAY:{a,,b}"},
+        {"", "Split(\"a  b\", \" \")", "ARRAY:{a,b}"},
+        {"", "Split(\" a  b \", \" \")", "ARRAY:{a,b}"},
+        {"", "Split(\"a,b,\", \",\")", "ARRAY:{a,b}"},
+        {"", "Split(\"1; 2;3\", \"; \")", "ARRAY:{1,2,3}"},
+        {"", "Split(\"a\", \",\")", "ARRAY:{a}"},
+        {"", "Split(12345, 3)", "ARRAY:{12,45}"},
+        {"", "Split(\"a b\")", quietFailure()},
+        {"", "Split(\"\", \",\")", quietFailure()},
+        // Split2: between markers, or cut at each begin.
+        {"", "Split2(\"[a][b]\", \"[\", \"]\")", "ARRAY:{a,b}"},
+        {"", "Split2(\"[a][b]\", \"[\", \"]\", 1)", "ARRAY:{[a],[b]}"},
+        {"", "Split2(\"x[a]y[b\", \"[\", \"]\")", "ARRAY:{a,b}"},
+        {"", "Split2(\"[]a\", \"[\", \"]\")", "ARRAY:{}"},
+        {"", "Split2(\"a--b--c\", \"--\")", "ARRAY:{a,b,c}"},
+        {"", "Split2(\"a--b--c\", \"--\", \"\", 1)", "ARRAY:{a,--b,--c}"},
+        {"", "Split2(\"--a\", \"--\")", "ARRAY:{a}"},
+        {"", "Split2(\"aXbxc\", \"x\")", "ARRAY:{aXb,c}"},
+        {"", "Split2(\"abc\", \"\")", quietFailure()},
+    });
+}
+
+TEST(RpnStrings, SubStrAndTheTrimFamily)
+{
+    ExpectCases({
+        {"", "SubStr(\"hello\", -2)", "STRING:lo"},
+        {"", "SubStr(\"hello\", 9)", "STRING:"},
+        {"", "SubStr(\"hello\", -9)", "STRING:hello"},
+        {"", "SubStr(\"hello\", 1, 2)", "STRING:el"},
+        {"", "SubStr(\"hello\", 1, 0)", "STRING:"},
+        {"", "SubStr(\"hello\", 1, -1)", "STRING:ello"},
+        {"", "SubStr(\"hello\", 1, 99)", "STRING:ello"},
+        {"", "SubStr(\"hello\")", "STRING:hello"},
+        {"", "SubStr(\"gr\xC3\xBC\xC3\x9F" "e\", 2, 2)", "STRING:\xC3\xBC\xC3\x9F"},
+        {"", "SubStr(12345, 1, 2)", "STRING:23"},
+        {"", "SubStr(\"\")", quietFailure()},
+        // The Trim family writes back into a variable, and works on literals.
+        {"s = \"  x  \"; Trim(s)", "s", "STRING:x"},
+        {"", "Trim(\"  x  \")", "STRING:x"},
+        {"", "TrimLeft(\"  a  \")", "STRING:a  "},
+        {"", "TrimRight(\"abcc\", \"c\", \"b\")", "STRING:a"},
+        {"", "Trim(\"xxaxx\", \"x\")", "STRING:a"},
+        {"s = \"stra\xC3\x9F" "e\"; MakeUpper(s)", "s", "STRING:STRASSE"},
+        {"", "MakeLower(\"\xC3\x84\xC3\x96\xC3\x9C \xCE\xA3\xCE\x91\")", "STRING:\xC3\xA4\xC3\xB6\xC3\xBC \xCF\x83\xCE\xB1"},
+        {"", "MakeUpper(\"abc\", \"ignored\")", "STRING:ABC"},
+        {"", "MakeUpper(1.5)", "STRING:1.5"},
+        {"", "Trim()", quietFailure()},
+    });
+}
+
+TEST(RpnStrings, StringToStringAndValue)
+{
+    const std::string divisionByZero = RpnMessage(41655, {QStringLiteral("1/0\n ^")}).toStdString();
+    ExpectCases({
+        {"", "String()", "STRING:"},
+        {"", "String(1/3)", "STRING:0.3333333333333333"},
+        {"", "String(1/3, 3)", "STRING:0.333"},
+        {"", "String(1/3, \"x\")", "STRING:0.333333"},
+        {"", "String(1/3, 0)", "STRING:0.3333333333333333"},
+        {"", "String(1/3, 40)", "STRING:0.3333333333333333"},
+        {"", "String({1, \"a\"})", "STRING:{1,a}"},
+        {"", "ToString()", "STRING:"},
+        {"", "ToString(1/3)", "STRING:0.3333333333333333"},
+        {"", "ToString({1, 2}, BEGIN = \"[\", END = \"]\", SEP = \";\")", "STRING:[1;2]"},
+        {"", "ToString(\"a\", QUOTE = 1)", "STRING:\"a\""},
+        {"", "ToString(1/3, precision = 3)", "STRING:0.333"},
+        {"o = Dictionary(); Dict_Set(o, \"SEP\", \" \")", "ToString({1, 2}, o)", "STRING:{1 2}"},
+        {"d = Dictionary(); Dict_Set(d, \"a\", 1); Dict_Set(d, \"b\", \"x\")", "ToString(d, ITEMEND = \"|\", SEP = \"\")",
+         "STRING:a=1|b=x|"},
+        {"", "Value(\"1+2\")", "REAL:3"},
+        {"", "Value(\"{1,2\")", "INT:0"},
+        {"", "Value(\"1+\")", "INT:0"},
+        {"", "Value(\"  {a b}  \")", "STRING:{a b}"},
+        {"", "Value(5)", "REAL:5"},
+        {"", "Value()", "INT:0"},
+        {"", "Value(\"{7}\")", "REAL:7"},
+        {"x = 3", "Value(\"x*y\", y = 2)", "REAL:6"},
+        {"", "Value(\"1/0\")", "E:Error in Value at row 1, column 1. ::" + divisionByZero + "@1,1"},
+    });
+}
