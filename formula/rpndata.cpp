@@ -305,7 +305,10 @@ void CRpnData::Resize(int count)
             p->m_capacity = capacity;
             p->m_flags &= ~RPN_FLAG_BORROWED;
         } else {
-            std::fill(p->m_reals + keep, p->m_reals + p->m_capacity + 1, 0.0);
+            // Cells beyond the count are kept zero, so only those between
+            // the old and the new count (and the spare one) are touched:
+            // appending one at a time stays linear.
+            std::fill(p->m_reals + keep, p->m_reals + std::max(p->m_count, count) + 1, 0.0);
         }
         p->m_count = count;
         return;

@@ -262,6 +262,15 @@ public:
     int GetIntValue() const { return m_p->m_int; }
     double GetImagValue() const { return m_p->m_imag; }
     const QString &GetTextValue() const { return m_p->Text(); }
+    // Appends to a STRING that no other handle shares; false (and nothing
+    // done) for any other value.
+    bool AppendText(const QString &tail)
+    {
+        if (m_p->m_kind != RPN_STRING || m_p->m_refs != 1 || (m_p->m_flags & RPN_FLAG_BORROWED))
+            return false;
+        m_p->Text().append(tail);
+        return true;
+    }
     double *GetRealData() const { return m_p->m_reals; }
     CRpnData *GetItems() const { return m_p->m_items; }
     CMapStringToRpnData *GetDictionary() const { return m_p->m_map; }
@@ -393,4 +402,36 @@ class CRpnDataAccess
 public:
     static CRpnPayload *Payload(const CRpnData &v) { return v.m_p; }
     static CRpnPayload *Reset(CRpnData &v, std::uint32_t kind) { return v.reset(kind); }
+};
+
+// `count` empty values, on the stack when there are at most N of them, for
+// the arguments of a call or the statements of a short block.
+template <int N>
+class CRpnLocalValues
+{
+public:
+    explicit CRpnLocalValues(int count) : m_count(count < 0 ? 0 : count)
+    {
+        m_items = m_count <= N ? reinterpret_cast<CRpnData *>(m_inline)
+                               : static_cast<CRpnData *>(::operator new(sizeof(CRpnData) * std::size_t(m_count)));
+        for (int i = 0; i < m_count; ++i)
+            new (m_items + i) CRpnData;
+    }
+    ~CRpnLocalValues()
+    {
+        for (int i = 0; i < m_count; ++i)
+            m_items[i].~CRpnData();
+        if (m_count > N)
+            ::operator delete(m_items);
+    }
+    CRpnLocalValues(const CRpnLocalValues &) = delete;
+    CRpnLocalValues &operator=(const CRpnLocalValues &) = delete;
+
+    int size() const { return m_count; }
+    CRpnData &operator[](int i) { return m_items[i]; }
+
+private:
+    alignas(CRpnData) unsigned char m_inline[N * sizeof(CRpnData)];
+    CRpnData *m_items;
+    int m_count;
 };

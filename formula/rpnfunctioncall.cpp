@@ -49,13 +49,7 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
     const int count = int(m_children.size());
     const int parameters = function->GetParameterCount();
     constexpr int kInline = 8;
-    CRpnData inlineArguments[kInline];
-    std::vector<CRpnData> moreArguments;
-    CRpnData *arguments = inlineArguments;
-    if (count > kInline) {
-        moreArguments.resize(std::size_t(count));
-        arguments = moreArguments.data();
-    }
+    CRpnLocalValues<kInline> arguments(count);
     CNodeVariable *inlineReferences[kInline] = {};
     std::vector<CNodeVariable *> moreReferences;
     CNodeVariable **byReference = inlineReferences;

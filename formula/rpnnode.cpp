@@ -109,12 +109,13 @@ void CRpnNode::SerializeNode(CRpnBuffer &buffer)
 
 CNodeConstant *CRpnNode::AsConstant()
 {
-    return Has(RPN_TRAIT_VALUE) ? dynamic_cast<CNodeConstant *>(this) : nullptr;
+    // Only the constants and their subclasses carry these traits.
+    return Has(RPN_TRAIT_VALUE) ? static_cast<CNodeConstant *>(this) : nullptr;
 }
 
 CNodeVariable *CRpnNode::AsVariable()
 {
-    return Has(RPN_TRAIT_VARIABLE) ? dynamic_cast<CNodeVariable *>(this) : nullptr;
+    return Has(RPN_TRAIT_VARIABLE) ? static_cast<CNodeVariable *>(this) : nullptr;
 }
 
 CRpnNodeList *CRpnNode::AsList()

@@ -171,6 +171,10 @@ public:
     virtual double EvaluateReal(unsigned char &status);
     // The fast path (see above).  The base has none.
     virtual bool EvaluateFast(double &) { return false; }
+    // Evaluation whose value only counts when the status turns to 10 (a
+    // loop's body: its value is dropped unless a `return` carries it out).
+    // Blocks and IFs evaluate their parts the same way and build no array.
+    virtual void Execute(CRpnData &value, unsigned char &status) { Evaluate(value, status); }
     virtual int GetRealPath() const { return RPN_REAL_PATH_NONE; }
 
     // --- runs ----------------------------------------------------------------------

@@ -182,6 +182,14 @@ void CNodeVariable::Evaluate(CRpnData &result, unsigned char &status)
         result = m_value;
         return;
     }
+    // A name with a place of its own: read it there.
+    if (!m_column) {
+        if (const CRpnData *slot = FindStorage()) {
+            m_value = *slot;
+            result = m_value;
+            return;
+        }
+    }
     // The value is read into the node's own handle, which the host's getter
     // can then overwrite in place on the next read.
     if (GetValue(m_value)) {
@@ -204,6 +212,12 @@ bool CNodeVariable::EvaluateFast(double &out)
         if (row < 0 || row >= c->count || (c->valid && c->valid[row] != 1))
             return false;
         out = c->values[row];
+        return true;
+    }
+    if (const CRpnData *slot = FindStorage()) {
+        if (!slot->IsReal())
+            return false;
+        out = slot->GetRealValue();
         return true;
     }
     if (!GetValue(m_value) || !m_value.IsReal())
@@ -285,6 +299,38 @@ void CRpnNodeList::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
     const int n = int(m_children.size());
+    // A short block (a function body, say) keeps its values on the stack
+    // until it is done: a `return` on the way then takes no array.
+    constexpr int kInline = 8;
+    if (n <= kInline) {
+        CRpnLocalValues<kInline> values(n);
+        for (int i = 0; i < n; ++i) {
+            CRpnNode *child = m_children[std::size_t(i)];
+            if (!child)
+                continue;
+            child->Evaluate(values[i], status);
+            if (status == 0) {
+                CRpnData array;
+                array.SetArray(n);
+                CRpnData *items = array.GetItems();
+                for (int k = 0; k < i; ++k)
+                    items[k] = std::move(values[k]);
+                result = std::move(array);
+                return;
+            }
+            if (status == 10 || IsStopping()) {
+                result = std::move(values[i]);
+                return;
+            }
+        }
+        CRpnData array;
+        array.SetArray(n);
+        CRpnData *items = array.GetItems();
+        for (int i = 0; i < n; ++i)
+            items[i] = std::move(values[i]);
+        result = std::move(array);
+        return;
+    }
     CRpnData array;
     array.SetArray(n);
     CRpnData *items = array.GetItems();
@@ -305,6 +351,17 @@ void CRpnNodeList::Evaluate(CRpnData &result, unsigned char &status)
         items[i] = std::move(value);
     }
     result = std::move(array);
+}
+
+void CRpnNodeList::Execute(CRpnData &value, unsigned char &status)
+{
+    for (CRpnNode *child : m_children) {
+        if (!child)
+            continue;
+        child->Execute(value, status);
+        if (status == 0 || status == 10 || IsStopping())
+            return;
+    }
 }
 
 double CRpnNodeList::EvaluateReal(unsigned char &status)

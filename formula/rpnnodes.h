@@ -209,6 +209,7 @@ public:
     void Evaluate(CRpnData &result, unsigned char &status) override;
     double EvaluateReal(unsigned char &status) override;
     bool EvaluateFast(double &out) override;
+    void Execute(CRpnData &value, unsigned char &status) override;
 
     void Append(CRpnNode *node) { SetOperand(GetOperandCount(), node); }
 
@@ -228,6 +229,8 @@ public:
     }
     CRpnNode *CreateSame() const override { return new CNodeMultiOperand; }
     QString GetName() const override { return QStringLiteral("( )"); }
+    // A call is no block: its value is its own.
+    void Execute(CRpnData &value, unsigned char &status) override { Evaluate(value, status); }
 };
 
 // `{` and `}` while parsing.

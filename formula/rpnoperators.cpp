@@ -3,6 +3,8 @@
 
 #include "formula/rpnoperators.h"
 
+#include <QVarLengthArray>
+
 #include "formula/rpnbuffer.h"
 #include "formula/rpndictionary.h"
 #include "formula/rpnformulavalue.h"
@@ -52,12 +54,12 @@ CRpnData complexPower(std::complex<double> z, const CRpnData &e)
 
 // The indices of an index list: its elements, each array among them spread
 // into its own elements (`a[{1,2}]` goes down twice).
-std::vector<CRpnData> expandIndices(const CRpnData &indices)
+template <typename List>
+void expandIndices(const CRpnData &indices, List &out)
 {
-    std::vector<CRpnData> out;
     if (!indices.IsArray()) {
         out.push_back(indices);
-        return out;
+        return;
     }
     const int n = indices.GetSize();
     for (int i = 0; i < n; ++i) {
@@ -69,7 +71,6 @@ std::vector<CRpnData> expandIndices(const CRpnData &indices)
             out.push_back(item);
         }
     }
-    return out;
 }
 
 // The error of an index outside its array or text.
@@ -91,11 +92,11 @@ void reportNotIndexable(CRpnNode *node, unsigned char &status)
 
 // Stores `value` at indices[k...] inside `container`, which is changed in
 // place or replaced (texts are made anew); the caller writes it back.
-void storeInto(CRpnNode *node, CRpnData &container, const std::vector<CRpnData> &indices, std::size_t k,
+void storeInto(CRpnNode *node, CRpnData &container, const CRpnData *indices, std::size_t count, std::size_t k,
                const CRpnData &value, unsigned char &status)
 {
     const CRpnData &index = indices[k];
-    const bool last = k + 1 == indices.size();
+    const bool last = k + 1 == count;
     switch (container.GetKind()) {
     case RPN_ARRAY:
     case RPN_ARRAY_R: {
@@ -120,7 +121,7 @@ void storeInto(CRpnNode *node, CRpnData &container, const std::vector<CRpnData> 
             return;
         }
         CRpnData child = container.GetAt(i);
-        storeInto(node, child, indices, k + 1, value, status);
+        storeInto(node, child, indices, count, k + 1, value, status);
         if (status != 0)
             container.SetAt(i, child);
         return;
@@ -153,7 +154,7 @@ void storeInto(CRpnNode *node, CRpnData &container, const std::vector<CRpnData> 
             return;
         }
         CRpnData child = container.DictGet(key);
-        storeInto(node, child, indices, k + 1, value, status);
+        storeInto(node, child, indices, count, k + 1, value, status);
         if (status != 0)
             container.DictSet(key, child);
         return;
@@ -636,7 +637,7 @@ void CNodeAssignment::Store(CRpnNode *node, CRpnNode *target, const CRpnData &va
     }
     // The chain v[i][j]...: walked from the outside to the variable, the
     // indices gathered first to last.
-    std::vector<CNodeDoubleOperand *> chain;
+    QVarLengthArray<CNodeDoubleOperand *, 8> chain;
     CRpnNode *base = target;
     while (base && base->IsArrayIndex()) {
         chain.push_back(static_cast<CNodeDoubleOperand *>(base));
@@ -649,7 +650,7 @@ void CNodeAssignment::Store(CRpnNode *node, CRpnNode *target, const CRpnData &va
         result.SetNull();
         return;
     }
-    std::vector<CRpnData> indices;
+    QVarLengthArray<CRpnData, 4> indices;
     for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
         CRpnData index;
         if ((*it)->m_right)
@@ -660,14 +661,24 @@ void CNodeAssignment::Store(CRpnNode *node, CRpnNode *target, const CRpnData &va
             result.SetNull();
             return;
         }
-        for (CRpnData &i : expandIndices(index))
-            indices.push_back(std::move(i));
+        expandIndices(index, indices);
     }
     if (indices.empty())
-        indices.emplace_back();
+        indices.push_back(CRpnData());
+    // The value is changed where it lies when it has a place of its own.
+    if (CRpnData *slot = variable->FindStorage()) {
+        storeInto(node, *slot, indices.data(), std::size_t(indices.size()), 0, value, status);
+        if (status == 0) {
+            result.SetNull();
+            return;
+        }
+        variable->m_value = *slot;
+        result = value;
+        return;
+    }
     CRpnData current;
     variable->GetValue(current);
-    storeInto(node, current, indices, 0, value, status);
+    storeInto(node, current, indices.data(), std::size_t(indices.size()), 0, value, status);
     if (status == 0) {
         result.SetNull();
         return;
@@ -685,6 +696,21 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
     CRpnData value;
     if (!EvaluateOrPass(m_right, value, result, status))
         return;
+    if (IsSelf() && GetKind() == RPN_NODE_ADD_ASSIGN && value.IsString()) {
+        // Text onto text: appended where the text lies when no other handle
+        // shares it, so that a loop of appends stays linear.
+        CNodeVariable *variable = m_left->AsVariable();
+        CRpnData *slot = variable ? variable->FindStorage() : nullptr;
+        if (slot && slot->IsString()) {
+            // The node's own copy of the last value read must not count as a sharer.
+            if (variable->m_value.IsSameAs(*slot))
+                variable->m_value.SetNull();
+            if (slot->AppendText(value.GetTextValue())) {
+                result = *slot;
+                return;
+            }
+        }
+    }
     if (IsSelf()) {
         CRpnData current;
         m_left->Evaluate(current, status);
@@ -780,6 +806,24 @@ void CNodeIncrement::Evaluate(CRpnData &result, unsigned char &status)
         result.SetNull();
         return;
     }
+    // A number in a place of its own is stepped there.
+    if (CRpnData *slot = variable->FindStorage(); slot && (slot->IsReal() || slot->IsInt())) {
+        CRpnData now;
+        if (slot->IsInt())
+            now.SetInt(int(std::uint32_t(slot->GetIntValue()) + std::uint32_t(Step())));
+        else
+            now.SetDouble(slot->GetRealValue() + Step());
+        if (m_fix < 0) {
+            *slot = now;
+            variable->m_value = now;
+            result = std::move(now);
+        } else {
+            result = *slot;
+            *slot = now;
+            variable->m_value = std::move(now);
+        }
+        return;
+    }
     CRpnData old;
     variable->Evaluate(old, status);
     if (status == 0) {
@@ -802,7 +846,9 @@ void CNodeIncrement::Evaluate(CRpnData &result, unsigned char &status)
 void CNodeArrayIndex::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
 {
     CRpnData current = a;
-    for (const CRpnData &index : expandIndices(b)) {
+    QVarLengthArray<CRpnData, 4> indices;
+    expandIndices(b, indices);
+    for (const CRpnData &index : indices) {
         switch (current.GetKind()) {
         case RPN_ARRAY:
         case RPN_ARRAY_R: {

@@ -69,6 +69,19 @@ void CNode_IF::Evaluate(CRpnData &result, unsigned char &status)
         result.SetNull();
 }
 
+void CNode_IF::Execute(CRpnData &value, unsigned char &status)
+{
+    if (GetKind() != RPN_NODE_IF || !m_condition) {
+        Evaluate(value, status);
+        return;
+    }
+    CRpnData condition;
+    if (!EvaluateOrPass(m_condition, condition, value, status))
+        return;
+    if (CRpnNode *branch = condition.IsTrue() ? m_then : m_else)
+        branch->Execute(value, status);
+}
+
 void CNode_WHILE::Evaluate(CRpnData &result, unsigned char &status)
 {
     if (!m_condition) {
@@ -85,7 +98,7 @@ void CNode_WHILE::Evaluate(CRpnData &result, unsigned char &status)
     CRpnData value;
     for (int passes = 1;; ++passes) {
         if (m_then)
-            m_then->Evaluate(value, status);
+            m_then->Execute(value, status);
         if (status == 10) {
             result = std::move(value);
             return;

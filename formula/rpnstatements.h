@@ -26,6 +26,8 @@ public:
     bool SetOperand(int i, CRpnNode *node) override;
 
     void Evaluate(CRpnData &result, unsigned char &status) override;
+    // The branch for its effect (plain IF only; the others evaluate).
+    void Execute(CRpnData &value, unsigned char &status) override;
 
     CRpnNode *m_condition = nullptr; // owned
     CRpnNode *m_then = nullptr;      // owned
@@ -50,6 +52,7 @@ public:
     CRpnNode *CreateSame() const override { return new CNode_WHILE; }
     int GetOperandCount() const override { return 2; }
     void Evaluate(CRpnData &result, unsigned char &status) override;
+    void Execute(CRpnData &value, unsigned char &status) override { Evaluate(value, status); }
 };
 
 // The `else` of an IF while parsing; the fold takes it out of the tree.

@@ -6,7 +6,72 @@
 
 #include <QStringView>
 
+#include <array>
+
 namespace {
+
+// The code units whose case folding is that of each ASCII character: 'a'
+// and 'A', 'k', 'K' and the Kelvin sign, 's', 'S' and the long s.  Made once
+// from the whole basic plane.
+struct FoldVariants
+{
+    char16_t unit[4];
+    int count;
+};
+
+const std::array<FoldVariants, 128> &asciiFoldVariants()
+{
+    static const std::array<FoldVariants, 128> table = [] {
+        std::array<FoldVariants, 128> byFold{};
+        for (char32_t u = 0; u <= 0xFFFF; ++u) {
+            if (QChar::isSurrogate(u))
+                continue;
+            const char32_t f = QChar::toCaseFolded(u);
+            if (f < 128 && byFold[f].count < 4)
+                byFold[f].unit[byFold[f].count++] = char16_t(u);
+        }
+        std::array<FoldVariants, 128> out{};
+        for (char32_t a = 0; a < 128; ++a)
+            out[a] = byFold[QChar::toCaseFolded(a)];
+        return out;
+    }();
+    return table;
+}
+
+// Case-folded search, as QString::indexOf with Qt::CaseInsensitive.  A
+// needle that begins with an ASCII character is found by scanning for the
+// few code units that fold to it, which the library does word-wide, and
+// comparing the rest at each of those places; others go to the library.
+qsizetype foldedIndexOf(QStringView text, QStringView needle, qsizetype from)
+{
+    const qsizetype m = needle.size();
+    const char16_t first = needle.front().unicode();
+    if (first >= 128 || text.size() < 64)
+        return text.indexOf(needle, from, Qt::CaseInsensitive);
+    const qsizetype last = text.size() - m;
+    if (from > last)
+        return -1;
+    const FoldVariants &v = asciiFoldVariants()[first];
+    qsizetype next[4];
+    for (int k = 0; k < v.count; ++k)
+        next[k] = text.indexOf(QChar(v.unit[k]), from);
+    const QStringView rest = needle.mid(1);
+    for (;;) {
+        qsizetype at = -1;
+        for (int k = 0; k < v.count; ++k) {
+            if (next[k] >= 0 && (at < 0 || next[k] < at))
+                at = next[k];
+        }
+        if (at < 0 || at > last)
+            return -1;
+        if (text.mid(at + 1, m - 1).compare(rest, Qt::CaseInsensitive) == 0)
+            return at;
+        for (int k = 0; k < v.count; ++k) {
+            if (next[k] == at)
+                next[k] = text.indexOf(QChar(v.unit[k]), at + 1);
+        }
+    }
+}
 
 constexpr int kMsgNoFormulaReplace = 43313;
 constexpr std::uint32_t kDigits = 16;
@@ -132,7 +197,7 @@ QString trimRight(const QString &text, const QString &set)
 
 qsizetype CNodeFindChar::Search(const QString &text, const QString &what, int start, bool) const
 {
-    return text.indexOf(what, start < 0 ? 0 : start, Qt::CaseInsensitive);
+    return foldedIndexOf(text, what, start < 0 ? 0 : start);
 }
 
 qsizetype CNodeFindReverseChar::Search(const QString &text, const QString &what, int start, bool hasStart) const

@@ -5,6 +5,7 @@
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/graphdraw.h"
+#include "graphwnd/graphsaveas.h"
 #include "graphwnd/graphtoolbar.h"
 #include "support/controls/userprompts.h"
 #include "support/controls/windowdpi.h"
@@ -377,9 +378,14 @@ bool CGraphWnd::OnCommand(int id)
     case CmdXAxis:
     case CmdYAxis:
     case CmdOptions:
-    case CmdSaveAs:
-        // The option, axis and file dialogs come with later work.
+        // The option and axis dialogs come with later work.
         notAvailable();
+        return true;
+    case CmdSaveAs:
+        // Every kind the graph can be saved as; the record file keeps the
+        // whole data set with its held curves.
+        if (m_graphData)
+            SaveGraphAs(this, *m_graphData, [this](const QString &path) { return SaveDataFile(path); });
         return true;
     default:
         break;

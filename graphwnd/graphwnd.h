@@ -115,6 +115,10 @@ public:
     void StoreDefaultView();
     // The whole graph drawn into an image of `size` (the copy command's).
     QImage RenderImage(QSize size);
+    // The Save command: writes the graph's columns and held curves to a graph
+    // data file, asking for the name when `path` is empty.  A failure is
+    // shown in a box and leaves any old file as it was.
+    bool SaveDataFile(QString path = QString());
 
     // ---- tools -----------------------------------------------------------------
     int Tool() const;

@@ -2,10 +2,14 @@
 //
 //   graphview [options] [FILE]
 //
-// FILE is a point text file of the digitiser; without one a generated
+// FILE is a graph data file (.mrd) or a point text file of the digitiser;
+// with --save OUT.mrd it is written to a graph data file without a window
+// (see graphviewmrd.h).  Without a file a generated
 // demonstration is shown.  The options set up the view, so that every kind
 // of picture can be looked at (and saved with --screenshot).
 #include "graphviewdata.h"
+#include "graphviewexchange.h"
+#include "graphviewmrd.h"
 
 #include "graphdata/graphcurve.h"
 #include "graphwnd/graphcursors.h"
@@ -45,6 +49,13 @@ public:
 
 bool loadFile(const QString &path, CGraphData &data)
 {
+    if (IsGraphDataFile(path)) {
+        QString message;
+        const bool read = LoadGraphDataFile(path, data, message);
+        if (!read)
+            ShowMessage(nullptr, message);
+        return read;
+    }
     CPointTable table;
     QString report;
     switch (ReadPointTextFile(path, table, report)) {
@@ -68,6 +79,10 @@ bool loadFile(const QString &path, CGraphData &data)
 
 int main(int argc, char **argv)
 {
+    // graphview FILE --save OUT.mrd writes a graph data file without a window.
+    if (int code = 0; RunSaveCommand(argc, argv, code))
+        return code;
+    CGraphviewExchange::PrepareHeadless(argc, argv);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("graphview"));
     if (!LoadLanguageModule()) {
@@ -98,10 +113,11 @@ int main(int argc, char **argv)
                                         QStringLiteral("Save the window as a PNG picture and quit."),
                                         QStringLiteral("file"));
     parser.addOptions({logX, logY, axes, legend, bars, symbols, strip, box, title, size, screenshot});
+    CGraphviewExchange exchange(parser);
     parser.process(app);
 
     CSilentPrompts silent;
-    if (parser.isSet(screenshot))
+    if (parser.isSet(screenshot) || exchange.Headless())
         SetUserPrompts(&silent);
 
     CGraphData data;
@@ -153,6 +169,9 @@ int main(int argc, char **argv)
     if (parser.isSet(box))
         graph.m_viewKind = 1;
     graph.FitRanges();
+    if (const int code = exchange.Run(graph, shown); code >= 0)
+        return code;
+    exchange.SetUpWindow(window, *graphWnd, shown);
     graphWnd->StoreDefaultView();
     graphWnd->Redraw(1);
 

@@ -1,4 +1,4 @@
-// Five small scripts run by our interpreter and by Lua 5.4 and Python 3, in
+// Small scripts run by our interpreter and by Lua 5.4 and Python 3, in
 // rounds: each round runs every script once on each of the three, in an order
 // that turns from round to round, so that a change of the machine's load
 // falls on all sides alike.  Each run is a process of its own: ours is a fork
@@ -38,13 +38,16 @@
 
 namespace {
 
-const char *const kScripts[] = {"loop", "fib", "append", "spread", "concat"};
+const char *const kScripts[] = {"loop", "fib", "append", "spread", "concat", "table", "addto", "find"};
 const char *const kDescriptions[] = {
     "while loop, 10 x 10^6 rounds, a counter and a sum",
     "fib(30), recursive user function",
     "10^6 appends to an array, then a sum",
     "sqrt(a*a+1) over a 10^6-cell array, then a sum",
     "10^5 appends of \"ab\" to a text",
+    "10^5-line text table to a dictionary of columns, a sum",
+    "10^6 cells added with AddToArray, then a sum",
+    "Find in a 10 MB text, ten times",
 };
 constexpr int kScriptCount = int(sizeof kScripts / sizeof kScripts[0]);
 

@@ -4,6 +4,7 @@
 #include "graphdata/columntransform.h"
 #include "graphdata/draw/drawpass.h"
 #include "graphdata/graphcurve.h"
+#include "graphdata/spectrum/spectrumjob.h"
 
 #include <cmath>
 
@@ -75,8 +76,24 @@ bool OrderedColumn(const CGraphColumn *x)
     return (f & CGraphColumn::OrderAscending) && !(f & (CGraphColumn::OrderDescending | CGraphColumn::OrderNone));
 }
 
+bool SpectrumJob(const CGraphCurve &g, const CCurveInfo &curve)
+{
+    return g.m_spectrumMode && !curve.IsLimitLine();
+}
+
 void EnsureLogForms(CGraphCurve &g, bool threeD)
 {
+    if (g.m_spectrumMode) {
+        // The grid, and the results of curves that have none yet (added
+        // since the switch); a running transform is not entered again.
+        if (!g.m_frequencyColumn && !g.m_spectrumRunning)
+            PrepareSpectrum(g);
+        for (CCurveInfo *curve : g.m_curves) {
+            if (!curve->m_spectrumMagnitude && !curve->IsLimitLine())
+                CurveSpectrum(g, *curve);
+        }
+        return;
+    }
     if (g.m_xLog && !threeD)
         g.m_data.EnsureLogColumn(g.m_xColumnIndex);
     for (const CCurveInfo *curve : g.m_curves) {
@@ -112,6 +129,22 @@ void TakeColumns(CDrawPass &pass, std::vector<CCurveJob> &jobs)
         CCurveInfo &curve = *job.curve;
         const CGraph_Range &range = *g.Range(job.axis);
         const CGraphColumn *y = nullptr;
+        if (SpectrumJob(g, curve)) {
+            // The frequency (or its log form) against the component the
+            // curve shows, in its axis's form.
+            const CGraphColumn *x = SpectrumXColumn(g);
+            bool invalid = false;
+            y = SpectrumCurveColumn(g, curve, invalid);
+            if (!x || !y)
+                continue;
+            job.x = CGraphColumnPtr(const_cast<CGraphColumn *>(x));
+            job.y = CGraphColumnPtr(const_cast<CGraphColumn *>(y));
+            job.yMin = y->m_minValue;
+            job.yMax = y->m_maxValue;
+            job.hasInvalid = invalid || x->m_hasInvalid != 0;
+            job.rows = std::min(x->m_count, y->m_count);
+            continue;
+        }
         switch (curve.Origin()) {
         case CCurveBasicInfo::OriginColumn:
             y = isLogAxis(range) && !pass.threeD ? data->GetLogColumn(curve.m_colIndex)
@@ -145,7 +178,7 @@ void AddDisplayForms(CDrawPass &pass, std::vector<CCurveJob> &jobs)
 {
     CGraphCurve &g = pass.g;
     for (CCurveJob &job : jobs) {
-        if (!job.y || pass.threeD)
+        if (!job.y || pass.threeD || SpectrumJob(g, *job.curve))
             continue;
         const CGraph_Range &range = *g.Range(job.axis);
         const bool db = range.m_dbScale != 0;

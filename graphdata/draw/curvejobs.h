@@ -8,11 +8,16 @@
 #include <vector>
 
 struct CDrawPass;
+class CCurveInfo;
 class CGraphCurve;
 
 // Log forms the axes ask for, made by the data set before the columns are
-// taken.
+// taken.  In spectrum mode: the grid and the spectra still missing.
 void EnsureLogForms(CGraphCurve &graph, bool threeD);
+
+// True when a curve draws as a spectrum: the graph is in spectrum mode and
+// the curve is not a limit line.
+bool SpectrumJob(const CGraphCurve &graph, const CCurveInfo &curve);
 
 // One job per curve with its axis, the axis's layout and the curve's slot
 // among the curves of that axis.

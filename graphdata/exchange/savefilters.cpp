@@ -61,9 +61,12 @@ int ExportGraphs(const std::vector<CGraphCurve *> &graphs, const QString &path, 
     const int count = int(columns.size());
     const bool spectrum = !graphs.empty() && graphs.front() && graphs.front()->m_spectrumMode;
     if (spectrum && kind != SaveKindMat && kind != SaveKindRecord) {
+        // The fixed form heads its index with the X label; the delimited
+        // ones, whose first column after the index is that X, with "Index".
         const CGraphCurve *g = graphs.front();
-        return SaveSpectrumFile(path, kind == SaveKindComma ? 2 : kind == SaveKindTab ? 1 : 0, columns.data(), count,
-                                selection.rows, g->m_spectrumStart, g->m_spectrumEnd, selection.firstHeader, error);
+        const int index = kind == SaveKindComma ? 2 : kind == SaveKindTab ? 1 : 0;
+        return SaveSpectrumFile(path, index, columns.data(), count, selection.rows, g->m_spectrumStart,
+                                g->m_spectrumEnd, index == 0 ? selection.firstHeader : QString(), error);
     }
     const int mode = kind == SaveKindRecord ? ExportRecordFile
                      : kind == SaveKindMat  ? ExportMatFile

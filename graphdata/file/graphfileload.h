@@ -9,6 +9,7 @@
 // even-step column, stored as three numbers, are bounded by the file's size
 // plus a million).
 
+#include "graphdata/curvehold.h"
 #include "graphdata/graphdata.h"
 
 #include <QByteArray>
@@ -20,7 +21,6 @@
 #include <set>
 #include <vector>
 
-class CCurveHoldList;
 class CFiler2;
 struct CFiler2Entry;
 

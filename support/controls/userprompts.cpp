@@ -79,6 +79,8 @@ QString CUserPrompts::FileName(const CFilePrompt &prompt)
     }
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return QString();
+    if (prompt.filterPosition)
+        *prompt.filterPosition = int(dialog.nameFilters().indexOf(dialog.selectedNameFilter())) + 1;
     return dialog.selectedFiles().constFirst();
 }
 

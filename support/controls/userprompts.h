@@ -29,6 +29,7 @@ struct CFilePrompt {
     QString fileName;        // the name, or folder, the dialog starts with
     QString filter;          // Qt's form: "Text Files (*.txt);;All files (*)"
     QString defaultSuffix;   // added to a name typed without one
+    int *filterPosition = nullptr; // when set: receives the 1-based position of the filter chosen
 };
 
 class CUserPrompts

@@ -3,6 +3,7 @@
 // positions of SubStr, the Trim family writing back, String, ToString and
 // Value.
 
+#include "formula/rpndictionary.h"
 #include "formula/rpntree.h"
 
 #include "formulatest.h"
@@ -144,4 +145,40 @@ TEST(RpnStrings, StringToStringAndValue)
         {"x = 3", "Value(\"x*y\", y = 2)", "REAL:6"},
         {"", "Value(\"1/0\")", "E:Error in Value at row 1, column 1. ::" + divisionByZero + "@1,1"},
     });
+}
+
+TEST(RpnStrings, FindOnLongTextsAgreesWithTheLibrarysFoldedSearch)
+{
+    // Long texts take the scan for the code units that fold to the first
+    // character; its answers must be those of the library's own search.
+    const auto q = [](const char16_t *text) { return QString::fromUtf16(text); };
+    const QString filler = q(u"ab").repeated(100);
+    const QString texts[] = {
+        filler + q(u"KELVIN \u212Aelvin kelvin"),
+        filler + q(u"\u017Ftop STOP stop"),
+        filler + q(u"\u00DCber \u00FCBER uber"),
+        filler + q(u"x\U0001F600y X\U0001F600Y"),
+        filler + q(u"needle"),
+        q(u"a").repeated(300),
+    };
+    const struct {
+        const char16_t *needle;
+        int from;
+    } searches[] = {
+        {u"kelvin", 0}, {u"kelvin", 201}, {u"KELVIN", 208}, {u"stop", 0}, {u"STOP", 201},
+        {u"\u00FCber", 0}, {u"UBER", 0},   {u"x\U0001F600Y", 0}, {u"Y", 205}, {u"NEEDLE", 0},
+        {u"needle", 201}, {u"aaaa", 296}, {u"aaaa", 297}, {u"B", 199}, {u"ba", 0},
+    };
+    for (const QString &text : texts) {
+        for (const auto &s : searches) {
+            const QString needle = QString::fromUtf16(s.needle);
+            CEquationTree tree;
+            tree.GetVariables()->SetAt(QStringLiteral("t"), CRpnData(text));
+            tree.GetVariables()->SetAt(QStringLiteral("w"), CRpnData(needle));
+            tree.GetVariables()->SetAt(QStringLiteral("s"), CRpnData(double(s.from)));
+            const qsizetype expect = text.indexOf(needle, s.from, Qt::CaseInsensitive);
+            EXPECT_EQ(Eval("Find(t, w, s)", &tree), "INT:" + std::to_string(expect))
+                << needle.toStdString() << " from " << s.from << " in ..." << text.right(24).toStdString();
+        }
+    }
 }

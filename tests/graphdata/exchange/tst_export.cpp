@@ -350,5 +350,5 @@ TEST(ExportColumns, SpectrumComponentsArePrefixed)
     QTemporaryDir dir;
     QString error;
     ASSERT_EQ(ExportGraphs({&graph}, dir.filePath(u"s.csv"_qs), SaveKindComma, &error), 1) << error.toStdString();
-    EXPECT_TRUE(readAll(dir.filePath(u"s.csv"_qs)).startsWith("Frequency,Frequency,U1,Angle(D)_U2_Angle\r\n"));
+    EXPECT_TRUE(readAll(dir.filePath(u"s.csv"_qs)).startsWith("Index,Frequency,U1,Angle(D)_U2_Angle\r\n"));
 }
