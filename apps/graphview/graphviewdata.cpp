@@ -1,12 +1,28 @@
 #include "graphviewdata.h"
 
 #include "graphdata/columnscan.h"
-#include "tool/capture/pointtextfile.h"
+#include "support/languagestring.h"
 
+#include <QStringList>
+
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 namespace {
+
+// Texts of the program.
+enum : int {
+    TextCannotRead = 43605,
+    TextNoPoints = 43606,
+    TextTooLarge = 43630,
+    TextInvalidCells = 43631,
+    TextEmptyCells = 43632,
+    TextExtraCells = 43633,
+    TextBadCells = 43634,
+    TextStopped = 43638,
+};
 
 // Marks the data as ordered when X rises all the way.
 void markOrder(CGraphData &data)
@@ -33,27 +49,78 @@ void fill(CGraphData &data, const QStringList &names, const std::vector<double> 
 
 } // namespace
 
-CGraphData GraphDataFromTable(const CPointTable &table)
+void PrepareFileData(CGraphData &data)
 {
-    const int columns = table.columnCount;
-    QStringList names;
-    for (int c = 0; c < columns; ++c) {
-        if (c < table.columnNames.size() && !table.columnNames[c].isEmpty())
-            names.push_back(table.columnNames[c]);
-        else
-            names.push_back(c == 0 ? QStringLiteral("X") : QStringLiteral("Y%1").arg(c));
+    if (data.ColumnCount() == 1) {
+        // A series alone: its row numbers become X.
+        const int rows = data.RowCount();
+        CGraphData indexed;
+        indexed.Create(1, 2, rows, 0);
+        CGraphColumn *index = indexed.GetColumn(0);
+        CGraphColumn *values = indexed.GetColumn(1);
+        const CGraphColumn *source = data.GetColumn(0);
+        for (int r = 0; r < rows; ++r) {
+            index->m_values[r] = r + 1;
+            index->m_valid[r] = 1;
+        }
+        if (rows > 0) {
+            std::memcpy(values->m_values, source->m_values, std::size_t(rows) * sizeof(double));
+            std::memcpy(values->m_valid, source->m_valid, std::size_t(rows));
+        }
+        index->m_name = QStringLiteral("Index");
+        index->m_minValue = 1;
+        index->m_maxValue = rows;
+        values->CopySettingsFrom(*source);
+        values->m_hasInvalid = source->m_hasInvalid;
+        indexed->m_rowCount = rows;
+        data = indexed;
     }
-    const int rows = table.values.GetRows();
-    std::vector<double> values;
-    values.reserve(std::size_t(rows) * std::size_t(columns));
-    for (int r = 0; r < rows; ++r) {
-        for (int c = 0; c < columns; ++c)
-            values.push_back(c < table.values.GetColumns() ? table.values.GetAt(r, c) : 0.0);
+    for (int c = 0; c < data.ColumnCount(); ++c) {
+        CGraphColumn *column = data.GetColumn(c);
+        if (column->m_name.trimmed().isEmpty())
+            column->m_name = c == 0 ? QStringLiteral("X") : QStringLiteral("Y%1").arg(c);
     }
-    CGraphData data;
-    if (columns > 0)
-        fill(data, names, values);
-    return data;
+    markOrder(data);
+}
+
+QString BadCellsText(const QString &fileName, const CTextImportReport &report)
+{
+    if (!report.HasBadCells())
+        return QString();
+    QStringList parts;
+    if (report.invalidCells > 0)
+        parts << LanguageString(TextInvalidCells).arg(report.invalidCells);
+    if (report.missingCells > 0)
+        parts << LanguageString(TextEmptyCells).arg(report.missingCells);
+    if (report.extraCells > 0)
+        parts << LanguageString(TextExtraCells).arg(report.extraCells);
+    QStringList lines;
+    for (std::int64_t line : report.firstBadLines)
+        lines << QString::number(line);
+    if (report.firstBadLines.size() == CTextImportReport::kBadLinesKept)
+        lines.back() += QStringLiteral(", ...");
+    return LanguageString(TextBadCells).arg(fileName, parts.join(QStringLiteral("; ")), lines.join(QStringLiteral(", ")));
+}
+
+QString ImportFailureText(const QString &path, TextImport result, const CTextImportReport &report)
+{
+    const double mb = 1024.0 * 1024.0;
+    switch (result) {
+    case TextImport::Read:
+        return QString();
+    case TextImport::OpenFailed:
+        return LanguageString(TextCannotRead).arg(path, report.error);
+    case TextImport::NoData:
+        return LanguageString(TextNoPoints).arg(path);
+    case TextImport::TooLarge:
+        return LanguageString(TextTooLarge)
+            .arg(path)
+            .arg(std::ceil(double(report.bytesNeeded) / mb), 0, 'f', 0)
+            .arg(std::floor(double(report.bytesAvailable) / mb), 0, 'f', 0);
+    case TextImport::Cancelled:
+        return LanguageString(TextStopped).arg(path);
+    }
+    return QString();
 }
 
 CGraphData DemonstrationData(bool bars)

@@ -5,23 +5,12 @@
 #include "graphdata/file/graphfileload.h"
 #include "graphdata/file/graphfilesave.h"
 #include "support/languagestring.h"
-#include "tool/capture/pointtextfile.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 
 #include <cstdio>
 #include <memory>
-
-namespace {
-
-enum : int {
-    TextCannotRead = 43605,
-    TextNoPoints = 43606,
-    TextBadLine = 43607,
-};
-
-} // namespace
 
 bool IsGraphDataFile(const QString &path)
 {
@@ -41,23 +30,17 @@ bool LoadGraphViewInput(const QString &path, CGraphData &data, QString &message)
 {
     if (IsGraphDataFile(path))
         return LoadGraphDataFile(path, data, message);
-    CPointTable table;
-    QString report;
-    switch (ReadPointTextFile(path, table, report)) {
-    case PointFileRead::Read:
-        data = GraphDataFromTable(table);
-        return true;
-    case PointFileRead::OpenFailed:
-        message = LanguageString(TextCannotRead).arg(path, report);
-        return false;
-    case PointFileRead::NoData:
-        message = LanguageString(TextNoPoints).arg(path);
-        return false;
-    case PointFileRead::BadLine:
-        message = LanguageString(TextBadLine).arg(path);
+    CTextImportReport report;
+    const TextImport result = ImportTextFile(path, data, report);
+    if (result != TextImport::Read) {
+        message = ImportFailureText(path, result, report);
         return false;
     }
-    return false;
+    PrepareFileData(data);
+    const QString badCells = BadCellsText(QFileInfo(path).fileName(), report);
+    if (!badCells.isEmpty())
+        std::fprintf(stderr, "%s\n", qPrintable(badCells));
+    return true;
 }
 
 bool RunSaveCommand(int argc, char **argv, int &exitCode)

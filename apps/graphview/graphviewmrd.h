@@ -4,7 +4,7 @@
 //
 //   graphview FILE --save OUT.mrd
 //
-// FILE is a graph data file or a point text file of the digitiser.
+// FILE is a graph data file or a data text file.
 
 #include "graphdata/graphdata.h"
 
@@ -16,8 +16,9 @@ bool IsGraphDataFile(const QString &path);
 // The columns of a graph data file; false with the message naming the file.
 bool LoadGraphDataFile(const QString &path, CGraphData &data, QString &message);
 
-// The data graphview would show for FILE: a graph data file, or a point text
-// file read as the window reads it.  False with the message.
+// The data graphview would show for FILE: a graph data file, or a data text
+// file read as the window reads it (bad cells are told on standard error).
+// False with the message.
 bool LoadGraphViewInput(const QString &path, CGraphData &data, QString &message);
 
 // When the arguments hold --save OUT (or --save=OUT), reads the file named

@@ -2,38 +2,44 @@
 //
 //   graphview [options] [FILE]
 //
-// FILE is a graph data file (.mrd) or a point text file of the digitiser;
-// with --save OUT.mrd it is written to a graph data file without a window
-// (see graphviewmrd.h).  Without a file a generated
-// demonstration is shown.  The options set up the view, so that every kind
-// of picture can be looked at (and saved with --screenshot).
+// FILE is a graph data file (.mrd) or a data text file (see
+// graphdata/exchange/textformat.h); with --save OUT.mrd it is written to a
+// graph data file without a window (see graphviewmrd.h).  Without a file a
+// generated demonstration is shown.  A text file is read on a thread of its
+// own while the window stands, with a progress bar when that takes longer
+// than half a second.  The options set up the view, so that every kind
+// of picture can be looked at (and saved with --screenshot); --spectrum and
+// --export are graphviewexchange.h's.
 #include "graphviewdata.h"
 #include "graphviewexchange.h"
+#include "graphviewload.h"
 #include "graphviewmrd.h"
+#include "graphviewoptions.h"
+#include "graphviewpicture.h"
 
 #include "graphdata/graphcurve.h"
 #include "graphwnd/graphcursors.h"
 #include "graphwnd/graphwnd.h"
 #include "support/controls/userprompts.h"
 #include "support/languagestring.h"
-#include "tool/capture/pointtextfile.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QLabel>
 #include <QMainWindow>
+#include <QProgressBar>
 #include <QStatusBar>
 #include <QTimer>
 
 #include <cstdio>
+#include <memory>
 
 namespace {
 
 // Texts of the program.
 enum : int {
-    TextCannotRead = 43605,
-    TextNoPoints = 43606,
-    TextBadLine = 43607,
+    TextReading = 43635,
 };
 
 // For --screenshot: nobody is there to answer a box.
@@ -47,32 +53,38 @@ public:
     }
 };
 
-bool loadFile(const QString &path, CGraphData &data)
+// Sets the graph up as the options say and fits the axes.
+void applyViewOptions(CGraphCurve &graph, const CGraphViewOptions &options, bool demonstration)
 {
-    if (IsGraphDataFile(path)) {
-        QString message;
-        const bool read = LoadGraphDataFile(path, data, message);
-        if (!read)
-            ShowMessage(nullptr, message);
-        return read;
+    graph.m_title = options.hasTitle ? options.title : QString();
+    graph.m_legendPos = options.legend;
+    graph.m_legendOffset = 3000;
+    if (options.logX)
+        graph.m_xLog = 1;
+    if (options.logY)
+        graph.Range(0)->m_logScale = 1;
+    if (options.symbols) {
+        for (int i = 0; i < graph.CurveCount(); ++i)
+            graph.Curve(i)->m_symbol = 1 + i % 4;
     }
-    CPointTable table;
-    QString report;
-    switch (ReadPointTextFile(path, table, report)) {
-    case PointFileRead::Read:
-        data = GraphDataFromTable(table);
-        return true;
-    case PointFileRead::OpenFailed:
-        ShowMessage(nullptr, LanguageString(TextCannotRead).arg(path, report));
-        return false;
-    case PointFileRead::NoData:
-        ShowMessage(nullptr, LanguageString(TextNoPoints).arg(path));
-        return false;
-    case PointFileRead::BadLine:
-        ShowMessage(nullptr, LanguageString(TextBadLine).arg(path));
-        return false;
+    // The demonstration's current is in milliamperes: it gets a Y axis of
+    // its own on the right.
+    const bool demoCurrentAxis = demonstration && !options.bars && !options.axes && graph.CurveCount() > 1;
+    if (options.axes || demoCurrentAxis) {
+        for (int i = 1; i < (demoCurrentAxis ? 2 : graph.CurveCount()); ++i) {
+            CCurveInfo *curve = graph.Curve(i);
+            const int axis = graph.AddRange(curve);
+            curve->m_yAxisIndex = axis;
+            graph.Range(axis)->m_textColor = curve->m_color;
+            graph.Range(axis)->m_logScale = graph.Range(0)->m_logScale;
+        }
+        graph.Range(0)->m_textColor = graph.CurveCount() > 0 ? graph.Curve(0)->m_color : 0;
     }
-    return false;
+    if (options.strip)
+        graph.m_viewKind = 3;
+    if (options.box)
+        graph.m_viewKind = 1;
+    graph.FitRanges();
 }
 
 } // namespace
@@ -82,6 +94,25 @@ int main(int argc, char **argv)
     // graphview FILE --save OUT.mrd writes a graph data file without a window.
     if (int code = 0; RunSaveCommand(argc, argv, code))
         return code;
+    // The options first: --help and mistakes need no display.
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    QCommandLineParser parser;
+    CGraphviewExchange exchange(parser);
+    CGraphViewOptions options;
+    QString optionText;
+    switch (ParseGraphViewOptions(parser, arguments, options, optionText)) {
+    case GraphViewCommand::Help:
+        std::fputs(qPrintable(optionText), stdout);
+        return 0;
+    case GraphViewCommand::Error:
+        std::fprintf(stderr, "graphview: %s\n", qPrintable(optionText));
+        return 1;
+    case GraphViewCommand::Run:
+        break;
+    }
+
     CGraphviewExchange::PrepareHeadless(argc, argv);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("graphview"));
@@ -92,99 +123,104 @@ int main(int argc, char **argv)
     }
     LoadGraphCursors();
 
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Shows a point text file, or a demonstration, in a graph window."));
-    parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("A point text file of the digitiser."));
-    const QCommandLineOption logX(QStringLiteral("logx"), QStringLiteral("Logarithmic X axis."));
-    const QCommandLineOption logY(QStringLiteral("logy"), QStringLiteral("Logarithmic Y axis."));
-    const QCommandLineOption axes(QStringLiteral("axes"), QStringLiteral("Each curve on a Y axis of its own."));
-    const QCommandLineOption legend(QStringLiteral("legend"), QStringLiteral("Legend position 0 to 4."),
-                                    QStringLiteral("position"), QStringLiteral("0"));
-    const QCommandLineOption bars(QStringLiteral("bars"), QStringLiteral("The bar demonstration."));
-    const QCommandLineOption symbols(QStringLiteral("symbols"), QStringLiteral("Marks on the points."));
-    const QCommandLineOption strip(QStringLiteral("strip"), QStringLiteral("One strip per curve."));
-    const QCommandLineOption box(QStringLiteral("box"), QStringLiteral("The three-dimensional view."));
-    // Not "title": on X11 the application object takes that one for itself.
-    const QCommandLineOption title(QStringLiteral("heading"), QStringLiteral("Title of the graph."), QStringLiteral("text"));
-    const QCommandLineOption size(QStringLiteral("size"), QStringLiteral("Window size."), QStringLiteral("WxH"),
-                                  QStringLiteral("900x600"));
-    const QCommandLineOption screenshot(QStringLiteral("screenshot"),
-                                        QStringLiteral("Save the window as a PNG picture and quit."),
-                                        QStringLiteral("file"));
-    parser.addOptions({logX, logY, axes, legend, bars, symbols, strip, box, title, size, screenshot});
-    CGraphviewExchange exchange(parser);
-    parser.process(app);
-
+    const bool screenshot = !options.screenshot.isEmpty();
     CSilentPrompts silent;
-    if (parser.isSet(screenshot) || exchange.Headless())
+    if (screenshot || exchange.Headless())
         SetUserPrompts(&silent);
-
-    CGraphData data;
-    QString shown = QStringLiteral("demonstration");
-    const QStringList files = parser.positionalArguments();
-    if (!files.isEmpty()) {
-        if (!loadFile(files[0], data))
-            return 1;
-        shown = QFileInfo(files[0]).fileName();
-    } else {
-        data = DemonstrationData(parser.isSet(bars));
-    }
 
     QMainWindow window;
     auto *graphWnd = new CGraphWnd(&window);
     window.setCentralWidget(graphWnd);
-    window.setWindowTitle(QStringLiteral("graphview - %1").arg(shown));
     QObject::connect(graphWnd, &CGraphWnd::PositionText, window.statusBar(),
                      [&window](const QString &text) { window.statusBar()->showMessage(text); });
+    auto *cellsLabel = new QLabel(&window);
+    auto *progressBar = new QProgressBar(&window);
+    progressBar->setRange(0, 1000);
+    window.statusBar()->addPermanentWidget(cellsLabel);
+    window.statusBar()->addPermanentWidget(progressBar);
+    cellsLabel->hide();
+    progressBar->hide();
+    window.resize(options.size);
+    const QString shown =
+        options.file.isEmpty() ? QStringLiteral("demonstration") : QFileInfo(options.file).fileName();
+    window.setWindowTitle(QStringLiteral("graphview - %1").arg(shown));
 
-    graphWnd->SetGraphDataCopy(data);
-    CGraphCurve &graph = *graphWnd->GetGraphData();
-    graph.m_title = parser.isSet(title) ? parser.value(title) : QString();
-    graph.m_legendPos = std::clamp(parser.value(legend).toInt(), 0, 4);
-    graph.m_legendOffset = 3000;
-    if (parser.isSet(logX))
-        graph.m_xLog = 1;
-    if (parser.isSet(logY))
-        graph.Range(0)->m_logScale = 1;
-    if (parser.isSet(symbols)) {
-        for (int i = 0; i < graph.CurveCount(); ++i)
-            graph.Curve(i)->m_symbol = 1 + i % 4;
-    }
-    // The demonstration's current is in milliamperes: it gets a Y axis of
-    // its own on the right.
-    const bool demoCurrentAxis = files.isEmpty() && !parser.isSet(bars) && !parser.isSet(axes) && graph.CurveCount() > 1;
-    if (parser.isSet(axes) || demoCurrentAxis) {
-        for (int i = 1; i < (demoCurrentAxis ? 2 : graph.CurveCount()); ++i) {
-            CCurveInfo *curve = graph.Curve(i);
-            const int axis = graph.AddRange(curve);
-            curve->m_yAxisIndex = axis;
-            graph.Range(axis)->m_textColor = curve->m_color;
-            graph.Range(axis)->m_logScale = graph.Range(0)->m_logScale;
+    // Shows the data (on the event loop): a spectrum or an export when
+    // asked; with --screenshot, saves the picture once they are painted.
+    // Either of these ends the program with its outcome.
+    auto showData = [&](const CGraphData &data, bool demonstration) {
+        graphWnd->SetGraphDataCopy(data);
+        CGraphCurve &graph = *graphWnd->GetGraphData();
+        applyViewOptions(graph, options, demonstration);
+        if (const int code = exchange.Run(graph, shown); code >= 0) {
+            QApplication::exit(code);
+            return;
         }
-        graph.Range(0)->m_textColor = graph.CurveCount() > 0 ? graph.Curve(0)->m_color : 0;
-    }
-    if (parser.isSet(strip))
-        graph.m_viewKind = 3;
-    if (parser.isSet(box))
-        graph.m_viewKind = 1;
-    graph.FitRanges();
-    if (const int code = exchange.Run(graph, shown); code >= 0)
-        return code;
-    exchange.SetUpWindow(window, *graphWnd, shown);
-    graphWnd->StoreDefaultView();
-    graphWnd->Redraw(1);
+        exchange.SetUpWindow(window, *graphWnd, shown);
+        graphWnd->StoreDefaultView();
+        graphWnd->Redraw(1);
+        if (screenshot) {
+            AfterNextPaint(graphWnd, [&window, &options] {
+                QString error;
+                const bool saved = SaveWidgetPicture(window, options.screenshot, error);
+                if (!saved)
+                    std::fprintf(stderr, "%s\n", qPrintable(error));
+                QApplication::exit(saved ? 0 : 1);
+            });
+        }
+    };
 
-    const QStringList wh = parser.value(size).split(u'x');
-    window.resize(wh.value(0).toInt() > 0 ? wh.value(0).toInt() : 900, wh.value(1).toInt() > 0 ? wh.value(1).toInt() : 600);
-    window.show();
-    if (parser.isSet(screenshot)) {
-        const QString path = parser.value(screenshot);
-        QTimer::singleShot(200, &window, [&window, path] {
-            if (!window.grab().save(path))
-                std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
-            QApplication::quit();
+    std::unique_ptr<CDataFileLoader> loader;
+    QTimer progressTimer;
+    if (options.file.isEmpty()) {
+        QTimer::singleShot(0, [&] { showData(DemonstrationData(options.bars), true); });
+    } else if (IsGraphDataFile(options.file)) {
+        QTimer::singleShot(0, [&] {
+            CGraphData data;
+            QString message;
+            if (!LoadGraphDataFile(options.file, data, message)) {
+                ShowMessage(nullptr, message);
+                QApplication::exit(1);
+                return;
+            }
+            showData(data, false);
         });
+    } else {
+        progressBar->setFormat(LanguageString(TextReading).arg(shown) + QStringLiteral(" %p%"));
+        loader = std::make_unique<CDataFileLoader>(options.file, [&] {
+            progressTimer.stop();
+            progressBar->hide();
+            if (loader->Result() != TextImport::Read) {
+                ShowMessage(exchange.Headless() ? nullptr : &window,
+                            ImportFailureText(options.file, loader->Result(), loader->Report()));
+                QApplication::exit(1);
+                return;
+            }
+            CGraphData data = loader->Data();
+            PrepareFileData(data);
+            const QString badCells = BadCellsText(shown, loader->Report());
+            if (!badCells.isEmpty()) {
+                std::fprintf(stderr, "%s\n", qPrintable(badCells));
+                cellsLabel->setText(badCells);
+                cellsLabel->show();
+            }
+            showData(data, false);
+        });
+        // A bar for readings that take longer than half a second.
+        progressTimer.setInterval(50);
+        QObject::connect(&progressTimer, &QTimer::timeout, [&] {
+            if (loader->Elapsed() < 500)
+                return;
+            progressBar->show();
+            progressBar->setValue(loader->Progress());
+        });
+        loader->Start();
+        progressTimer.start();
     }
-    return app.exec();
+    // An export writes its file without a window.
+    if (!exchange.Headless())
+        window.show();
+    const int result = app.exec();
+    loader.reset();
+    return result;
 }

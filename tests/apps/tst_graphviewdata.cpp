@@ -1,42 +1,61 @@
 // graphview's data: point tables as data sets, and the demonstration.
 #include "graphviewdata.h"
 
-#include "tool/capture/pointtextfile.h"
+#include "support/languagestring.h"
+
+#include <cstring>
 
 #include <gtest/gtest.h>
 
-TEST(GraphViewData, ATableBecomesColumnsWithXFirst)
+TEST(GraphViewData, FileDataGetNamesAnXAndTheirOrder)
 {
     struct Case
     {
-        QStringList header;
-        std::vector<double> rows; // two columns
+        const char *text;
         QStringList names;
+        double lastX;
         bool ordered;
     };
     const Case cases[] = {
-        {{QStringLiteral("Vce"), QStringLiteral("Ic")}, {0.5, 1e-3, 1.0, 2e-3, 2.0, 4e-3},
-         {QStringLiteral("Vce"), QStringLiteral("Ic")}, true},
-        {{}, {3, 1, 2, 2, 1, 3}, {QStringLiteral("X"), QStringLiteral("Y1")}, false},
+        {"Vce Ic\n0.5 1e-3\n1 2e-3\n2 4e-3\n", {QStringLiteral("Vce"), QStringLiteral("Ic")}, 2, true},
+        {"3 1 7\n2 2 8\n1 3 9\n", {QStringLiteral("X"), QStringLiteral("Y1"), QStringLiteral("Y2")}, 1, false},
+        {"a,,c\n1,2,3\n2,3,4\n", {QStringLiteral("a"), QStringLiteral("Y1"), QStringLiteral("c")}, 2, true},
+        {"5 nan 7 8\n", {QStringLiteral("Index"), QStringLiteral("Y1")}, 4, true},
+        {"Volts\n5\n6\n", {QStringLiteral("Index"), QStringLiteral("Volts")}, 2, true},
     };
     for (const Case &c : cases) {
-        CPointTable table;
-        table.columnNames = c.header;
-        table.hasHeader = !c.header.isEmpty();
-        table.columnCount = 2;
-        const int rows = int(c.rows.size()) / 2;
-        table.values.SetSize(rows, 2);
-        for (int r = 0; r < rows; ++r) {
-            table.values.SetAt(r, 0, c.rows[std::size_t(2 * r)]);
-            table.values.SetAt(r, 1, c.rows[std::size_t(2 * r + 1)]);
-        }
-        const CGraphData data = GraphDataFromTable(table);
-        ASSERT_EQ(data.ColumnCount(), 2);
-        ASSERT_EQ(data.RowCount(), rows);
-        EXPECT_EQ(data.GetColumn(0)->m_name, c.names[0]);
-        EXPECT_EQ(data.GetColumn(1)->m_name, c.names[1]);
-        EXPECT_EQ(data.GetColumn(1)->m_values[rows - 1], c.rows.back());
-        EXPECT_EQ(data->m_ordered != 0, c.ordered);
+        CGraphData data;
+        CTextImportReport report;
+        ASSERT_EQ(ImportTextBytes(c.text, std::strlen(c.text), data, report), TextImport::Read) << c.text;
+        const int rows = data.RowCount();
+        PrepareFileData(data);
+        ASSERT_EQ(data.ColumnCount(), c.names.size()) << c.text;
+        ASSERT_EQ(data.RowCount(), rows) << c.text;
+        for (int i = 0; i < c.names.size(); ++i)
+            EXPECT_EQ(data.GetColumn(i)->m_name, c.names[i]) << c.text;
+        EXPECT_EQ(data.GetColumn(0)->m_values[rows - 1], c.lastX) << c.text;
+        EXPECT_EQ(data->m_ordered != 0, c.ordered) << c.text;
+    }
+}
+
+TEST(GraphViewData, BadCellsAreToldWithTheirFirstLines)
+{
+    struct Case
+    {
+        const char *text;
+        const char *says; // "" for no report
+    };
+    const Case cases[] = {
+        {"1 2\n3 4\n", ""},
+        {"1 nan\n3\n", "f.txt: 1 cells are not valid numbers; 1 cells are empty (first in lines 1, 2)."},
+        {"1 x\n2 x\n3 x\n4 x\n5 x\n6 x\n", "f.txt: 6 cells are not valid numbers (first in lines 1, 2, 3, 4, 5, ...)."},
+    };
+    ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG)));
+    for (const Case &c : cases) {
+        CGraphData data;
+        CTextImportReport report;
+        ASSERT_EQ(ImportTextBytes(c.text, std::strlen(c.text), data, report), TextImport::Read) << c.text;
+        EXPECT_EQ(BadCellsText(QStringLiteral("f.txt"), report), QString::fromUtf8(c.says));
     }
 }
 

@@ -272,7 +272,7 @@ TEST(SaveFilters, FiltersAndKinds)
         const char *path;
         int index, kind;
     } names[] = {
-        {"a.txt", -1, 0}, {"a.FRA", -1, 0}, {"a.csv", -1, 2}, {"a.txt", 1, 1}, {"a.mat", -1, 4},
+        {"a.txt", -1, 0}, {"a.FRA", -1, 0}, {"a.fft", -1, 0}, {"a.csv", -1, 2}, {"a.txt", 1, 1}, {"a.mat", -1, 4},
         {"a.mrd", -1, 10}, {"a", -1, 10}, {"a.dat", 2, 10},
     };
     for (const auto &n : names)
