@@ -68,6 +68,7 @@ public:
 
 private:
     void applyToArrays(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status);
+    bool applyInPlace(CRpnData &a, const CRpnData &b);
 };
 
 // --- arithmetic -----------------------------------------------------------------------
