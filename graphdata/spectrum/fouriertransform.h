@@ -5,8 +5,8 @@
 // share one grid, so they share one object).
 //
 // Two methods.  The mixed-radix one splits the length by its smallest prime
-// factors (radix 4 while four divides what is left, then 2, 3, 5 and the
-// other primes), recursing depth first so that the inner levels run in the
+// factors (radix 8 and 4 while they divide what is left, then 2, 3, 5 and
+// the other primes), recursing depth first so that the inner levels run in the
 // cache.  Every twiddle factor comes from one table of exp(-2 pi i k / N)
 // built for the whole length, where a level of length n finds the factor of
 // exponent m at entry (N / n) * m; the factors each level uses are copied
@@ -82,6 +82,7 @@ private:
     void butterfly3(Cx *out, const Level &level);
     void butterfly4(Cx *out, const Level &level);
     void butterfly5(Cx *out, const Level &level);
+    void butterfly8(Cx *out, const Level &level);
     void butterflyOdd(Cx *out, const Level &level);
     void account(std::int64_t values);
 
