@@ -14,6 +14,9 @@ std::unordered_map<std::int64_t, std::int64_t> g_smallestFactor;
 // Twiddle factors at or past this many values report progress.
 const std::int64_t kReportLevel = 1 << 12;
 
+// Levels of this many values or more sort their input first (workSorted).
+const std::int64_t kSortLevel = 1 << 15;
+
 } // namespace
 
 std::int64_t CFourierTransform::SmallestFactor(std::int64_t n)
@@ -84,6 +87,8 @@ CFourierTransform::CFourierTransform(std::int64_t length, Method method)
     m_oddScratch.resize(std::size_t(3 * largestOdd));
     buildTable();
     m_scratch.resize(std::size_t(m_length));
+    if (m_length >= kSortLevel)
+        m_spare.resize(std::size_t(m_length));
 }
 
 CFourierTransform::~CFourierTransform() = default;
@@ -221,7 +226,7 @@ bool CFourierTransform::Forward(std::complex<double> *data, const Progress &prog
     return true;
 }
 
-bool CFourierTransform::mixedRadix(const Cx *in, Cx *out, const Progress &progress)
+bool CFourierTransform::mixedRadix(Cx *in, Cx *out, const Progress &progress)
 {
     m_progress = progress ? &progress : nullptr;
     m_cancelled = false;
@@ -233,7 +238,7 @@ bool CFourierTransform::mixedRadix(const Cx *in, Cx *out, const Progress &progre
     m_totalWork = double(m_length) * levels;
     m_doneWork = 0;
     m_nextReport = m_totalWork / 50;
-    work(out, in, 1, m_levels.data());
+    workSorted(out, in, m_spare.data(), m_levels.data(), true);
     m_progress = nullptr;
     if (!m_cancelled && progress)
         return progress(1.0);
@@ -317,7 +322,7 @@ inline void dft5(C a0, C a1, C a2, C a3, C a4, C *y, std::int64_t m)
 
 // One level: `out` receives the transform of length p * m of the values
 // in[0], in[fstride], in[2 fstride] ...
-void CFourierTransform::work(Cx *o, const Cx *i, std::int64_t fstride, const Level *level)
+void CFourierTransform::work(Cx *o, const Cx *i, std::int64_t fstride, const Level *level, bool top)
 {
     if (m_cancelled)
         return;
@@ -353,20 +358,50 @@ void CFourierTransform::work(Cx *o, const Cx *i, std::int64_t fstride, const Lev
     } else {
         const std::int64_t step = fstride * p;
         for (int j = 0; j < p; ++j)
-            work(o + j * m, i + j * fstride, step, level + 1);
+            work(o + j * m, i + j * fstride, step, level + 1, false);
         if (m_cancelled)
             return;
     }
-    switch (p) {
-    case 2: butterfly2(o, *level); break;
-    case 3: butterfly3(o, *level); break;
-    case 4: butterfly4(o, *level); break;
-    case 5: butterfly5(o, *level); break;
-    case 8: butterfly8(o, *level); break;
-    default: butterflyOdd(o, *level); break;
-    }
-    if (p * m >= kReportLevel || fstride == 1)
+    butterflies(o, *level);
+    if (p * m >= kReportLevel || top)
         account(p * m);
+}
+
+// A level of many values first sorts its (contiguous) input into its p
+// parts, one after the other, so that the levels below read in sequence
+// instead of striding across all of memory; `spare` is as long as the
+// input and may be overwritten, and so may `in`.
+void CFourierTransform::workSorted(Cx *out, Cx *in, Cx *spare, const Level *level, bool top)
+{
+    if (m_cancelled)
+        return;
+    const int p = level->p;
+    const std::int64_t m = level->m;
+    if (p * m < kSortLevel || m == 1) {
+        work(out, in, 1, level, top);
+        return;
+    }
+    for (std::int64_t i = 0; i < m; ++i)
+        for (int j = 0; j < p; ++j)
+            spare[j * m + i] = in[i * p + j];
+    for (int j = 0; j < p; ++j)
+        workSorted(out + j * m, spare + j * m, in + j * m, level + 1, false);
+    if (m_cancelled)
+        return;
+    butterflies(out, *level);
+    account(p * m);
+}
+
+void CFourierTransform::butterflies(Cx *out, const Level &level)
+{
+    switch (level.p) {
+    case 2: butterfly2(out, level); break;
+    case 3: butterfly3(out, level); break;
+    case 4: butterfly4(out, level); break;
+    case 5: butterfly5(out, level); break;
+    case 8: butterfly8(out, level); break;
+    default: butterflyOdd(out, level); break;
+    }
 }
 
 void CFourierTransform::butterfly2(Cx *o, const Level &level)

@@ -69,7 +69,7 @@ private:
 
     void buildTable();
     void buildChirp();
-    bool mixedRadix(const Cx *in, Cx *out, const Progress &progress);
+    bool mixedRadix(Cx *in, Cx *out, const Progress &progress);
     struct Level
     {
         int p;              // radix
@@ -77,7 +77,9 @@ private:
         std::int64_t table; // first factor of this level in m_twiddles
         std::int64_t units; // first of the p roots exp(-2 pi i q / p) in m_units
     };
-    void work(Cx *out, const Cx *in, std::int64_t fstride, const Level *level);
+    void work(Cx *out, const Cx *in, std::int64_t fstride, const Level *level, bool top);
+    void workSorted(Cx *out, Cx *in, Cx *spare, const Level *level, bool top);
+    void butterflies(Cx *out, const Level &level);
     void butterfly2(Cx *out, const Level &level);
     void butterfly3(Cx *out, const Level &level);
     void butterfly4(Cx *out, const Level &level);
@@ -93,6 +95,7 @@ private:
     std::vector<Cx> m_twiddles;   // per level: exp(-2 pi i j k / n), j = 1..p-1, for each k < m
     std::vector<Cx> m_units;      // roots of unity of the odd radices
     std::vector<Cx> m_scratch;    // N values
+    std::vector<Cx> m_spare;      // N values, for the sorting of long levels
     std::vector<Cx> m_oddScratch; // generic odd radices
 
     // chirp-z form
