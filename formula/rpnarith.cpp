@@ -247,6 +247,29 @@ CRpnData elementOp(int op, const CRpnData &a, const CRpnData &b)
     return valueOp(op, a, b);
 }
 
+// Two REALs under +, - or *: the value arithmetic's result (the plain
+// double operation, a REAL without flags), written into `out` where it lies.
+// False, with nothing written, for any other pair or operator.
+bool realElement(int op, const CRpnData &a, const CRpnData &b, CRpnData &out)
+{
+    if (!a.IsReal() || !b.IsReal())
+        return false;
+    const double x = a.GetRealValue(), y = b.GetRealValue();
+    switch (op) {
+    case '+':
+        out.SetDouble(x + y);
+        return true;
+    case '-':
+        out.SetDouble(x - y);
+        return true;
+    case '*':
+        out.SetDouble(x * y);
+        return true;
+    default:
+        return false;
+    }
+}
+
 std::uint32_t matrixBit(const CRpnData &v)
 {
     return v.IsArray() ? (v.GetFlags() & RPN_FLAG_MATRIX) : 0;
@@ -269,8 +292,12 @@ CRpnData arrayWithScalar(int op, const CRpnData &array, const CRpnData &scalar, 
         result.SetArray(n);
         const CRpnData *in = n ? array.GetItems() : nullptr;
         CRpnData *out = result.GetItems();
-        for (int i = 0; i < n; ++i)
-            out[i] = arrayOnLeft ? elementOp(op, in[i], scalar) : elementOp(op, scalar, in[i]);
+        for (int i = 0; i < n; ++i) {
+            const CRpnData &x = arrayOnLeft ? in[i] : scalar;
+            const CRpnData &y = arrayOnLeft ? scalar : in[i];
+            if (!realElement(op, x, y, out[i]))
+                out[i] = elementOp(op, x, y);
+        }
     }
     setMatrixBit(result, matrixBit(array));
     return result;
@@ -286,8 +313,12 @@ CRpnData arrayWithArray(int op, const CRpnData &a, const CRpnData &b)
     } else {
         result.SetArray(n);
         CRpnData *out = result.GetItems();
-        for (int i = 0; i < n; ++i)
+        for (int i = 0; i < n; ++i) {
+            if (a.GetKind() == RPN_ARRAY && b.GetKind() == RPN_ARRAY &&
+                realElement(op, a.GetItems()[i], b.GetItems()[i], out[i]))
+                continue;
             out[i] = elementOp(op, a.GetAt(i), b.GetAt(i));
+        }
     }
     setMatrixBit(result, matrixBit(a) | matrixBit(b));
     return result;

@@ -323,7 +323,38 @@ void CNodeDoubleOperand::Evaluate(CRpnData &result, unsigned char &status)
         MakeFormulaOfNode(this, operands, 2, result);
         return;
     }
+    if (applyInPlace(a, b)) {
+        result = std::move(a);
+        return;
+    }
     Apply(result, a, b, status);
+}
+
+bool CNodeDoubleOperand::applyInPlace(CRpnData &a, const CRpnData &b)
+{
+    // An array that no one else holds (the value of `a*a` in `a*a + 1`)
+    // takes the results of +, - and * with a number in its own cells.
+    const int kind = GetKind();
+    if (a.GetKind() != RPN_ARRAY || a.GetRefs() != 1 || a.IsMatrix() || !b.IsReal() ||
+        (kind != RPN_NODE_PLUS && kind != RPN_NODE_MINUS && kind != RPN_NODE_MULTIPLY))
+        return false;
+    const double y = b.GetRealValue();
+    CRpnData *items = a.GetItems();
+    const int n = a.GetSize();
+    for (int i = 0; i < n; ++i) {
+        CRpnData &item = items[i];
+        if (item.IsReal()) {
+            const double x = item.GetRealValue();
+            item.SetDouble(kind == RPN_NODE_PLUS ? x + y : kind == RPN_NODE_MINUS ? x - y : x * y);
+        } else if (kind == RPN_NODE_PLUS) {
+            item = CRpnData::Add(item, b);
+        } else if (kind == RPN_NODE_MINUS) {
+            item = CRpnData::Subtract(item, b);
+        } else {
+            item = CRpnData::Multiply(item, b);
+        }
+    }
+    return true;
 }
 
 void CNodeDoubleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
@@ -564,9 +595,16 @@ void CNodeAssignment::Store(CRpnNode *node, CRpnNode *target, const CRpnData &va
     }
     QVarLengthArray<CRpnData, 4> indices;
     for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+        CRpnNode *indexNode = (*it)->m_right;
+        if (indexNode && indexNode->GetKind() == RPN_NODE_LIST && indexNode->GetOperandCount() == 0 &&
+            !indexNode->IsOperation()) {
+            // `a[] = x`: the empty index, without making an empty array for it.
+            indices.push_back(CRpnData());
+            continue;
+        }
         CRpnData index;
-        if ((*it)->m_right)
-            (*it)->m_right->Evaluate(index, status);
+        if (indexNode)
+            indexNode->Evaluate(index, status);
         if (status == 0) {
             ReportRpnError(node->m_tree, status, RpnMessage(kMsgBadIndex), QStringLiteral("["), node->m_row,
                            node->m_col);

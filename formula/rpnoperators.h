@@ -57,6 +57,9 @@ public:
 
     CRpnNode *m_left = nullptr;  // owned
     CRpnNode *m_right = nullptr; // owned
+
+private:
+    bool applyInPlace(CRpnData &a, const CRpnData &b);
 };
 
 // --- arithmetic -----------------------------------------------------------------------

@@ -31,6 +31,7 @@ struct CGraphFileContent
     std::vector<QByteArray> attachments1;
     std::vector<QByteArray> attachments2;
     int mode = 0;                          // the writer's mode: 2, 3 or 4
+    std::int64_t bytesRead = 0;            // what the reading took from the file
 };
 
 // Reads the whole file.  With `columns` given, only the data of those column

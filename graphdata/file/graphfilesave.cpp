@@ -4,6 +4,7 @@
 #include "graphdata/file/filer2.h"
 #include "graphdata/file/graphfileformat.h"
 #include "graphdata/grapherrors.h"
+#include "graphdata/graphsnapshot.h"
 #include "support/languagestring.h"
 
 #include <algorithm>
@@ -39,7 +40,10 @@ QByteArray directoryName(const QString &name, int index, bool wide)
         text = QStringLiteral("Graph(%1)").arg(index + 1);
     QByteArray bytes(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
     bytes.append(2, '\0');
-    bytes.resize(length);
+    if (bytes.size() < length)
+        bytes.append(length - bytes.size(), '\0');
+    else
+        bytes.resize(length);
     return bytes;
 }
 
@@ -357,8 +361,12 @@ int SaveColumns(int mode, const QString &path, CGraphColumn *const *columns, int
 
 int SaveGraphData(const QString &path, const CGraphData &data, const CCurveHoldList *heldSets, QString *message)
 {
+    // The columns and row count as they are now, taken under the data lock:
+    // a producer may go on appending while the rows below are written.
+    CGraphDataSnapshot snapshot;
+    snapshot.Take(data);
     std::vector<CGraphColumn *> columns;
-    for (int i = 0; i < data.ColumnCount(); ++i)
-        columns.push_back(data.GetColumn(i));
-    return SaveColumns(4, path, columns.data(), int(columns.size()), data.RowCount(), {}, {}, heldSets, message);
+    for (int i = 0; i < snapshot.Size(); ++i)
+        columns.push_back(const_cast<CGraphColumn *>(snapshot.Column(i)));
+    return SaveColumns(4, path, columns.data(), int(columns.size()), snapshot.RowCount(), {}, {}, heldSets, message);
 }

@@ -263,7 +263,7 @@ TEST_F(GraphFileTest, DirectoryNamesKeepTheirLength)
         const char *name;
         const char *read;
     } cases[] = {
-        {4, "", "G"}, {4, "_", "Gr"}, {4, "  ", "Gra"}, {4, "Vce", "Vce"},
+        {4, "", "G"}, {4, "_", "Gr"}, {4, "  ", "Gra"}, {4, "          ", "Graph(1)"}, {4, "Vce", "Vce"},
         {3, "", ""}, {3, "_", "_"}, {2, "Ic [A]", "Ic [A]"},
     };
     QTemporaryDir dir;
