@@ -119,7 +119,10 @@ CRpnData *CNodeVariable::FindStorage()
         if (CRpnData *slot = locals->Find(m_name))
             return slot;
     }
-    return mainEntry(tree->GetVariables());
+    CMapStringToRpnData *main = tree->GetVariables();
+    if (m_mainLayout == main->GetLayout())
+        return &main->GetValueAt(m_mainIndex);
+    return mainEntry(main);
 }
 
 // The value from the places that hold values without a getter: the running

@@ -318,6 +318,23 @@ void CNodeDoubleOperand::Evaluate(CRpnData &result, unsigned char &status)
     CRpnData b;
     if (!EvaluateOrPass(m_right, b, result, status))
         return;
+    if (a.IsReal() && b.IsReal()) {
+        // Two REALs under an operator whose value arithmetic is the plain
+        // double operation: the double, without the value arithmetic's detour.
+        switch (GetKind()) {
+        case RPN_NODE_PLUS:
+        case RPN_NODE_MINUS:
+        case RPN_NODE_MULTIPLY:
+        case RPN_NODE_LESS:
+        case RPN_NODE_GREATER:
+        case RPN_NODE_LESS_EQUAL:
+        case RPN_NODE_GREATER_EQUAL:
+            result.SetDouble(ApplyReal(a.GetRealValue(), b.GetRealValue(), status));
+            return;
+        default:
+            break;
+        }
+    }
     if (a.IsFormula() || b.IsFormula()) {
         const CRpnData operands[2] = {a, b};
         MakeFormulaOfNode(this, operands, 2, result);
@@ -334,9 +351,10 @@ bool CNodeDoubleOperand::applyInPlace(CRpnData &a, const CRpnData &b)
 {
     // An array that no one else holds (the value of `a*a` in `a*a + 1`)
     // takes the results of +, - and * with a number in its own cells.
+    if (a.GetKind() != RPN_ARRAY || a.GetRefs() != 1 || a.IsMatrix() || !b.IsReal())
+        return false;
     const int kind = GetKind();
-    if (a.GetKind() != RPN_ARRAY || a.GetRefs() != 1 || a.IsMatrix() || !b.IsReal() ||
-        (kind != RPN_NODE_PLUS && kind != RPN_NODE_MINUS && kind != RPN_NODE_MULTIPLY))
+    if (kind != RPN_NODE_PLUS && kind != RPN_NODE_MINUS && kind != RPN_NODE_MULTIPLY)
         return false;
     const double y = b.GetRealValue();
     CRpnData *items = a.GetItems();
@@ -643,6 +661,22 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         result.SetNull();
         return;
     }
+    if (m_right->m_fastValue && m_right->IsOperation() && GetKind() == RPN_NODE_ASSIGN && !IsStopping()) {
+        // A variable with a place of its own given the double of an
+        // operation on numbers: the variable, the node's copy and the result
+        // each take the number in their own payload, overwritten where it
+        // lies when no one else holds it.
+        double x;
+        CNodeVariable *variable = m_left->AsVariable();
+        CRpnData *slot = nullptr;
+        if (variable && m_right->EvaluateFast(x) && (slot = variable->FindStorage()) != nullptr) {
+            slot->SetDouble(x);
+            variable->m_value.SetDouble(x);
+            result.SetDouble(x);
+            return;
+        }
+        // No place yet, or no plain double: the ordinary path (which makes the place).
+    }
     CRpnData value;
     if (!EvaluateOrPass(m_right, value, result, status))
         return;
@@ -757,12 +791,19 @@ void CNodeIncrement::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
     // A number in a place of its own is stepped there.
-    if (CRpnData *slot = variable->FindStorage(); slot && (slot->IsReal() || slot->IsInt())) {
+    if (CRpnData *slot = variable->FindStorage(); slot && slot->IsReal()) {
+        // Each handle takes the number in its own payload, overwritten where
+        // it lies when no one else holds it: no payload changes hands.
+        const double old = slot->GetRealValue();
+        const double now = old + Step();
+        slot->SetDouble(now);
+        variable->m_value.SetDouble(now);
+        result.SetDouble(m_fix < 0 ? now : old);
+        return;
+    }
+    if (CRpnData *slot = variable->FindStorage(); slot && slot->IsInt()) {
         CRpnData now;
-        if (slot->IsInt())
-            now.SetInt(int(std::uint32_t(slot->GetIntValue()) + std::uint32_t(Step())));
-        else
-            now.SetDouble(slot->GetRealValue() + Step());
+        now.SetInt(int(std::uint32_t(slot->GetIntValue()) + std::uint32_t(Step())));
         if (m_fix < 0) {
             *slot = now;
             variable->m_value = now;
