@@ -432,20 +432,45 @@ void CGraphWnd::wheelEvent(QWheelEvent *event)
 {
     if (!m_graphData || m_graphData->RangeCount() == 0 || m_activeTrack)
         return;
-    const int delta = event->angleDelta().y() != 0 ? event->angleDelta().y() : event->angleDelta().x();
+    const QPoint angles = event->angleDelta(), pixels = event->pixelDelta();
+    const int angle = angles.y() != 0 ? angles.y() : angles.x();
+    const int pixel = pixels.y() != 0 ? pixels.y() : pixels.x();
     const Qt::KeyboardModifiers keys = event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier);
+    event->accept();
+    if (keys != Qt::NoModifier && keys != Qt::ShiftModifier && keys != Qt::ControlModifier) {
+        m_wheelSteps.Reset();
+        return;
+    }
+    if (keys != Qt::ControlModifier && pixel != 0) {
+        // A touchpad that gives pixels scrolls by them, smoothly: the
+        // picture follows the fingers.
+        m_wheelSteps.Reset();
+        if (keys == Qt::NoModifier) {
+            const int axis = std::clamp(m_graphData->m_activeAxis, 0, m_graphData->RangeCount() - 1);
+            PanByPixels(*m_graphData, QPoint(0, pixel), false, true, axis);
+        } else {
+            PanByPixels(*m_graphData, QPoint(-pixel, 0), true, false, -1);
+            notifyChanged();
+        }
+        Redraw(1);
+        return;
+    }
+    const int notches = m_wheelSteps.Take(angle, int(keys));
+    if (notches == 0)
+        return;
     if (keys == Qt::NoModifier) {
         const int axis = std::clamp(m_graphData->m_activeAxis, 0, m_graphData->RangeCount() - 1);
-        wheelScroll(axis, delta);
+        wheelScroll(axis, notches * 120);
     } else if (keys == Qt::ShiftModifier) {
-        wheelScroll(-1, delta);
+        wheelScroll(-1, notches * 120);
         notifyChanged();
-    } else if (keys == Qt::ControlModifier) {
-        ZoomAround(*m_graphData, event->position().toPoint(), delta >= 1 ? 0.9 : 1.1, m_stepCounts);
+    } else {
+        const QPoint at = event->position().toPoint();
+        for (int i = 0; i < std::abs(notches); ++i)
+            ZoomAround(*m_graphData, at, notches > 0 ? 0.9 : 1.1, m_stepCounts);
         Redraw(1);
         notifyChanged();
     }
-    event->accept();
 }
 
 // ---- pop-up menu -------------------------------------------------------------
