@@ -229,8 +229,10 @@ public:
     }
     CRpnNode *CreateSame() const override { return new CNodeMultiOperand; }
     QString GetName() const override { return QStringLiteral("( )"); }
-    // A call is no block: its value is its own.
+    // A call is no block: its value is its own, not that of its first argument.
     void Execute(CRpnData &value, unsigned char &status) override { Evaluate(value, status); }
+    double EvaluateReal(unsigned char &status) override { return CRpnNode::EvaluateReal(status); }
+    bool EvaluateFast(double &) override { return false; }
 };
 
 // `{` and `}` while parsing.

@@ -50,16 +50,31 @@ bool CNode_IF::SetOperand(int i, CRpnNode *node)
     return true;
 }
 
-void CNode_IF::Evaluate(CRpnData &result, unsigned char &status)
+bool CNode_IF::conditionTruth(bool &truth, CRpnData &result, unsigned char &status)
 {
-    if (!m_condition) {
-        result.SetNull();
-        return;
+    // A condition on plain numbers is read as a double, without a value.
+    double x;
+    if (m_condition->m_fastValue && !IsStopping() && m_condition->EvaluateFast(x)) {
+        truth = x != 0.0;
+        return true;
     }
     CRpnData condition;
     if (!EvaluateOrPass(m_condition, condition, result, status))
+        return false;
+    truth = condition.IsTrue();
+    return true;
+}
+
+void CNode_IF::Evaluate(CRpnData &result, unsigned char &status)
+{
+    if (!m_condition || !HasStackRoom(status)) {
+        result.SetNull();
         return;
-    CRpnNode *branch = condition.IsTrue() ? m_then : m_else;
+    }
+    bool truth;
+    if (!conditionTruth(truth, result, status))
+        return;
+    CRpnNode *branch = truth ? m_then : m_else;
     if (!branch) {
         result.SetNull();
         return;
@@ -75,10 +90,10 @@ void CNode_IF::Execute(CRpnData &value, unsigned char &status)
         Evaluate(value, status);
         return;
     }
-    CRpnData condition;
-    if (!EvaluateOrPass(m_condition, condition, value, status))
+    bool truth;
+    if (!conditionTruth(truth, value, status))
         return;
-    if (CRpnNode *branch = condition.IsTrue() ? m_then : m_else)
+    if (CRpnNode *branch = truth ? m_then : m_else)
         branch->Execute(value, status);
 }
 
@@ -105,6 +120,12 @@ void CNode_WHILE::Evaluate(CRpnData &result, unsigned char &status)
         }
         if (status == 0 || IsStopping() || passes >= MaxPasses)
             break;
+        double x;
+        if (m_condition->m_fastValue && m_condition->EvaluateFast(x)) {
+            if (x == 0.0)
+                break;
+            continue;
+        }
         m_condition->Evaluate(condition, status);
         if (status != 1 || !condition.IsTrue())
             break;

@@ -36,6 +36,11 @@ public:
     // seen, 4 else-part taken.
     std::int32_t m_state = 0;
     std::int32_t m_state2 = 0;
+
+protected:
+    // The truth of the condition; false when the IF must return at once with
+    // `result` as EvaluateOrPass left it.
+    bool conditionTruth(bool &truth, CRpnData &result, unsigned char &status);
 };
 
 // WHILE (condition) body.  At most 1,000,000 passes; a loop that ends by its

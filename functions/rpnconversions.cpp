@@ -5,6 +5,7 @@
 #include "formula/rpndictionary.h"
 #include "formula/rpnkeywords.h"
 #include "formula/rpntree.h"
+#include "formula/rpnuserfunction.h"
 
 namespace {
 
@@ -83,6 +84,29 @@ void reportInnerFailure(CRpnNode *node, const CEquationTree &inner, unsigned cha
     tree->ReportError(status, message, node->GetName(), node->m_row + row - 1, node->m_col + col);
 }
 
+// Inside a function the text sees the call's variables too, as values:
+// what the text assigns stays in the text.  Named values come first.
+void offerCallVariables(CEquationTree *tree, CMapStringToRpnData &named)
+{
+    CRpnCallFrame *frame = tree ? tree->GetCallFrame() : nullptr;
+    const CRpnUserFunction *function = frame ? frame->GetFunction() : nullptr;
+    if (!function)
+        return;
+    auto offer = [&named, frame](const QString &name) {
+        if (named.FindHere(name))
+            return;
+        if (CRpnData *v = frame->Find(name))
+            named.SetAt(name, *v);
+    };
+    for (const QString &name : function->m_parameterNames)
+        offer(name);
+    WalkTree(function->m_body, [&offer](CRpnNode *node) {
+        if (CNodeVariable *variable = node->AsVariable(); variable && !variable->IsConstant())
+            offer(variable->m_name);
+        return 0;
+    });
+}
+
 // Runs a compiled tree; false (reported) when the run fails.
 bool runInner(CRpnNode *node, CEquationTree &inner, CRpnData &outcome, unsigned char &status)
 {
@@ -129,6 +153,7 @@ void CNodeToValue::Evaluate(CRpnData &result, unsigned char &status)
         }
         // The inner tree reports to this node; only the calling tree throws.
         inner.throwOnError = 0;
+        offerCallVariables(m_tree, named);
         if (inner.Compile(value.GetTextValue(), &named, true) != 1) {
             const QString trimmed = value.GetTextValue().trimmed();
             if ((!m_tree || !m_tree->HasError()) && trimmed.size() >= 2 && trimmed.startsWith(u'{')

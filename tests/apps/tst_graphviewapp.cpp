@@ -1,5 +1,6 @@
 // graphview's command line and its pictures: options read without a
 // display, and pictures saved whole or not at all.
+#include "graphviewload.h"
 #include "graphviewoptions.h"
 #include "graphviewpicture.h"
 
@@ -153,6 +154,51 @@ TEST(GraphViewPicture, IsTakenAfterThePaintIsDone)
         QThread::msleep(5);
     }
     EXPECT_GE(paintsSeen, 1) << "called after a paint, not before or never";
+}
+
+// The file is read on its own thread; the window's thread hears of the end
+// through the event loop, with the data or the reason.
+TEST(GraphViewLoad, TellsTheEndOnTheWindowsThread)
+{
+    QTemporaryDir dir;
+    const QString good = dir.filePath(QStringLiteral("good.txt"));
+    {
+        QFile f(good);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("t v\n0 1\n1 nan\n2 3\n");
+    }
+    struct Case
+    {
+        QString path;
+        TextImport result;
+        int rows;
+    };
+    const Case cases[] = {
+        {good, TextImport::Read, 3},
+        {dir.filePath(QStringLiteral("none.txt")), TextImport::OpenFailed, 0},
+    };
+    for (const Case &c : cases) {
+        bool finished = false;
+        bool onThisThread = false;
+        CDataFileLoader loader(c.path, [&] {
+            finished = true;
+            onThisThread = QThread::currentThread() == QCoreApplication::instance()->thread();
+        });
+        loader.Start();
+        for (int i = 0; i < 1000 && !finished; ++i) {
+            QCoreApplication::processEvents();
+            QThread::msleep(5);
+        }
+        ASSERT_TRUE(finished) << qPrintable(c.path);
+        EXPECT_TRUE(onThisThread);
+        EXPECT_FALSE(loader.Running());
+        EXPECT_EQ(loader.Result(), c.result);
+        if (c.result == TextImport::Read) {
+            EXPECT_EQ(loader.Data().RowCount(), c.rows);
+            EXPECT_EQ(loader.Report().invalidCells, 1);
+            EXPECT_EQ(loader.Progress(), 1000);
+        }
+    }
 }
 
 } // namespace

@@ -79,6 +79,10 @@ const ScriptCase kScripts[] = {
      "ARRAY:{{1,2,3},{2,3},{1,2,3}}"},
     {"array_append_in_loop", "a = {}; i = 0; while (i < 5) { a[] = i * i; i++ }; a",
      "ARRAY:{{0,1,4,9,16},0,0,{0,1,4,9,16}}"},
+    // Arithmetic on an array made on the way reuses its cells; the array of
+    // a variable is never changed by it.
+    {"array_arithmetic_leaves_operand", "a = {1, \"3\", 2.5}; b = a * 2 + 1; c = {1,2} * 3 - 1; {a, b, c}",
+     "ARRAY:{{1,3,2.5},{3,7,6},{2,5},{{1,3,2.5},{3,7,6},{2,5}}}"},
     {"increment_kinds", "i = 1; i++; j = \"x\"; j++; k = 2.5; k--; {i, j, k}",
      "ARRAY:{1,1,x,x,2.5,2.5,{2,x,1.5}}"},
     // A loop's body gives no value, but a return inside it does.
@@ -241,6 +245,33 @@ TEST(MainVariables, FoundAndSetByName)
     CRpnData value;
     tree.Run(value);
     EXPECT_EQ(Describe(value), "REAL:8");
+}
+
+// A series over a bound column runs a user function once per row, with the
+// row's value as its argument; several statements and a return alike.
+TEST(CallFrames, SeriesOfUserFunctions)
+{
+    const double x[] = {-0.5, 1.0, 2.0};
+    struct Case
+    {
+        const char *text;
+        double expect[3];
+    };
+    const Case cases[] = {
+        {"function f(t) { return t*t+1 }; f(x)", {1.25, 2.0, 5.0}},
+        {"function f(t) { return t*t+1 }; f(x) + 0", {1.25, 2.0, 5.0}},
+        {"function g(t) { u = t * 3; if (u > 2) { return u }; return -u }; g(x)", {1.5, 3.0, 6.0}},
+    };
+    for (const Case &c : cases) {
+        CEquationTree tree;
+        tree.BindColumn(QStringLiteral("x"), x, nullptr, 3);
+        ASSERT_EQ(tree.Compile(QString::fromLatin1(c.text)), 1) << c.text;
+        double values[3] = {};
+        unsigned char valid[3] = {};
+        EXPECT_EQ(tree.EvaluateSeries(values, valid, 0, 2), 3) << c.text;
+        for (int r = 0; r < 3; ++r)
+            EXPECT_DOUBLE_EQ(values[r], c.expect[r]) << c.text << " row " << r;
+    }
 }
 
 // A saved and read tree gives its functions' variables their slots again.

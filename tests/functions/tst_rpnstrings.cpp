@@ -143,6 +143,9 @@ TEST(RpnStrings, StringToStringAndValue)
         {"", "Value()", "INT:0"},
         {"", "Value(\"{7}\")", "REAL:7"},
         {"x = 3", "Value(\"x*y\", y = 2)", "REAL:6"},
+        // Inside a function the text sees the call's variables; a named value wins.
+        {"", "g = 10\nfunction f(a) {\n  b = 4\n  return {Value(\"a*b+g\"), Value(\"a\", a = 7)}\n}\nf(3)",
+         "ARRAY:{10,{22,7}}"},
         {"", "Value(\"1/0\")", "E:Error in Value at row 1, column 1. ::" + divisionByZero + "@1,1"},
     });
 }
