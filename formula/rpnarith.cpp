@@ -17,6 +17,7 @@
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace {
 
@@ -237,12 +238,18 @@ void realLoop(int op, const double *x, const double *y, double *out, int n)
 
 CRpnData valueOp(int op, const CRpnData &a, const CRpnData &b);
 
-// One element of an ARRAY operation: the full arithmetic, except that a
-// zero divisor gives 0 instead of an infinity.
+// In an ARRAY operation a zero divisor between two scalars gives 0 instead
+// of an infinity.
+bool zeroDivisor(int op, const CRpnData &a, const CRpnData &b)
+{
+    return (op == '/' || op == '%') && !b.IsArrayOrCurve() && !b.IsFormula() && !b.IsComplex() && !a.IsFormula()
+        && !a.IsArrayOrCurve() && b.GetDouble() == 0.0;
+}
+
+// One element of an ARRAY operation: the full arithmetic, except for a zero divisor.
 CRpnData elementOp(int op, const CRpnData &a, const CRpnData &b)
 {
-    if ((op == '/' || op == '%') && !b.IsArrayOrCurve() && !b.IsFormula() && !b.IsComplex()
-        && !a.IsFormula() && !a.IsArrayOrCurve() && b.GetDouble() == 0.0)
+    if (zeroDivisor(op, a, b))
         return CRpnData(0.0);
     return valueOp(op, a, b);
 }
@@ -362,7 +369,78 @@ CRpnData matrixOp(int op, const CRpnData &a, const CRpnData &b)
     }
 }
 
+// Whether an operation goes cell by cell through general values: an ARRAY
+// with a scalar or with another array (not two ARRAY_R), neither side a
+// formula, and no pair of matrices.
+bool goesCellByCell(int op, const CRpnData &a, const CRpnData &b)
+{
+    if (a.IsFormula() || b.IsFormula())
+        return false;
+    const bool arrayA = a.IsArrayOrCurve(), arrayB = b.IsArrayOrCurve();
+    if (!arrayA && !arrayB)
+        return false;
+    if (op != '%' && isMatrixPair(a, b))
+        return false;
+    if (arrayA && arrayB)
+        return a.GetKind() == RPN_ARRAY || b.GetKind() == RPN_ARRAY;
+    return (arrayA ? a : b).GetKind() == RPN_ARRAY;
+}
+
+// One step of an operation, where cells that are arrays again are not gone into.
+CRpnData shallowOp(int op, const CRpnData &a, const CRpnData &b);
+
+// Arrays in arrays to any depth: the cells are worked from a stack of levels
+// rather than by recursion, so that a list nested 20,000 deep adds up.
+CRpnData cellByCell(int op, const CRpnData &a, const CRpnData &b)
+{
+    struct Level
+    {
+        CRpnData a, b, out;
+        int next, count;
+        bool arrayA, arrayB;
+    };
+    std::vector<Level> stack;
+    const auto enter = [&stack](const CRpnData &x, const CRpnData &y) {
+        const bool arrayX = x.IsArrayOrCurve(), arrayY = y.IsArrayOrCurve();
+        // The smaller size; extra elements are dropped.  A curve counts as empty.
+        const int n = arrayX && arrayY ? std::min(x.GetSize(), y.GetSize()) : arrayX ? x.GetSize() : y.GetSize();
+        Level level{x, y, CRpnData(), 0, n, arrayX, arrayY};
+        level.out.SetArray(n);
+        stack.push_back(std::move(level));
+    };
+    enter(a, b);
+    CRpnData done;
+    while (!stack.empty()) {
+        Level &level = stack.back();
+        if (level.next == level.count) {
+            done = std::move(level.out);
+            setMatrixBit(done, (level.arrayA ? matrixBit(level.a) : 0) | (level.arrayB ? matrixBit(level.b) : 0));
+            stack.pop_back();
+            if (!stack.empty()) {
+                Level &up = stack.back();
+                up.out.GetItems()[up.next++] = std::move(done);
+            }
+            continue;
+        }
+        const CRpnData x = level.arrayA ? level.a.GetAt(level.next) : level.a;
+        const CRpnData y = level.arrayB ? level.b.GetAt(level.next) : level.b;
+        if (!zeroDivisor(op, x, y) && goesCellByCell(op, x, y)) {
+            enter(x, y); // `level` is not used after this
+            continue;
+        }
+        level.out.GetItems()[level.next++] = zeroDivisor(op, x, y) ? CRpnData(0.0) : shallowOp(op, x, y);
+    }
+    return done;
+}
+
 CRpnData valueOp(int op, const CRpnData &a, const CRpnData &b)
+{
+    if (goesCellByCell(op, a, b))
+        return cellByCell(op, a, b);
+    return shallowOp(op, a, b);
+}
+
+CRpnData shallowOp(int op, const CRpnData &a, const CRpnData &b)
 {
     if (a.IsFormula() || b.IsFormula())
         return deferToFormula(op, a, b);

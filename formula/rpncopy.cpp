@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -58,17 +60,31 @@ void CRpnData::DeepCopy(const CRpnData &from)
         std::memcpy(copy.m_p->m_reals, p->m_reals, sizeof(double) * std::size_t(p->m_count));
         copy.m_p->m_flags = p->m_flags & ~RPN_FLAG_BORROWED;
         break;
-    case RPN_ARRAY:
+    case RPN_ARRAY: {
+        // Arrays inside arrays are copied from a list of pending pairs
+        // (source, fresh copy), not by recursion: they may nest deeply.
         copy.SetArray(p->m_count);
-        for (int i = 0; i < p->m_count; ++i) {
-            const CRpnData &item = p->m_items[i];
-            if (isImmutableKind(item.GetKind()))
-                copy.m_p->m_items[i] = item;
-            else
-                copy.m_p->m_items[i].DeepCopy(item);
-        }
         copy.m_p->m_flags = p->m_flags & ~RPN_FLAG_BORROWED;
+        std::vector<std::pair<const CRpnPayload *, CRpnPayload *>> pending{{p, copy.m_p}};
+        while (!pending.empty()) {
+            const auto [source, target] = pending.back();
+            pending.pop_back();
+            for (int i = 0; i < source->m_count; ++i) {
+                const CRpnData &item = source->m_items[i];
+                CRpnData &slot = target->m_items[i];
+                if (isImmutableKind(item.GetKind())) {
+                    slot = item;
+                } else if (item.GetKind() == RPN_ARRAY) {
+                    slot.SetArray(item.m_p->m_count);
+                    slot.m_p->m_flags = item.m_p->m_flags & ~RPN_FLAG_BORROWED;
+                    pending.emplace_back(item.m_p, slot.m_p);
+                } else {
+                    slot.DeepCopy(item);
+                }
+            }
+        }
         break;
+    }
     case RPN_FORMULA:
         copy = cloneFormula(from);
         break;

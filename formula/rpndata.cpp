@@ -54,6 +54,15 @@ int RpnBiasedInt(double x)
 
 namespace {
 
+// A non-empty ARRAY converts as its first element: followed by a loop, as
+// the first element may be an array again, to any depth.
+const CRpnPayload *firstOfArrays(const CRpnPayload *p)
+{
+    while (p->m_kind == RPN_ARRAY && p->m_count > 0)
+        p = CRpnDataAccess::Payload(p->m_items[0]);
+    return p;
+}
+
 int biasedInt(double x)
 {
     return RpnBiasedInt(x);
@@ -365,7 +374,7 @@ void CRpnData::DictSet(const QString &key, const CRpnData &value)
 
 double CRpnData::GetDouble() const
 {
-    const CRpnPayload *p = m_p;
+    const CRpnPayload *p = firstOfArrays(m_p);
     switch (p->m_kind) {
     case RPN_REAL:
     case RPN_COMPLEX:
@@ -379,7 +388,7 @@ double CRpnData::GetDouble() const
     case RPN_ARRAY_R:
         return p->m_count > 0 ? p->m_reals[0] : 0.0;
     case RPN_ARRAY:
-        return p->m_count > 0 ? p->m_items[0].GetDouble() : 0.0;
+        return 0.0; // an empty one: firstOfArrays went into the others
     case RPN_FORMULA:
         return evaluateFormula(p->m_tree).GetDouble();
     case RPN_POINTER:
@@ -393,7 +402,7 @@ double CRpnData::GetDouble() const
 
 int CRpnData::GetInt() const
 {
-    const CRpnPayload *p = m_p;
+    const CRpnPayload *p = firstOfArrays(m_p);
     switch (p->m_kind) {
     case RPN_INT:
         return p->m_int;
@@ -405,7 +414,7 @@ int CRpnData::GetInt() const
     case RPN_ARRAY_R:
         return p->m_count > 0 ? biasedInt(p->m_reals[0]) : 0;
     case RPN_ARRAY:
-        return p->m_count > 0 ? p->m_items[0].GetInt() : 0;
+        return 0;
     case RPN_FORMULA:
         return evaluateFormula(p->m_tree).GetInt();
     case RPN_POINTER:
@@ -443,7 +452,7 @@ double CRpnData::GetDoubleChecked(int &ok) const
 
 std::complex<double> CRpnData::GetComplex() const
 {
-    const CRpnPayload *p = m_p;
+    const CRpnPayload *p = firstOfArrays(m_p);
     switch (p->m_kind) {
     case RPN_COMPLEX:
         return {p->m_real, p->m_imag};
@@ -458,7 +467,7 @@ std::complex<double> CRpnData::GetComplex() const
     case RPN_ARRAY_R:
         return {p->m_count > 0 ? p->m_reals[0] : 0.0, 0.0};
     case RPN_ARRAY:
-        return p->m_count > 0 ? p->m_items[0].GetComplex() : std::complex<double>();
+        return {};
     case RPN_FORMULA:
         return evaluateFormula(p->m_tree).GetComplex();
     default:

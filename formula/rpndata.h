@@ -95,7 +95,11 @@ extern constinit thread_local ThreadCache t_cache;
 
 // The slow paths, in rpnpool.cpp.
 CRpnPayload *Refill();
-void DestroyContent(CRpnPayload *payload);
+// Destroys what the payload owns.  Values nested in it are freed without
+// recursion: while one payload is being destroyed, others that reach no
+// handle on the way are queued and destroyed after it, and then this returns
+// false for them (they go to the free list when their turn comes).
+bool DestroyContent(CRpnPayload *payload);
 void GiveBackShared(CRpnPayload *payload);
 
 // A payload from the calling thread's free list, uninitialised.
@@ -116,8 +120,8 @@ inline void Free(CRpnPayload *payload)
 {
     // Null, numbers and complex numbers own nothing.
     const std::uint32_t kind = payload->m_kind;
-    if (kind > RPN_INT && kind != RPN_COMPLEX)
-        DestroyContent(payload);
+    if (kind > RPN_INT && kind != RPN_COMPLEX && !DestroyContent(payload))
+        return;
     ThreadCache &c = t_cache;
     if (c.ended) {
         GiveBackShared(payload);
@@ -141,6 +145,11 @@ inline int FreeCount()
 // truncated; out of the 32-bit range saturates, NaN gives 0.  This is the
 // rounding of every index and integer argument.
 int RpnBiasedInt(double x);
+
+// The longest text GetText and FormatValue make, in characters; a longer one
+// is cut there and ends with "...".  (A value may share its parts: 30 levels
+// of {a, a} hold 2^30 elements, which no text could show.)
+inline constexpr qsizetype RpnMaxTextLength = qsizetype(1) << 24;
 
 // Result of CRpnData::Equals when the operator node has to compare element by element.
 inline constexpr int RPN_NOT_DECIDED = -1;
@@ -355,6 +364,8 @@ public:
 
 private:
     static int equalsByRules(const CRpnData &a, const CRpnData &b);
+    // GetText of a value that holds no other values (rpnformat.cpp).
+    QString plainText(std::uint32_t flags) const;
     static CRpnPayload *makePayload(std::uint32_t kind)
     {
         CRpnPayload *p = RpnPool::Take();

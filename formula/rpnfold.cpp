@@ -6,6 +6,7 @@
 #include "formula/rpnexception.h"
 #include "formula/rpnstatements.h"
 #include "formula/rpntree.h"
+#include "support/stackroom.h"
 
 #include <algorithm>
 
@@ -21,6 +22,7 @@ constexpr int kMsgNotAVariable = 43167;
 constexpr int kMsgBracketMismatch = 43170;
 constexpr int kMsgDirectiveMismatch = 43192;
 constexpr int kMsgMisplacedIf = 43198;
+constexpr int kMsgTooDeep = 43301;
 
 bool isSquare(const CRpnNode *n)
 {
@@ -177,6 +179,10 @@ bool CRpnParser::processNode(CRpnNode *node)
 
 bool CRpnParser::processList(CRpnNodeList *list)
 {
+    // Lists inside lists are ordered by recursion: deep nesting ends here
+    // with a message rather than at the end of the stack.
+    if (StackRoom::IsStackLow())
+        return fail(list, kMsgTooDeep, {});
     for (CRpnNode *child : list->m_children) {
         if (!processNode(child))
             return false;
@@ -189,6 +195,7 @@ bool CRpnParser::order(CRpnNodeList *list)
     std::vector<CRpnNode *> in = std::move(list->m_children);
     list->m_children.clear();
     std::vector<CRpnNode *> output, stack;
+    int openParentheses = 0; // on the stack
 
     auto failHere = [&](CRpnNode *at, std::size_t restFrom, int id) {
         fail(at, id, {});
@@ -208,8 +215,7 @@ bool CRpnParser::order(CRpnNodeList *list)
 
     for (std::size_t k = 0; k < in.size(); ++k) {
         CRpnNode *node = in[k];
-        const bool inParentheses = std::any_of(stack.begin(), stack.end(),
-                                               [](const CRpnNode *n) { return n->IsParenthesisOpen(); });
+        const bool inParentheses = openParentheses > 0;
         if (isOperand(node)) {
             output.push_back(node);
         } else if (node->IsEnd()) {
@@ -247,6 +253,7 @@ bool CRpnParser::order(CRpnNodeList *list)
             output.push_back(node);
         } else if (isRound(node) && node->IsParenthesisOpen()) {
             stack.push_back(node);
+            ++openParentheses;
         } else if (isRound(node)) {
             while (!stack.empty() && !stack.back()->IsParenthesisOpen()) {
                 output.push_back(stack.back());
@@ -256,6 +263,7 @@ bool CRpnParser::order(CRpnNodeList *list)
                 return failHere(node, k, kMsgCloseWithoutOpen);
             delete stack.back();
             stack.pop_back();
+            --openParentheses;
             delete node;
             in[k] = nullptr;
             // IF (condition): the statement goes out right behind its condition.
@@ -450,6 +458,8 @@ bool CRpnParser::checkStructure(CRpnNode *node)
 {
     if (!node)
         return true;
+    if (StackRoom::IsStackLow())
+        return fail(node, kMsgTooDeep, {});
     if (node->IsVariable())
         return useVariable(node);
     if (node->IsAssignmentLike() && !node->IsBinary()) {

@@ -11,6 +11,8 @@
 
 #include <cmath>
 #include <cstdio>
+#include <deque>
+#include <vector>
 
 namespace {
 
@@ -83,7 +85,8 @@ private:
 
 } // namespace
 
-QString CRpnData::GetText(std::uint32_t flags) const
+// The text of a value that holds no other values: every kind but ARRAY and DICTIONARY.
+QString CRpnData::plainText(std::uint32_t flags) const
 {
     const CRpnPayload *p = m_p;
     const int precision = precisionOf(flags);
@@ -104,41 +107,13 @@ QString CRpnData::GetText(std::uint32_t flags) const
     case RPN_ARRAY_R: {
         const bool cut = (flags & RPN_TEXT_CUT) && p->m_count > kCutAfter;
         const int shown = cut ? kCutAfter : p->m_count;
-        for (int i = 0; i < shown; ++i) {
+        for (int i = 0; i < shown && out.size() <= RpnMaxTextLength; ++i) {
             if (i)
                 out += u',';
             appendG(out, p->m_reals[i], precision);
         }
         if (cut && (flags & RPN_TEXT_ELLIPSIS))
             out += QLatin1StringView(",...");
-        return out;
-    }
-    case RPN_ARRAY:
-    case RPN_DICTIONARY: {
-        const bool isArray = p->m_kind == RPN_ARRAY;
-        const int count = isArray ? p->m_count : (p->m_map ? p->m_map->GetCount() : 0);
-        const bool cut = (flags & RPN_TEXT_CUT) && count > kCutAfter;
-        const int shown = cut ? kCutAfter : count;
-        const bool open = (flags & RPN_TEXT_BRACES) || count > 1;
-        if (open)
-            out += u'{';
-        for (int i = 0; i < shown; ++i) {
-            if (i)
-                out += u',';
-            if (isArray) {
-                out += p->m_items[i].GetText(flags);
-            } else {
-                out += u'{';
-                out += p->m_map->GetSpelling(p->m_map->GetKeyAt(i));
-                out += u',';
-                out += p->m_map->GetValueAt(i).GetText(flags);
-                out += u'}';
-            }
-        }
-        if (cut && (flags & RPN_TEXT_ELLIPSIS))
-            out += QLatin1StringView(",...}");
-        else if (open)
-            out += u'}';
         return out;
     }
     case RPN_FORMULA:
@@ -156,67 +131,240 @@ QString CRpnData::GetText(std::uint32_t flags) const
     }
 }
 
-QString CRpnData::FormatValue(const CMapStringToRpnData &options, int depth) const
+namespace {
+
+bool holdsValues(const CRpnPayload *p)
+{
+    return p->m_kind == RPN_ARRAY || p->m_kind == RPN_DICTIONARY;
+}
+
+// Ends a text that grew past the longest one made: cut, with "..." to show it.
+bool endIfTooLong(QString &out)
+{
+    if (out.size() <= RpnMaxTextLength)
+        return false;
+    out.truncate(RpnMaxTextLength);
+    out += QLatin1StringView("...");
+    return true;
+}
+
+} // namespace
+
+QString CRpnData::GetText(std::uint32_t flags) const
+{
+    if (!holdsValues(m_p))
+        return plainText(flags);
+
+    // Arrays and dictionaries nest to any depth: the walk keeps its own stack.
+    struct Level
+    {
+        const CRpnPayload *p;
+        int next;         // element to print next
+        int shown;        // elements printed in all
+        bool open;        // a brace was written
+        bool cut;         // elements were left out
+        bool entryOpen;   // a dictionary entry waits for its closing brace
+    };
+    std::vector<Level> stack;
+    QString out;
+    const auto enter = [&](const CRpnPayload *p) {
+        const int count = p->m_kind == RPN_ARRAY ? p->m_count : (p->m_map ? p->m_map->GetCount() : 0);
+        const bool cut = (flags & RPN_TEXT_CUT) && count > kCutAfter;
+        const bool open = (flags & RPN_TEXT_BRACES) || count > 1;
+        if (open)
+            out += u'{';
+        stack.push_back({p, 0, cut ? kCutAfter : count, open, cut, false});
+    };
+    enter(m_p);
+    while (!stack.empty()) {
+        if (endIfTooLong(out))
+            return out;
+        Level &level = stack.back();
+        if (level.entryOpen) {
+            out += u'}';
+            level.entryOpen = false;
+        }
+        if (level.next == level.shown) {
+            if (level.cut && (flags & RPN_TEXT_ELLIPSIS))
+                out += QLatin1StringView(",...}");
+            else if (level.open)
+                out += u'}';
+            stack.pop_back();
+            continue;
+        }
+        if (level.next)
+            out += u',';
+        const CRpnData *value;
+        if (level.p->m_kind == RPN_ARRAY) {
+            value = &level.p->m_items[level.next];
+        } else {
+            const CMapStringToRpnData *map = level.p->m_map;
+            out += u'{';
+            out += map->GetSpelling(map->GetKeyAt(level.next));
+            out += u',';
+            value = &map->GetValueAt(level.next);
+            level.entryOpen = true;
+        }
+        ++level.next;
+        const CRpnPayload *q = value->m_p;
+        if (holdsValues(q))
+            enter(q); // `level` is not used after this
+        else if (q->m_kind == RPN_REAL) // the common cells straight into the text
+            appendReal(out, q->m_real, value->GetDisplayExponent(), precisionOf(flags));
+        else if (q->m_kind == RPN_INT)
+            out += QString::number(q->m_int);
+        else
+            out += value->plainText(flags);
+    }
+    endIfTooLong(out);
+    return out;
+}
+
+namespace {
+
+// What the options say for one level, read once per level rather than per element.
+struct LevelForm
+{
+    int precision;
+    bool plainReal; // REAL bit 0: no display exponent
+    bool quote;     // QUOTE bit 0
+    int max;        // MAX: elements of an array shown, 0 for all
+    QString begin, end, sep;                                        // arrays
+    QString mapBegin, mapEnd, mapSep, itemBegin, itemEnd, itemSep; // dictionaries
+};
+
+LevelForm levelForm(const CMapStringToRpnData &options, int depth)
 {
     const PrintOptions o(options, depth);
-    int precision = o.Int(QStringLiteral("PRECISION"), 16);
-    if (precision < 1 || precision > 31)
-        precision = 16;
+    LevelForm f;
+    f.precision = o.Int(QStringLiteral("PRECISION"), 16);
+    if (f.precision < 1 || f.precision > 31)
+        f.precision = 16;
+    f.plainReal = (o.Int(QStringLiteral("REAL"), 0) & 1) != 0;
+    f.quote = (o.Int(QStringLiteral("QUOTE"), 0) & 1) != 0;
+    f.max = o.Int(QStringLiteral("MAX"), 0);
+    f.begin = o.Text(QStringLiteral("BEGIN"), QStringLiteral("{"));
+    f.end = o.Text(QStringLiteral("END"), QStringLiteral("}"));
+    f.sep = o.Text(QStringLiteral("SEP"), QStringLiteral(","));
+    // FORMAT 2 prints nested braces; anything else one key=value; a line.
+    const bool braces = o.Int(QStringLiteral("FORMAT"), 0) == 2;
+    f.mapBegin = o.Text(QStringLiteral("BEGIN"), braces ? QStringLiteral("{") : QString());
+    f.mapEnd = o.Text(QStringLiteral("END"), braces ? QStringLiteral("}") : QString());
+    f.mapSep = o.Text(QStringLiteral("SEP"), braces ? QStringLiteral(",") : QStringLiteral("\r\n"));
+    f.itemBegin = o.Text(QStringLiteral("ITEMBEGIN"), braces ? QStringLiteral("{") : QString());
+    f.itemEnd = o.Text(QStringLiteral("ITEMEND"), braces ? QStringLiteral("}") : QStringLiteral(";"));
+    f.itemSep = o.Text(QStringLiteral("ITEMSEP"), braces ? QStringLiteral(",") : QStringLiteral("="));
+    return f;
+}
 
-    const CRpnPayload *p = m_p;
+int shownOf(const LevelForm &f, int count)
+{
+    return f.max != 0 && f.max < count ? std::max(f.max, 0) : count;
+}
+
+// The print form of a value that holds no others.
+QString formatPlain(const CRpnData &v, const LevelForm &f)
+{
     QString out;
-    switch (p->m_kind) {
+    switch (v.GetKind()) {
     case RPN_REAL:
-        appendReal(out, p->m_real, (o.Int(QStringLiteral("REAL"), 0) & 1) ? 0 : GetDisplayExponent(), precision);
+        appendReal(out, v.GetRealValue(), f.plainReal ? 0 : v.GetDisplayExponent(), f.precision);
         return out;
     case RPN_STRING:
-        if (o.Int(QStringLiteral("QUOTE"), 0) & 1)
-            return u'"' + p->Text() + u'"';
-        return p->Text();
-    case RPN_ARRAY_R:
-    case RPN_ARRAY: {
-        const QString sep = o.Text(QStringLiteral("SEP"), QStringLiteral(","));
-        int shown = p->m_count;
-        const int max = o.Int(QStringLiteral("MAX"), 0);
-        if (max != 0 && max < shown)
-            shown = std::max(max, 0);
-        out = o.Text(QStringLiteral("BEGIN"), QStringLiteral("{"));
-        for (int i = 0; i < shown; ++i) {
+        if (f.quote)
+            return u'"' + v.GetTextValue() + u'"';
+        return v.GetTextValue();
+    case RPN_ARRAY_R: {
+        const int shown = shownOf(f, v.GetSize());
+        const double *reals = v.GetRealData();
+        out = f.begin;
+        for (int i = 0; i < shown && out.size() <= RpnMaxTextLength; ++i) {
             if (i)
-                out += sep;
-            if (p->m_kind == RPN_ARRAY_R)
-                appendG(out, p->m_reals[i], precision);
-            else
-                out += p->m_items[i].FormatValue(options, depth + 1);
+                out += f.sep;
+            appendG(out, reals[i], f.precision);
         }
-        out += o.Text(QStringLiteral("END"), QStringLiteral("}"));
-        return out;
-    }
-    case RPN_DICTIONARY: {
-        // FORMAT 2 prints nested braces; anything else one key=value; a line.
-        const bool braces = o.Int(QStringLiteral("FORMAT"), 0) == 2;
-        const QString begin = o.Text(QStringLiteral("BEGIN"), braces ? QStringLiteral("{") : QString());
-        const QString end = o.Text(QStringLiteral("END"), braces ? QStringLiteral("}") : QString());
-        const QString sep = o.Text(QStringLiteral("SEP"), braces ? QStringLiteral(",") : QStringLiteral("\r\n"));
-        const QString itemBegin = o.Text(QStringLiteral("ITEMBEGIN"), braces ? QStringLiteral("{") : QString());
-        const QString itemEnd = o.Text(QStringLiteral("ITEMEND"), braces ? QStringLiteral("}") : QStringLiteral(";"));
-        const QString itemSep = o.Text(QStringLiteral("ITEMSEP"), braces ? QStringLiteral(",") : QStringLiteral("="));
-        out = begin;
-        const CMapStringToRpnData *map = p->m_map;
-        const int count = map ? map->GetCount() : 0;
-        for (int i = 0; i < count; ++i) {
-            if (i)
-                out += sep;
-            out += itemBegin;
-            out += map->GetSpelling(map->GetKeyAt(i));
-            out += itemSep;
-            out += map->GetValueAt(i).FormatValue(options, depth + 1);
-            out += itemEnd;
-        }
-        out += end;
+        out += f.end;
         return out;
     }
     default:
-        return GetText(std::uint32_t(precision));
+        return v.GetText(std::uint32_t(f.precision));
     }
+}
+
+} // namespace
+
+QString CRpnData::FormatValue(const CMapStringToRpnData &options, int depth) const
+{
+    // The forms of the levels met so far, from `depth` down.
+    std::deque<LevelForm> forms; // a deque: references stay valid as it grows
+    const auto formAt = [&](int level) -> const LevelForm & {
+        while (int(forms.size()) <= level - depth)
+            forms.push_back(levelForm(options, depth + int(forms.size())));
+        return forms[std::size_t(level - depth)];
+    };
+    if (!holdsValues(m_p))
+        return formatPlain(*this, formAt(depth));
+
+    // As GetText, with the texts of each level from the options.
+    struct Level
+    {
+        const CRpnPayload *p;
+        int depth;
+        int next;
+        int shown;
+        bool entryOpen;
+    };
+    std::vector<Level> stack;
+    QString out;
+    const auto enter = [&](const CRpnPayload *p, int level) {
+        const LevelForm &f = formAt(level);
+        if (p->m_kind == RPN_ARRAY) {
+            out += f.begin;
+            stack.push_back({p, level, 0, shownOf(f, p->m_count), false});
+        } else {
+            out += f.mapBegin;
+            stack.push_back({p, level, 0, p->m_map ? p->m_map->GetCount() : 0, false});
+        }
+    };
+    enter(m_p, depth);
+    while (!stack.empty()) {
+        if (endIfTooLong(out))
+            return out;
+        Level &level = stack.back();
+        const bool isArray = level.p->m_kind == RPN_ARRAY;
+        const LevelForm &f = formAt(level.depth);
+        if (level.entryOpen) {
+            out += f.itemEnd;
+            level.entryOpen = false;
+        }
+        if (level.next == level.shown) {
+            out += isArray ? f.end : f.mapEnd;
+            stack.pop_back();
+            continue;
+        }
+        if (level.next)
+            out += isArray ? f.sep : f.mapSep;
+        const CRpnData *value;
+        if (isArray) {
+            value = &level.p->m_items[level.next];
+        } else {
+            const CMapStringToRpnData *map = level.p->m_map;
+            out += f.itemBegin;
+            out += map->GetSpelling(map->GetKeyAt(level.next));
+            out += f.itemSep;
+            value = &map->GetValueAt(level.next);
+            level.entryOpen = true;
+        }
+        ++level.next;
+        const int inner = level.depth + 1;
+        if (holdsValues(value->m_p))
+            enter(value->m_p, inner); // `level` and `f` are not used after this
+        else if (value->IsReal())
+            appendReal(out, value->GetRealValue(), formAt(inner).plainReal ? 0 : value->GetDisplayExponent(),
+                       formAt(inner).precision);
+        else
+            out += formatPlain(*value, formAt(inner));
+    }
+    endIfTooLong(out);
+    return out;
 }

@@ -37,7 +37,7 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
     CEquationTree *owner = function->m_owner ? function->m_owner : m_tree;
-    if (!owner) {
+    if (!owner || !HasStackRoom(status)) {
         status = 0;
         result.SetNull();
         return;

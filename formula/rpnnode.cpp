@@ -15,6 +15,7 @@
 
 namespace {
 constexpr int kMsgNotForComplex = 43217;
+constexpr int kMsgTooDeep = 43301;
 }
 
 CRpnNode::~CRpnNode() = default;
@@ -158,6 +159,11 @@ void CRpnNode::ReportError(unsigned char &status, int id, std::initializer_list<
         m_tree->ReportError(status, id, args, GetName(), m_row, m_col);
     else
         status = 0;
+}
+
+void CRpnNode::ReportTooDeep(unsigned char &status)
+{
+    ReportError(status, kMsgTooDeep, {});
 }
 
 void CRpnNode::ReportText(unsigned char &status, const QString &message)

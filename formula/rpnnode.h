@@ -22,6 +22,7 @@
 
 #include "formula/rpndata.h"
 #include "formula/rpnexception.h"
+#include "support/stackroom.h"
 
 #include <QString>
 #include <cstdint>
@@ -249,6 +250,10 @@ public:
     // failure, the operand's value while a `return` unwinds or a stop is asked.
     bool EvaluateOrPass(CRpnNode *operand, CRpnData &value, CRpnData &result, unsigned char &status)
     {
+        if (!HasStackRoom(status)) {
+            result.SetNull();
+            return false;
+        }
         operand->Evaluate(value, status);
         if (status == 0) {
             result.SetNull();
@@ -260,6 +265,16 @@ public:
         }
         return true;
     }
+    // Whether the thread's stack has room to go one level deeper.  When not,
+    // the nesting is reported at this node (status 0) and false is returned.
+    bool HasStackRoom(unsigned char &status)
+    {
+        if (!StackRoom::IsStackLow())
+            return true;
+        ReportTooDeep(status);
+        return false;
+    }
+    void ReportTooDeep(unsigned char &status);
     // Reports message `id` at this node (row, column, name as the token).
     void ReportError(unsigned char &status, int id, std::initializer_list<CRpnFormatArg> args);
     void ReportText(unsigned char &status, const QString &message);

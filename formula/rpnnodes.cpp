@@ -297,6 +297,10 @@ bool CRpnNodeList::SetOperand(int i, CRpnNode *node)
 
 void CRpnNodeList::Evaluate(CRpnData &result, unsigned char &status)
 {
+    if (!HasStackRoom(status)) {
+        result.SetNull();
+        return;
+    }
     const int n = int(m_children.size());
     // A short block (a function body, say) keeps its values on the stack
     // until it is done: a `return` on the way then takes no array.
@@ -366,7 +370,7 @@ void CRpnNodeList::Execute(CRpnData &value, unsigned char &status)
 double CRpnNodeList::EvaluateReal(unsigned char &status)
 {
     // The double of a one-element ARRAY is that of its element: no array is made.
-    if (m_children.size() == 1) {
+    if (m_children.size() == 1 && !StackRoom::IsStackLow()) {
         if (!m_children[0])
             return 0.0;
         const double x = m_children[0]->EvaluateReal(status);
@@ -379,7 +383,8 @@ double CRpnNodeList::EvaluateReal(unsigned char &status)
 
 bool CRpnNodeList::EvaluateFast(double &out)
 {
-    return m_children.size() == 1 && m_children[0] && m_children[0]->EvaluateFast(out);
+    // Short of stack the ordinary evaluation reports it.
+    return m_children.size() == 1 && m_children[0] && !StackRoom::IsStackLow() && m_children[0]->EvaluateFast(out);
 }
 
 // --- punctuation -----------------------------------------------------------------------

@@ -231,16 +231,44 @@ void CNodeSingleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnDa
         return;
     }
     case RPN_ARRAY: {
-        const int n = a.GetSize();
-        CRpnData out;
-        out.SetArray(n);
-        for (int i = 0; i < n; ++i) {
+        // Arrays in arrays are gone into with a stack of their own; the
+        // other cells go through Apply.
+        struct Level
+        {
+            CRpnData in, out;
+            int next;
+        };
+        std::vector<Level> stack;
+        const auto enter = [&stack](const CRpnData &in) {
+            Level level{in, CRpnData(), 0};
+            level.out.SetArray(in.GetSize());
+            stack.push_back(std::move(level));
+        };
+        enter(a);
+        CRpnData done;
+        while (!stack.empty()) {
+            Level &level = stack.back();
+            if (level.next == level.in.GetSize()) {
+                done = std::move(level.out);
+                stack.pop_back();
+                if (!stack.empty()) {
+                    Level &up = stack.back();
+                    up.out.GetItems()[up.next++] = std::move(done);
+                }
+                continue;
+            }
+            const CRpnData &cell = level.in.GetItems()[level.next];
+            if (cell.GetKind() == RPN_ARRAY) {
+                enter(cell); // `level` is not used after this
+                continue;
+            }
             unsigned char st = 1;
-            Apply(out.GetItems()[i], a.GetItems()[i], b, st);
+            Apply(level.out.GetItems()[level.next], cell, b, st);
+            ++level.next;
             if (st == 0)
                 status = 0;
         }
-        result = std::move(out);
+        result = std::move(done);
         return;
     }
     case RPN_COMPLEX:
@@ -258,7 +286,8 @@ void CNodeSingleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnDa
 bool CNodeSingleOperand::EvaluateFast(double &out)
 {
     double a;
-    if (!m_operand || !m_operand->EvaluateFast(a))
+    // Short of stack the ordinary evaluation reports it.
+    if (!m_operand || StackRoom::IsStackLow() || !m_operand->EvaluateFast(a))
         return false;
     unsigned char st = 1;
     out = ApplyReal(a, 0.0, st);
@@ -347,6 +376,81 @@ void CNodeDoubleOperand::Evaluate(CRpnData &result, unsigned char &status)
     Apply(result, a, b, status);
 }
 
+bool CNodeDoubleOperand::DecidesPair(CRpnData &, const CRpnData &, const CRpnData &)
+{
+    return false;
+}
+
+void CNodeDoubleOperand::applyToArrays(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
+{
+    // One level of the walk: two operands of which one at least is an array
+    // (a CURVE counts as one of no elements), and the cells made so far.
+    struct Level
+    {
+        CRpnData a, b, out;
+        int next, count;
+        bool aArray, bArray;
+    };
+    std::vector<Level> stack;
+    // Plain doubles (two ARRAY_R, or one with a scalar read once) are done
+    // at once into `done` (true); anything else becomes a level.
+    const auto start = [&](const CRpnData &x, const CRpnData &y, CRpnData &done) {
+        const bool xArray = x.IsArrayOrCurve(), yArray = y.IsArrayOrCurve();
+        const int n = xArray && yArray ? std::min(x.GetSize(), y.GetSize()) : xArray ? x.GetSize() : y.GetSize();
+        const bool xReals = x.GetKind() == RPN_ARRAY_R, yReals = y.GetKind() == RPN_ARRAY_R;
+        if ((xReals || !xArray) && (yReals || !yArray)) {
+            done.SetRealArray(n);
+            double *o = done.GetRealData();
+            const double *xs = xArray ? x.GetRealData() : nullptr;
+            const double *ys = yArray ? y.GetRealData() : nullptr;
+            const double xScalar = xArray ? 0.0 : x.GetDouble();
+            const double yScalar = yArray ? 0.0 : y.GetDouble();
+            for (int i = 0; i < n; ++i) {
+                unsigned char st = 1;
+                o[i] = ApplyReal(xs ? xs[i] : xScalar, ys ? ys[i] : yScalar, st);
+                if (st == 0)
+                    status = 0;
+            }
+            return true;
+        }
+        Level level{x, y, CRpnData(), 0, n, xArray, yArray};
+        level.out.SetArray(n);
+        stack.push_back(std::move(level));
+        return false;
+    };
+
+    CRpnData done;
+    if (start(a, b, done)) {
+        result = std::move(done);
+        return;
+    }
+    while (!stack.empty()) {
+        Level &level = stack.back();
+        if (level.next == level.count) {
+            done = std::move(level.out);
+            stack.pop_back();
+            if (!stack.empty()) {
+                Level &up = stack.back();
+                up.out.GetItems()[up.next++] = std::move(done);
+            }
+            continue;
+        }
+        const CRpnData x = level.aArray ? level.a.GetAt(level.next) : level.a;
+        const CRpnData y = level.bArray ? level.b.GetAt(level.next) : level.b;
+        CRpnData &cell = level.out.GetItems()[level.next];
+        if (!x.IsArrayOrCurve() && !y.IsArrayOrCurve()) {
+            unsigned char st = 1;
+            Apply(cell, x, y, st);
+            if (st == 0)
+                status = 0;
+        } else if (!DecidesPair(cell, x, y) && !start(x, y, cell)) {
+            continue; // a new level; `level` is not used after this
+        }
+        ++level.next;
+    }
+    result = std::move(done);
+}
+
 bool CNodeDoubleOperand::applyInPlace(CRpnData &a, const CRpnData &b)
 {
     // An array that no one else holds (the value of `a*a` in `a*a + 1`)
@@ -377,37 +481,8 @@ bool CNodeDoubleOperand::applyInPlace(CRpnData &a, const CRpnData &b)
 
 void CNodeDoubleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
 {
-    const bool aArray = a.IsArrayOrCurve();
-    const bool bArray = b.IsArrayOrCurve();
-    if (aArray || bArray) {
-        const bool aReals = a.GetKind() == RPN_ARRAY_R;
-        const bool bReals = b.GetKind() == RPN_ARRAY_R;
-        const int n = aArray && bArray ? std::min(a.GetSize(), b.GetSize()) : aArray ? a.GetSize() : b.GetSize();
-        CRpnData out;
-        if ((aReals || !aArray) && (bReals || !bArray)) {
-            // Plain doubles: two ARRAY_R, or one with a scalar read once.
-            out.SetRealArray(n);
-            double *o = out.GetRealData();
-            const double *x = aArray ? a.GetRealData() : nullptr;
-            const double *y = bArray ? b.GetRealData() : nullptr;
-            const double xs = aArray ? 0.0 : a.GetDouble();
-            const double ys = bArray ? 0.0 : b.GetDouble();
-            for (int i = 0; i < n; ++i) {
-                unsigned char st = 1;
-                o[i] = ApplyReal(x ? x[i] : xs, y ? y[i] : ys, st);
-                if (st == 0)
-                    status = 0;
-            }
-        } else {
-            out.SetArray(n);
-            for (int i = 0; i < n; ++i) {
-                unsigned char st = 1;
-                Apply(out.GetItems()[i], aArray ? a.GetAt(i) : a, bArray ? b.GetAt(i) : b, st);
-                if (st == 0)
-                    status = 0;
-            }
-        }
-        result = std::move(out);
+    if (a.IsArrayOrCurve() || b.IsArrayOrCurve()) {
+        applyToArrays(result, a, b, status);
         return;
     }
     if (a.IsComplex() || b.IsComplex()) {
@@ -420,7 +495,8 @@ void CNodeDoubleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnDa
 bool CNodeDoubleOperand::EvaluateFast(double &out)
 {
     double a, b;
-    if (!m_left->EvaluateFast(a))
+    // Short of stack the ordinary evaluation reports it.
+    if (StackRoom::IsStackLow() || !m_left->EvaluateFast(a))
         return false;
     const int path = m_realPath;
     // A short cut needs a REAL on the left.  Where a list inside may have
@@ -529,20 +605,32 @@ void CNodeAbsPower::ApplyComplex(CRpnData &result, const CRpnData &a, const CRpn
 
 void CNodeEqualTo::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
 {
+    if (!CNodeEqualTo::DecidesPair(result, a, b))
+        CNodeDoubleOperand::Apply(result, a, b, status);
+}
+
+bool CNodeEqualTo::DecidesPair(CRpnData &result, const CRpnData &a, const CRpnData &b)
+{
     const int equal = CRpnData::Equals(a, b);
     if (equal == RPN_NOT_DECIDED)
-        CNodeDoubleOperand::Apply(result, a, b, status);
-    else
-        result.SetInt(equal);
+        return false;
+    result.SetInt(equal);
+    return true;
 }
 
 void CNodeNotEqualTo::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
 {
+    if (!CNodeNotEqualTo::DecidesPair(result, a, b))
+        CNodeDoubleOperand::Apply(result, a, b, status);
+}
+
+bool CNodeNotEqualTo::DecidesPair(CRpnData &result, const CRpnData &a, const CRpnData &b)
+{
     const int equal = CRpnData::Equals(a, b);
     if (equal == RPN_NOT_DECIDED)
-        CNodeDoubleOperand::Apply(result, a, b, status);
-    else
-        result.SetInt(equal ? 0 : 1);
+        return false;
+    result.SetInt(equal ? 0 : 1);
+    return true;
 }
 
 // --- bits ------------------------------------------------------------------------------------------

@@ -52,13 +52,22 @@ public:
     // Arrays on both sides: the smaller size, two ARRAY_R through ApplyReal,
     // any ARRAY cell by cell through Apply.  One side an array: the same with
     // the scalar.  COMPLEX: ApplyComplex.  Otherwise REAL(ApplyReal).
+    // Nested arrays are walked with a stack of their own, to any depth: a
+    // pair of cells that holds an array is gone into here, unless
+    // DecidesPair settles it, and only pairs without arrays reach Apply.  An
+    // operator that sends arrays here must therefore treat a nested pair as
+    // this does.
     void Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status) override;
+    // A pair with an array that the operator settles without going into it
+    // (true, with the value in `result`).  None in the base.
+    virtual bool DecidesPair(CRpnData &result, const CRpnData &a, const CRpnData &b);
     bool EvaluateFast(double &out) override;
 
     CRpnNode *m_left = nullptr;  // owned
     CRpnNode *m_right = nullptr; // owned
 
 private:
+    void applyToArrays(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status);
     bool applyInPlace(CRpnData &a, const CRpnData &b);
 };
 
@@ -225,6 +234,8 @@ public:
     QString GetName() const override { return QStringLiteral("=="); }
     CRpnNode *CreateSame() const override { return new CNodeEqualTo; }
     void Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status) override;
+    // Equality settles an array against nothing (null, 0, an empty text).
+    bool DecidesPair(CRpnData &result, const CRpnData &a, const CRpnData &b) override;
     double ApplyReal(double a, double b, unsigned char &) override { return a == b ? 1.0 : 0.0; }
     // The scalar result is an INT, not a REAL.
     int GetRealPath() const override { return RPN_REAL_PATH_NONE; }
@@ -238,6 +249,7 @@ public:
     QString GetName() const override { return QStringLiteral("!="); }
     CRpnNode *CreateSame() const override { return new CNodeNotEqualTo; }
     void Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status) override;
+    bool DecidesPair(CRpnData &result, const CRpnData &a, const CRpnData &b) override;
     double ApplyReal(double a, double b, unsigned char &) override { return a != b ? 1.0 : 0.0; }
 };
 

@@ -21,6 +21,7 @@ constexpr int kMsgMissingOperand = 43031;
 constexpr int kMsgTwoValues = 43032;
 constexpr int kMsgCannotAssign = 43035;
 constexpr int kMsgRefused = 43047;
+constexpr int kMsgNoSuchFunction = 43302;
 
 constexpr double kE = 2.718281828459045;
 constexpr double kPi = 3.141592653589793;
@@ -606,6 +607,26 @@ bool CRpnParser::rewrite()
 
 bool CRpnParser::checkSequence()
 {
+    // Whether a name may stand for a formula: a variable that holds one now,
+    // one the host owns, or one the text assigns to somewhere.
+    const auto mayHoldFormula = [this](const CNodeVariable *name) {
+        if (name->IsHostBound())
+            return true;
+        CRpnData *value = nullptr;
+        if (name->IsLocal() && m_locals)
+            value = m_locals->Find(name->m_name);
+        else if (name->IsMain())
+            value = m_tree->GetVariables()->FindHere(name->m_name);
+        if (value)
+            return value->IsFormula();
+        const Qt::CaseSensitivity cs = m_tree->m_caseSensitiveNames ? Qt::CaseSensitive : Qt::CaseInsensitive;
+        for (std::size_t k = 0; k + 1 < m_nodes.size(); ++k) {
+            const CNodeVariable *v = m_nodes[k]->AsVariable();
+            if (v && m_nodes[k + 1]->IsAssignmentLike() && v->m_name.compare(name->m_name, cs) == 0)
+                return true;
+        }
+        return false;
+    };
     for (std::size_t i = 0; i < m_nodes.size(); ++i) {
         CRpnNode *cur = m_nodes[i];
         CRpnNode *prev = i > 0 ? m_nodes[i - 1] : nullptr;
@@ -626,8 +647,13 @@ bool CRpnParser::checkSequence()
             return fail(cur, kMsgTwoValues, {});
         if (prev->IsValue() && cur->IsUnary() && !isPostfix(cur))
             return fail(cur, kMsgTwoValues, {});
-        if (prev->IsValue() && isRoundOpen(cur))
+        if (prev->IsValue() && isRoundOpen(cur)) {
+            // A name before "(" was most likely meant as a call: unless the
+            // name holds a formula, say that no such function exists.
+            if (CNodeVariable *name = prev->AsVariable(); name && !mayHoldFormula(name))
+                return fail(prev, kMsgNoSuchFunction, {name->m_name});
             return fail(cur, kMsgTwoValues, {});
+        }
         if (cur->IsAssignmentLike()) {
             if (prev->IsOperation() && !prev->IsValue())
                 return fail(cur, kMsgCannotAssign, {prev->GetName()});

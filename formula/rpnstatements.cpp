@@ -67,7 +67,7 @@ bool CNode_IF::conditionTruth(bool &truth, CRpnData &result, unsigned char &stat
 
 void CNode_IF::Evaluate(CRpnData &result, unsigned char &status)
 {
-    if (!m_condition) {
+    if (!m_condition || !HasStackRoom(status)) {
         result.SetNull();
         return;
     }

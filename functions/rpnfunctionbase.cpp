@@ -83,7 +83,12 @@ void ReportFunctionFailure(CRpnNode *node, unsigned char &status, const QString 
     const bool listFull = tree->GetErrorList().size() >= CEquationTree::MaxErrorList;
     if (tree->HasError() && listFull && !tree->throwOnError)
         return;
-    const QString message = RpnSourceLine(tree->GetSource(), node->m_position) + text;
+    // The line keeps its own line feed; the last line of a text has none,
+    // and a blank keeps it apart from the message.
+    QString message = RpnSourceLine(tree->GetSource(), node->m_position);
+    if (!message.isEmpty() && !message.back().isSpace())
+        message += u' ';
+    message += text;
     // In throwing mode this throws and nothing joins the list.
     tree->ReportError(status, message, node->GetName(), node->m_row, node->m_col);
     tree->AddToErrorList(message);
@@ -200,6 +205,10 @@ CRpnValueList::~CRpnValueList()
 
 void CNodeMultiOperand_Numbers::Evaluate(CRpnData &result, unsigned char &status)
 {
+    if (!HasStackRoom(status)) {
+        result.SetNull();
+        return;
+    }
     if (m_fastValue && !IsStopping()) {
         double x;
         if (EvaluateFast(x)) {
@@ -361,7 +370,8 @@ void CNodeMultiOperand_Numbers::ComplexList(CRpnData &result, const double *, in
 void CNodeScriptFunction::Evaluate(CRpnData &result, unsigned char &status)
 {
     result.SetNull();
-    RunFunction(result, status);
+    if (HasStackRoom(status))
+        RunFunction(result, status);
 }
 
 void CNodeScriptFunction::Apply(CRpnData &result, const CRpnData &, const CRpnData &, unsigned char &status)

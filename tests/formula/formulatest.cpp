@@ -57,7 +57,7 @@ int MessageIdOf(const QString &text)
 {
     static const int ids[] = {41655, 41656, 41657, 41658, 41659, 41830, 43027, 43028, 43029, 43030, 43031,
                               43032, 43034, 43035, 43047, 43166, 43167, 43170, 43192, 43198, 43217, 43241,
-                              43242, 43243, 43300};
+                              43242, 43243, 43300, 43301, 43302};
     for (int id : ids) {
         const QString prefix = GetMessageText(id).section(u'%', 0, 0);
         if (!prefix.isEmpty() && text.startsWith(prefix))

@@ -104,10 +104,10 @@ TEST(RpnErrors, EveryMessageNumberHasAText)
 {
     const int ids[] = {41091, 41094, 41096, 41653, 41655, 41656, 41657, 41658, 41659, 41670, 41830,
                        43027, 43028, 43029, 43030, 43031, 43032, 43034, 43035, 43047, 43166, 43167,
-                       43170, 43192, 43198, 43217, 43241, 43242, 43243};
+                       43170, 43192, 43198, 43217, 43241, 43242, 43243, 43300, 43301, 43302};
     for (int id : ids)
         EXPECT_FALSE(LanguageString(id).isEmpty()) << id;
     // Messages that take an argument show where it goes.
-    for (int id : {41655, 41830, 43035, 43047, 43192, 43217, 43241, 43242})
+    for (int id : {41655, 41830, 43035, 43047, 43192, 43217, 43241, 43242, 43300, 43302})
         EXPECT_TRUE(LanguageString(id).contains(QLatin1StringView("%s"))) << id;
 }

@@ -89,7 +89,7 @@ TEST_F(RpnDispatch, ScriptFunctionFailuresCarryTheirSourceLine)
         tree.Run(value);
         ADD_FAILURE() << "no exception";
     } catch (const CRpnException &e) {
-        EXPECT_EQ(e.message, QStringLiteral("  Test()Nothing to do."));
+        EXPECT_EQ(e.message, QStringLiteral("  Test() Nothing to do."));
         EXPECT_EQ(e.token, QStringLiteral("Test"));
         EXPECT_EQ(e.col, 2);
     }

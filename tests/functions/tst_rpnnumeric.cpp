@@ -71,11 +71,12 @@ TEST(RpnNumeric, ValuesOfTheFunctions)
         {"Complex({1, 2, 3}, {4, 5})", "ARRAY:{1+4j,2+5j}"}, {"Complex({1, {2, 3}}, 0)", "ARRAY:{1+0j,{2+0j,3+0j}}"},
         {"Complex(r, 1)", "ARRAY:{4+1j,9+1j,1+1j}"}, {"Complex(r, {7, {8, 9}})", "ARRAY:{4+7j,{9+8j,9+9j}}"},
         {"Complex(g, 1)", "ARRAY:{}"}, {"Polar({0, 2}, 0)", "ARRAY:{0+0j,2+0j}"},
-        // Failures: the source line, then the message; the first stands.
-        {"sqrt(-1)", failure("sqrt(-1)", 41656, "1,0")}, {"log(-1)", failure("log(-1)", 41657, "1,0")},
-        {"log10(0)", failure("log10(0)", 41658, "1,0")},
+        // Failures: the source line, a blank where the line has no line feed,
+        // then the message; the first stands.
+        {"sqrt(-1)", failure("sqrt(-1) ", 41656, "1,0")}, {"log(-1)", failure("log(-1) ", 41657, "1,0")},
+        {"log10(0)", failure("log10(0) ", 41658, "1,0")},
         {"x = 4\ny = 1 + log10(-x)\nz = 1", failure("y = 1 + log10(-x)\n", 41658, "2,8")},
-        {"sqrt(-1) + ln(0)", failure("sqrt(-1) + ln(0)", 41656, "1,0")},
+        {"sqrt(-1) + ln(0)", failure("sqrt(-1) + ln(0) ", 41656, "1,0")},
     });
     EXPECT_TRUE(std::isnan(Value("mod(5, 0)").GetDouble()));
     EXPECT_TRUE(std::isnan(Value("sqrt(mod(5, 0))").GetDouble()));
@@ -98,7 +99,7 @@ TEST(RpnNumeric, AFailingCellLeavesTheOthersComputed)
         ASSERT_EQ(result.GetSize(), 3) << text;
         EXPECT_EQ(result.GetAt(0).GetDouble() + result.GetAt(1).GetDouble() * 10 + result.GetAt(2).GetDouble() * 100,
                   302.0) << text; // 2, 0 and 3
-        EXPECT_EQ(tree.GetErrorMessage(), QString::fromLatin1(text) + GetMessageText(41656));
+        EXPECT_EQ(tree.GetErrorMessage(), QString::fromLatin1(text) + u' ' + GetMessageText(41656));
         EXPECT_EQ(tree.GetErrorToken(), QStringLiteral("sqrt"));
         EXPECT_EQ(tree.GetErrorList().size(), 1); // one cell failed
     }

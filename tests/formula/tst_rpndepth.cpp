@@ -1,0 +1,325 @@
+// Deep and long inputs: values nested tens of thousands deep are printed,
+// compared, combined, copied and freed; texts nested too deeply for the
+// thread's stack end with a message; huge shared values print a cut text.
+
+#include "formula/rpndictionary.h"
+#include "formula/rpntree.h"
+#include "formulatest.h"
+#include "support/languagestring.h"
+#include "support/stackroom.h"
+
+#include <QThread>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kDeep = 20000;
+
+QString repeat(const char *piece, int times)
+{
+    return QString::fromLatin1(piece).repeated(times);
+}
+
+// Runs `text`; the value, or the tree's error message in `error`.
+CRpnData run(const QString &text, QString &error, CEquationTree *shared = nullptr)
+{
+    CEquationTree own;
+    CEquationTree &tree = shared ? *shared : own;
+    CRpnData value;
+    error.clear();
+    if (!tree.Compile(text, nullptr, true) || tree.Run(value) != 1)
+        error = tree.GetErrorMessage();
+    return value;
+}
+
+// The linked list {n-1, {n-2, ... {0, {}}}} as a script builds it.
+QString linkedList(int n)
+{
+    return QStringLiteral("l = {}; i = 0; while (i < %1) { l = {i, l}; i++ }; ").arg(n);
+}
+
+// The text of such a list whose cells are f(i), written out here without
+// nesting: "{f(n-1),{f(n-2),...{f(0),}...}}".
+QString expectedListText(int n, const std::function<QString(int)> &cell)
+{
+    QString text;
+    for (int i = n - 1; i >= 0; --i)
+        text += u'{' + cell(i) + u',';
+    return text + QString(n, u'}');
+}
+
+TEST(RpnDepth, DeepListsWorkLikeShallowOnes)
+{
+    struct Case
+    {
+        const char *what;
+        const char *expression; // over the list l
+        std::function<QString(int)> cell;
+    };
+    const Case cases[] = {
+        {"printing", "l", [](int i) { return QString::number(i); }},
+        {"adding", "l + l", [](int i) { return QString::number(2 * i); }},
+        {"scaling", "l * 3", [](int i) { return QString::number(3 * i); }},
+        {"comparing", "l == l", [](int) { return QStringLiteral("1"); }},
+        {"comparing with a number", "l > 100", [](int i) { return QString::number(i > 100 ? 1 : 0); }},
+        {"negating", "-l", [](int i) { return i ? QString::number(-i) : QStringLiteral("-0"); }},
+    };
+    QString error;
+    CEquationTree maker;
+    run(linkedList(kDeep), error, &maker);
+    ASSERT_TRUE(error.isEmpty()) << error;
+    const CRpnData list = *maker.GetVariables()->Find(QStringLiteral("l"));
+    for (const Case &c : cases) {
+        CEquationTree tree;
+        tree.GetVariables()->SetAt(QStringLiteral("l"), list);
+        const CRpnData result = run(QString::fromLatin1(c.expression), error, &tree);
+        ASSERT_TRUE(error.isEmpty()) << c.what << ": " << error;
+        EXPECT_TRUE(result.GetText() == expectedListText(kDeep, c.cell)) << c.what;
+    }
+}
+
+TEST(RpnDepth, ACopyOfADeepListIsIndependent)
+{
+    QString error;
+    CEquationTree tree;
+    run(linkedList(kDeep) + QStringLiteral("m = l; m[1][0] = -5; n = l; q = m"), error, &tree);
+    ASSERT_TRUE(error.isEmpty()) << error;
+    const CRpnData l = *tree.GetVariables()->Find(QStringLiteral("l"));
+    const CRpnData m = *tree.GetVariables()->Find(QStringLiteral("m"));
+    EXPECT_EQ(l.GetAt(1).GetAt(0).GetDouble(), kDeep - 2);
+    EXPECT_EQ(m.GetAt(1).GetAt(0).GetDouble(), -5.0);
+    // The copy goes all the way down.
+    CRpnData a = l, b = m;
+    int depth = 0;
+    while (a.GetSize() == 2 && b.GetSize() == 2) {
+        EXPECT_FALSE(a.IsSameAs(b));
+        a = a.GetAt(1);
+        b = b.GetAt(1);
+        ++depth;
+    }
+    EXPECT_EQ(depth, kDeep);
+}
+
+TEST(RpnDepth, ConversionsReachTheFirstElementAtAnyDepth)
+{
+    struct Case
+    {
+        CRpnData inner;
+        double real;
+        int integer;
+    };
+    const Case cases[] = {{CRpnData(2.995), 2.995, 3}, {CRpnData(7), 7.0, 7}, {Text("12abc"), 12.0, 12},
+                          {CRpnData(std::complex<double>(1.5, 2.0)), 1.5, 1}, {Empty(RPN_ARRAY), 0.0, 0}};
+    for (const Case &c : cases) {
+        CRpnData v = c.inner;
+        for (int i = 0; i < 100000; ++i) {
+            CRpnData outer;
+            outer.SetArray(2);
+            outer.SetAt(0, v);
+            v = outer;
+        }
+        EXPECT_EQ(v.GetDouble(), c.real) << Describe(c.inner);
+        EXPECT_EQ(v.GetInt(), c.integer) << Describe(c.inner);
+        EXPECT_EQ(v.GetComplex(), c.inner.GetComplex()) << Describe(c.inner);
+    }
+}
+
+TEST(RpnDepth, AListThreeHundredThousandDeepIsFreed)
+{
+    // Freed with the last handle; the payloads go back to this thread's list.
+    int before = 0;
+    {
+        CRpnData list;
+        for (int i = 0; i < 300000; ++i) {
+            CRpnData cell;
+            cell.SetArray(2);
+            cell.SetAt(0, CRpnData(i));
+            cell.SetAt(1, list);
+            list = cell;
+        }
+        before = RpnPool::FreeCount();
+    }
+    // Each cell held its array and its number; the last one the empty value.
+    EXPECT_EQ(RpnPool::FreeCount(), before + 600001);
+    // And the same list made and dropped by a script.
+    QString error;
+    run(linkedList(300000) + QStringLiteral("1"), error);
+    EXPECT_TRUE(error.isEmpty()) << error;
+}
+
+TEST(RpnDepth, AHugeSharedValuePrintsACutText)
+{
+    // Thirty doublings share their halves: 2^30 elements in 31 payloads.
+    QString error;
+    CEquationTree tree;
+    run(QStringLiteral("a = {1}; i = 0; while (i < 30) { a = {a, a}; i++ }"), error, &tree);
+    ASSERT_TRUE(error.isEmpty()) << error;
+    const CRpnData a = *tree.GetVariables()->Find(QStringLiteral("a"));
+    CMapStringToRpnData options;
+    options.SetAt(QStringLiteral("SEP"), Text(";"));
+    const QString text = a.GetText(), formatted = a.FormatValue(options);
+    for (const QString &t : {text, formatted}) {
+        EXPECT_EQ(t.size(), RpnMaxTextLength + 3);
+        EXPECT_TRUE(t.endsWith(QLatin1StringView("...")));
+    }
+    EXPECT_TRUE(text.startsWith(repeat("{", 30) + QStringLiteral("1,1},{1,1}},")));
+    EXPECT_TRUE(formatted.startsWith(repeat("{", 31) + QStringLiteral("1};{1}};{{1};{1}}};")));
+    // A value short of the limit is whole.
+    CEquationTree small;
+    run(QStringLiteral("a = {1}; i = 0; while (i < 3) { a = {a, a}; i++ }"), error, &small);
+    EXPECT_EQ(small.GetVariables()->Find(QStringLiteral("a"))->GetText(), "{{{1,1},{1,1}},{{1,1},{1,1}}}");
+}
+
+TEST(RpnDepth, FormatValueOfADeepListUsesEachLevelsTexts)
+{
+    QString error;
+    CEquationTree tree;
+    run(linkedList(kDeep), error, &tree);
+    ASSERT_TRUE(error.isEmpty()) << error;
+    const CRpnData l = *tree.GetVariables()->Find(QStringLiteral("l"));
+    CMapStringToRpnData options;
+    options.SetAt(QStringLiteral("BEGIN"), Text("<"));
+    options.SetAt(QStringLiteral("END"), Text(">"));
+    options.SetAt(QStringLiteral("BEGIN2"), Text("("));
+    options.SetAt(QStringLiteral("END2"), Text(")"));
+    const QString text = l.FormatValue(options);
+    // Only the second level has texts of its own.
+    EXPECT_TRUE(text.startsWith(QStringLiteral("<19999,(19998,<19997,<19996,"))) << text.left(40);
+    EXPECT_TRUE(text.endsWith(QStringLiteral("<0,<>") + repeat(">", kDeep - 2) + QStringLiteral(")>")))
+        << text.right(40);
+}
+
+// Runs the cases on a thread with a stack of known size, so that what fits
+// and what does not is the same in every build.
+class KnownStack : public QThread
+{
+public:
+    explicit KnownStack(std::function<void()> body) : m_body(std::move(body)) { setStackSize(8 * 1024 * 1024); }
+    void run() override { m_body(); }
+
+private:
+    std::function<void()> m_body;
+};
+
+struct DepthCase
+{
+    const char *what;
+    QString text;
+    const char *expect; // the start of the value as Calculate gives it, or "E<message>@"
+};
+
+// `room`: the stack the cases may use, or 0 for what the thread measures.
+void runOnKnownStack(const std::vector<DepthCase> &cases, std::size_t room)
+{
+    std::vector<std::string> results(cases.size());
+    KnownStack thread([&] {
+        if (room)
+            StackRoom::SetRoomForTesting(room);
+        for (std::size_t i = 0; i < cases.size(); ++i)
+            results[i] = Calculate(cases[i].text);
+    });
+    thread.start();
+    thread.wait();
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        const std::string expect = cases[i].expect;
+        EXPECT_EQ(results[i].substr(0, expect.size()), expect) << cases[i].what;
+    }
+}
+
+TEST(RpnDepth, TextsNestedTooDeeplyEndWithAMessage)
+{
+    // Half a megabyte of stack, and nesting 100,000 deep: no frame is that small.
+    runOnKnownStack(
+        {
+            {"braces", repeat("{", 100000) + u'1' + repeat("}", 100000), "E43301@"},
+            {"IF blocks", QStringLiteral("x = 1; ") + repeat("if (x) { ", 100000) + u'1' + repeat(" }", 100000),
+             "E43301@"},
+            {"a long sum", u'1' + repeat("+1", 200000), "E43301@"},
+            {"signs in parentheses", QStringLiteral("x = ") + repeat("-(", 100000) + u'1' + repeat(")", 100000),
+             "E43301@"},
+            {"calls each evaluating a deep list",
+             QStringLiteral("function f(n) { if (n > 0) { ") + repeat("{", 500) + QStringLiteral("f(n-1)")
+                 + repeat("}", 500) + QStringLiteral(" } else { 0 } }; f(150)"),
+             "E43301@"},
+        },
+        512 * 1024);
+}
+
+TEST(RpnDepth, WhatFitsTheStackIsUntouched)
+{
+    runOnKnownStack(
+        {
+            {"a list 500 deep", repeat("{", 500) + QStringLiteral("7,8") + repeat("}", 500),
+             "ARRAY:{{{{{{{{{{{{{{{{{{{{{{{{{{{{{{"},
+            {"a sum of 1000 terms", u'1' + repeat("+1", 1000), "REAL:1001"},
+            {"150 calls",
+             QStringLiteral("function f(n) { if (n > 0) { return f(n-1) + 1 } else { return 0 } }; f(150)"),
+             "REAL:150"},
+            {"the call limit comes first", QStringLiteral("function f(n) { return f(n+1) }; f(0)"), "E43300@"},
+        },
+        0);
+}
+
+TEST(RpnDepth, TheDepthIsReportedWhereItWasFound)
+{
+    const QString deep = repeat("{", 5000) + u'1' + repeat("}", 5000);
+    const QString calls = QStringLiteral("function f(n) { if (n > 0) { ") + repeat("{", 100)
+        + QStringLiteral("f(n-1)") + repeat("}", 100) + QStringLiteral(" } else { 0 } }; f(1000)");
+    std::string compiled, ran;
+    QString message;
+    KnownStack thread([&] {
+        StackRoom::SetRoomForTesting(256 * 1024);
+        compiled = Calculate(deep);
+        CEquationTree tree;
+        ran = Calculate(calls, &tree);
+        message = tree.GetErrorMessage();
+    });
+    thread.start();
+    thread.wait();
+    EXPECT_EQ(compiled.substr(0, 7), "E43301@");
+    EXPECT_EQ(ran.substr(0, 7), "E43301@");
+    // The message is the text itself, with nothing around it.
+    EXPECT_EQ(message, GetMessageText(43301));
+}
+
+TEST(RpnDepth, ANameBeforeAParenthesisThatIsNoFunction)
+{
+    CEquationTree first; // the prototypes and the formula support are set up by a first compile
+    ASSERT_EQ(first.Compile(QStringLiteral("1"), nullptr, true), 1);
+    auto *tree = new CEquationTree;
+    ASSERT_EQ(tree->Compile(QStringLiteral("1 + 1"), nullptr, true), 1);
+    CRpnData formula;
+    formula.SetFormula(tree);
+    struct Case
+    {
+        const char *text;
+        const char *expect;
+        const char *named; // the name in the message
+    };
+    const Case cases[] = {
+        {"foo(1)", "E43302@1,0", "foo"},
+        {"y = 2; sinn(y)", "E43302@1,7", "sinn"},
+        {"function f() { return bar(2) }; f()", "E43302@1,22", "bar"},
+        {"number(2)", "E43302@1,0", "number"},
+        // A name that may hold a formula keeps the old message.
+        {"held(2)", "E43032@1,4", nullptr},
+        {"z = 1; z(2)", "E43032@1,8", nullptr},
+        // Values before a parenthesis are still two values.
+        {"2(3)", "E43032@1,1", nullptr},
+    };
+    for (const Case &c : cases) {
+        CEquationTree tree;
+        tree.GetVariables()->SetAt(QStringLiteral("held"), formula);
+        tree.GetVariables()->SetAt(QStringLiteral("number"), CRpnData(4.0));
+        EXPECT_EQ(Calculate(c.text, &tree), c.expect) << c.text;
+        if (c.named) {
+            EXPECT_EQ(tree.GetErrorMessage(), RpnMessage(43302, {QString::fromLatin1(c.named)})) << c.text;
+        }
+    }
+}
+
+} // namespace
