@@ -7,6 +7,7 @@
 #include "graphwnd/graphcursorbase.h"
 #include "graphwnd/graphcursors.h"
 #include "graphwnd/graphreadout.h"
+#include "graphwnd/trackedits.h"
 #include "support/languagestring.h"
 
 #include <QApplication>
@@ -163,10 +164,9 @@ void CGraphWnd::TrackEnded(CActionMouseTrack *track, int result)
         return;
     }
     CGraphCurve &g = *m_graphData;
+    // The track has decided; the edits are the graph's operations.
     if (track == &m_zoomBoxTrack) {
-        const QRect frame = track->DragRect().intersected(EdgesToQRect(g.m_plotRect));
-        if (result == 1 && frame.width() > 2 && frame.height() > 2) {
-            ZoomToPixels(g, frame, true, true);
+        if (result == 1 && ZoomToFrame(g, track->DragRect())) {
             Redraw(1);
             notifyChanged();
         }
@@ -189,23 +189,12 @@ void CGraphWnd::TrackEnded(CActionMouseTrack *track, int result)
                 ShowContextMenu(pan->Start());
         }
     } else if (track == &m_selectBoxTrack) {
-        if (result == 1) {
-            const QRect box = track->DragRect();
-            for (CTextnLine *object : g.m_textObjects) {
-                if (!(object->m_flags & CTextnLine::FlagHidden) && object->HitRect(box)
-                    && std::find(m_selection.begin(), m_selection.end(), object) == m_selection.end())
-                    m_selection.push_back(object);
-            }
-        }
+        if (result == 1)
+            SelectObjectsIn(g, track->DragRect(), m_selection);
     } else if (track == &m_titleBoxTrack) {
-        if (result == 1 && m_titleBoxTrack.Current() != m_titleBoxTrack.Start()) {
-            const QRect moved = m_titleBoxTrack.MovedRect();
-            const CIntRect &plot = g.m_plotRect;
-            const int width = std::max(1, plot.right - plot.left);
-            g.m_legendPos = 1;
-            g.m_legendOffset = std::clamp((moved.left() - plot.left) * 10000 / width, 0, 10000);
+        if (result == 1 && m_titleBoxTrack.Current() != m_titleBoxTrack.Start()
+            && MoveLegendTo(g, m_titleBoxTrack.MovedRect()))
             Redraw(1);
-        }
     } else if (track == &m_moveTrack || track == &m_resizeTrack) {
         if (result == 1 && track->Current() != track->Start()) {
             Redraw(1);
