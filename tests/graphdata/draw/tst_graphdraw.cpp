@@ -702,5 +702,25 @@ TEST_F(GraphDraw, ExtremeAndNonFiniteValuesStillMakeAPlot)
         const QStringList &labels = L.yAxes[0].ticks.labels;
         EXPECT_GE(labels.size(), 2) << c.name;
         EXPECT_EQ(QSet<QString>(labels.begin(), labels.end()).size(), labels.size()) << c.name << " " << qPrintable(labels.join(u' '));
+        for (const QString &label : labels)
+            EXPECT_LE(label.size(), 12) << c.name << " " << qPrintable(label); // "-1.5e+308", not 309 digits
+    }
+}
+
+// A graph without a title starts its legend with the first curve, not
+// after the room a title would take.
+TEST_F(GraphDraw, AnUntitledLegendIsNotIndented)
+{
+    for (int position : {0, 2}) {
+        Plot plot({ramp(20), ramp(20)});
+        plot.curve(1, kRed).m_colLabel = QStringLiteral("Level");
+        plot.graph.m_legendPos = position;
+        plot.view(0, 19, 0, 20);
+        plot.draw();
+        const QRect hit = EdgesToQRect(plot.graph.m_curveHitRects.at(0));
+        const QFontMetricsF fm(FontFromDescription(plot.graph.m_titleFont, 1));
+        // the line sample and its gap stand before the label, nothing more
+        EXPECT_LT(hit.left() - plot.plot().left(), 4 * fm.averageCharWidth()) << position;
+        EXPECT_GE(hit.left(), plot.plot().left()) << position;
     }
 }
