@@ -7,6 +7,7 @@
 #include "functions/rpnconversions.h"
 #include "functions/rpndictionaryfunctions.h"
 #include "functions/rpnlistfunctions.h"
+#include "functions/rpnmatrixfunctions.h"
 #include "functions/rpnrealfunctions.h"
 #include "functions/rpnsampling.h"
 #include "functions/rpnstringfunctions.h"
@@ -31,5 +32,6 @@ void RegisterFunctionLibrary()
         AddPrototypeProvider(ProvideDictionaryFunctions);
         AddPrototypeProvider(ProvideConversionFunctions);
         AddPrototypeProvider(ProvideTableFunctions);
+        AddPrototypeProvider(ProvideMatrixFunctions);
     });
 }
