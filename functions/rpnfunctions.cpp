@@ -7,9 +7,11 @@
 #include "functions/rpnconversions.h"
 #include "functions/rpndictionaryfunctions.h"
 #include "functions/rpnlistfunctions.h"
+#include "functions/rpnmatrixfunctions.h"
 #include "functions/rpnrealfunctions.h"
 #include "functions/rpnsampling.h"
 #include "functions/rpnstringfunctions.h"
+#include "functions/rpntablefunctions.h"
 #include "formula/rpnkeywords.h"
 #include "formula/rpnprototypes.h"
 
@@ -29,5 +31,7 @@ void RegisterFunctionLibrary()
         AddPrototypeProvider(ProvideStringFunctions);
         AddPrototypeProvider(ProvideDictionaryFunctions);
         AddPrototypeProvider(ProvideConversionFunctions);
+        AddPrototypeProvider(ProvideTableFunctions);
+        AddPrototypeProvider(ProvideMatrixFunctions);
     });
 }

@@ -53,9 +53,12 @@ CUnitPrefix PrefixFromRange(double min, double max)
         a = b; // an end at 0 takes the other end's exponent
     if (!haveB)
         b = a;
-    if (!exponentOf(max - min, c))
+    if (!std::isfinite(max - min))
+        c = std::max(a, b) + 1; // a span past the largest double
+    else if (!exponentOf(max - min, c))
         c = 1; // a span of 0 uses exponent 1
-    prefix.digits = std::max(std::max(a - c, b - c) + 4, 6);
+    // never more digits than a double holds
+    prefix.digits = std::min(std::max(std::max(a - c, b - c) + 4, 6), 17);
 
     int p = std::min(a, b);
     if (p >= 2)

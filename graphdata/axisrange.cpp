@@ -2,6 +2,7 @@
 
 #include "graphdata/axisscale.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -14,6 +15,9 @@ bool CAxisView::IsValid() const
 
 bool NearlyEqualEnds(double a, double b)
 {
+    if (std::fpclassify(a) == FP_SUBNORMAL || std::fpclassify(b) == FP_SUBNORMAL)
+        return std::fabs(a - b) <= std::max(std::fabs(a), std::fabs(b)) * 0x1p-36; // as the bits of normal ones
+
     std::uint64_t x, y;
     std::memcpy(&x, &a, sizeof x);
     std::memcpy(&y, &b, sizeof y);
@@ -58,11 +62,23 @@ void WidenByTenth(double &low, double &high)
 
 double NiceStep(double &max, double &min, AxisKind kind)
 {
+    auto rule = [kind](double &hi, double &lo) { return kind == AxisKind::X ? NiceStepX(hi, lo) : NiceStepY(hi, lo); };
     if (std::isfinite(min) && std::isfinite(max) && !std::isfinite(max - min)) {
         // The span does not fit a double: step the halves, keep the ends.
         double h = max / 2, l = min / 2;
-        const double half = kind == AxisKind::X ? NiceStepX(h, l) : NiceStepY(h, l);
-        return 2 * half;
+        return 2 * rule(h, l);
+    }
+    const double big = std::max(std::fabs(min), std::fabs(max));
+    if (big > 0 && big < 1e-290) {
+        // Denormal ranges are stepped a factor 1e300 up, where the decade
+        // arithmetic of the rules is exact enough, and brought back.
+        double h = max * 1e300, l = min * 1e300;
+        const double step = rule(h, l) / 1e300;
+        if (step > 0) {
+            max = h / 1e300;
+            min = l / 1e300;
+        }
+        return step;
     }
     const double oldMin = min, oldMax = max;
     const double step = kind == AxisKind::X ? NiceStepX(max, min) : NiceStepY(max, min);
@@ -112,7 +128,13 @@ CAxisView MarginView(double low, double high, AxisKind kind, bool log)
         low -= 1;
         high += 1;
     }
+    const double dataLow = low, dataHigh = high;
     WidenByTenth(low, high);
+    if (!(high > low)) {
+        // denormal ends made 0: the data's own ends still make a range
+        low = dataLow;
+        high = dataHigh;
+    }
     CAxisView view;
     view.tick = log ? 1 : NiceStep(high, low, kind);
     view.min = low;

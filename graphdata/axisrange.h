@@ -46,5 +46,6 @@ CAxisView FittedView(double low, double high, AxisKind kind, bool log);
 
 // The view update's range for data that left the view (and autoscale):
 // equal ends spread, the ten per cent margin, then step 1 on a log axis or
-// the nice step on a linear one.
+// the nice step on a linear one.  Denormal data whose margin would make
+// both ends 0 keep their own ends.
 CAxisView MarginView(double low, double high, AxisKind kind, bool log);

@@ -23,8 +23,9 @@ double LinearTicks(double min, double max, double step, std::vector<double> &tic
     zeroIndex = -1;
     if (!(step > 0))
         step = 1;
-    if ((max - min) / step > 10000)
-        step = (max - min) / 20;
+    // max / step - min / step: a span past the largest double still counts
+    if (max / step - min / step > 10000)
+        step = std::isfinite(max - min) ? (max - min) / 20 : max / 20 - min / 20;
     if (!std::isfinite(min) || !std::isfinite(max) || !std::isfinite(step) || !(step > 0))
         return step;
 

@@ -281,13 +281,14 @@ int CGraphData_Data::AppendRows(const double *values, const std::uint8_t *validB
                 int r = 0;
                 if (firstRow == 0) {
                     // Row 0 sets the extents when it is valid; otherwise they stay.
-                    if (!srcValid || srcValid[0] == 1)
+                    if ((!srcValid || srcValid[0] == 1) && std::isfinite(src[0]))
                         lo = hi = src[0];
                 }
                 if (srcValid) {
                     for (; r < rows; ++r) {
                         const double v = src[r * stride];
-                        const std::uint8_t b = srcValid[r * stride];
+                        // A value that is not a finite number is never valid.
+                        const std::uint8_t b = std::isfinite(v) ? srcValid[r * stride] : 2;
                         dst[r] = v;
                         dstValid[r] = b;
                         if (b == 1) {
@@ -298,13 +299,18 @@ int CGraphData_Data::AppendRows(const double *values, const std::uint8_t *validB
                         }
                     }
                 } else {
+                    std::memset(dstValid, 1, std::size_t(rows));
                     for (; r < rows; ++r) {
                         const double v = src[r * stride];
                         dst[r] = v;
+                        if (!std::isfinite(v)) {
+                            dstValid[r] = 2;
+                            column->m_hasInvalid = 1;
+                            continue;
+                        }
                         lo = v < lo ? v : lo;
                         hi = v > hi ? v : hi;
                     }
-                    std::memset(dstValid, 1, std::size_t(rows));
                 }
                 column->m_minValue = lo;
                 column->m_maxValue = hi;

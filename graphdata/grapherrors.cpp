@@ -3,6 +3,7 @@
 #include "support/languagestring.h"
 
 #include <QDebug>
+#include <cstdio>
 #include <mutex>
 
 namespace {
@@ -28,10 +29,26 @@ void ReportGraphError(int stringId, const QString &detail)
         reporter(stringId, detail);
         return;
     }
+    qWarning().noquote() << GraphErrorText(stringId, detail);
+}
+
+QString GraphErrorText(int stringId, const QString &detail)
+{
     QString text = stringId ? LanguageString(stringId) : QString();
     if (text.isEmpty() && stringId)
         text = QString::number(stringId);
+    else if (stringId)
+        text += QStringLiteral(" (%1)").arg(stringId);
     if (!detail.isEmpty())
         text += (text.isEmpty() ? QString() : QStringLiteral(": ")) + detail;
-    qWarning().noquote() << text;
+    return text;
+}
+
+GraphErrorReporter ConsoleGraphErrorReporter(const QString &program)
+{
+    return [program](int stringId, const QString &detail) {
+        const QByteArray line = (program + QStringLiteral(": ") + GraphErrorText(stringId, detail) + u'\n').toLocal8Bit();
+        std::fwrite(line.constData(), 1, std::size_t(line.size()), stderr);
+        std::fflush(stderr);
+    };
 }

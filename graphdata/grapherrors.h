@@ -17,3 +17,14 @@ GraphErrorReporter SetGraphErrorReporter(GraphErrorReporter reporter);
 
 // Reports text `stringId` (none when 0), with an optional detail behind it.
 void ReportGraphError(int stringId, const QString &detail = QString());
+
+// Text 41210: no memory to grow the data or to draw.
+constexpr int kGraphTextNoMemory = 41210;
+
+// The text of a report as a person reads it: the numbered text (or the
+// number when the text is missing), its number in brackets, and the detail.
+QString GraphErrorText(int stringId, const QString &detail);
+
+// A reporter for programs without windows: each report becomes one line on
+// stderr, "program: text (number): detail".
+GraphErrorReporter ConsoleGraphErrorReporter(const QString &program);

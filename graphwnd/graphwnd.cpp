@@ -5,6 +5,8 @@
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/graphdraw.h"
+#include "graphdata/grapherrors.h"
+#include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphsaveas.h"
 #include "graphwnd/graphtoolbar.h"
 #include "support/controls/userprompts.h"
@@ -17,6 +19,8 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QTimer>
+
+#include <new>
 
 namespace {
 
@@ -227,6 +231,22 @@ void CGraphWnd::drawPicture(QPainter &painter, const QRect &client, unsigned fla
     }
 }
 
+bool CGraphWnd::drawSafely(QPainter &painter, const QRect &client, unsigned flags)
+{
+    try {
+        drawPicture(painter, client, flags);
+        m_drawFailed = false;
+        return true;
+    } catch (const std::bad_alloc &) {
+        // Said once until a pass succeeds again; the box comes up after
+        // this paint.
+        if (!m_drawFailed)
+            ReportGraphError(kGraphTextNoMemoryToDraw);
+        m_drawFailed = true;
+        return false;
+    }
+}
+
 void CGraphWnd::paintEvent(QPaintEvent *event)
 {
     Q_UNUSED(event);
@@ -239,22 +259,39 @@ void CGraphWnd::paintEvent(QPaintEvent *event)
     }
     if (m_drawDirect || !m_useBitmapCache) {
         CDC_BitmapScreenDraw dc(m_backBuffer, p, client);
-        drawPicture(dc.Painter(), client, DrawFull);
+        if (!drawSafely(dc.Painter(), client, DrawFull) && !m_memoryBitmap.isNull())
+            dc.Painter().drawImage(client.topLeft(), m_memoryBitmap);
     } else {
         if (m_cachedBitmapValid || m_memoryBitmap.size() != client.size()) {
-            m_memoryBitmap = QImage(client.size(), QImage::Format_RGB32);
-            QPainter ip(&m_memoryBitmap);
-            ip.translate(-client.topLeft());
-            drawPicture(ip, client, DrawFull);
-            m_cachedBitmapValid = 0;
-            m_pendingRows = false;
+            // Drawn aside: a pass that runs out of memory leaves the last
+            // good picture in place.
+            QImage next(client.size(), QImage::Format_RGB32);
+            bool drawn = false;
+            if (next.isNull()) {
+                if (!m_drawFailed)
+                    ReportGraphError(kGraphTextNoMemoryToDraw);
+                m_drawFailed = true;
+            } else {
+                QPainter ip(&next);
+                ip.translate(-client.topLeft());
+                drawn = drawSafely(ip, client, DrawFull);
+            }
+            if (drawn) {
+                m_memoryBitmap.swap(next);
+                m_cachedBitmapValid = 0;
+                m_pendingRows = false;
+            }
         } else if (m_pendingRows) {
             QPainter ip(&m_memoryBitmap);
             ip.translate(-client.topLeft());
-            drawPicture(ip, client, 0);
+            if (!drawSafely(ip, client, 0))
+                m_cachedBitmapValid = 1; // half drawn rows: all again next time
             m_pendingRows = false;
         }
-        p.drawImage(client.topLeft(), m_memoryBitmap);
+        if (!m_memoryBitmap.isNull())
+            p.drawImage(client.topLeft(), m_memoryBitmap);
+        else
+            p.fillRect(client, palette().window());
     }
     // Selection frames, then the feedback of a running track, on top.
     p.save();
@@ -287,7 +324,13 @@ QImage CGraphWnd::RenderImage(QSize size)
         CDrawRequest request;
         request.target = image.rect();
         request.mainSurface = false;
-        DrawGraph(*m_graphData, p, request);
+        try {
+            DrawGraph(*m_graphData, p, request);
+        } catch (const std::bad_alloc &) {
+            ReportGraphError(kGraphTextNoMemoryToDraw);
+            p.end();
+            image = QImage();
+        }
         // The window's own picture has to be drawn again for its target.
         m_cachedBitmapValid = 1;
     }

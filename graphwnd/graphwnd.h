@@ -19,6 +19,7 @@
 #include "graphwnd/graphviewops.h"
 #include "graphwnd/objecttracks.h"
 #include "graphwnd/viewtracks.h"
+#include "graphwnd/wheelsteps.h"
 
 #include <QImage>
 #include <QWidget>
@@ -199,6 +200,9 @@ private:
     bool startTrack(CActionMouseTrack &track, QPoint point, bool buttonsSwapped = false);
     void onLeftDown(QPoint point, Qt::KeyboardModifiers keys);
     void drawPicture(QPainter &painter, const QRect &client, unsigned flags);
+    // drawPicture that survives running out of memory: false then, with
+    // text 43640 reported once until a pass succeeds again.
+    bool drawSafely(QPainter &painter, const QRect &client, unsigned flags);
     void checkDpi();
     void updateCursor(QPoint point);
     void deleteSelection();
@@ -213,8 +217,10 @@ private:
     QImage m_memoryBitmap;
     CBitmapScreenDraw m_backBuffer;
     bool m_pendingRows = false;
+    bool m_drawFailed = false; // the last pass ran out of memory
     bool m_invalidWarned = false;
     CActionMouseTrack *m_activeTrack = nullptr;
     CViewRanges m_defaultView;
     CStepCounts m_stepCounts;
+    CWheelSteps m_wheelSteps; // parts of a notch from fine wheels
 };

@@ -7,6 +7,7 @@
 #include "graphwnd/graphcursorbase.h"
 #include "graphwnd/graphcursors.h"
 #include "graphwnd/graphreadout.h"
+#include "graphwnd/trackedits.h"
 #include "support/languagestring.h"
 
 #include <QApplication>
@@ -163,10 +164,9 @@ void CGraphWnd::TrackEnded(CActionMouseTrack *track, int result)
         return;
     }
     CGraphCurve &g = *m_graphData;
+    // The track has decided; the edits are the graph's operations.
     if (track == &m_zoomBoxTrack) {
-        const QRect frame = track->DragRect().intersected(EdgesToQRect(g.m_plotRect));
-        if (result == 1 && frame.width() > 2 && frame.height() > 2) {
-            ZoomToPixels(g, frame, true, true);
+        if (result == 1 && ZoomToFrame(g, track->DragRect())) {
             Redraw(1);
             notifyChanged();
         }
@@ -189,23 +189,12 @@ void CGraphWnd::TrackEnded(CActionMouseTrack *track, int result)
                 ShowContextMenu(pan->Start());
         }
     } else if (track == &m_selectBoxTrack) {
-        if (result == 1) {
-            const QRect box = track->DragRect();
-            for (CTextnLine *object : g.m_textObjects) {
-                if (!(object->m_flags & CTextnLine::FlagHidden) && object->HitRect(box)
-                    && std::find(m_selection.begin(), m_selection.end(), object) == m_selection.end())
-                    m_selection.push_back(object);
-            }
-        }
+        if (result == 1)
+            SelectObjectsIn(g, track->DragRect(), m_selection);
     } else if (track == &m_titleBoxTrack) {
-        if (result == 1 && m_titleBoxTrack.Current() != m_titleBoxTrack.Start()) {
-            const QRect moved = m_titleBoxTrack.MovedRect();
-            const CIntRect &plot = g.m_plotRect;
-            const int width = std::max(1, plot.right - plot.left);
-            g.m_legendPos = 1;
-            g.m_legendOffset = std::clamp((moved.left() - plot.left) * 10000 / width, 0, 10000);
+        if (result == 1 && m_titleBoxTrack.Current() != m_titleBoxTrack.Start()
+            && MoveLegendTo(g, m_titleBoxTrack.MovedRect()))
             Redraw(1);
-        }
     } else if (track == &m_moveTrack || track == &m_resizeTrack) {
         if (result == 1 && track->Current() != track->Start()) {
             Redraw(1);
@@ -432,20 +421,45 @@ void CGraphWnd::wheelEvent(QWheelEvent *event)
 {
     if (!m_graphData || m_graphData->RangeCount() == 0 || m_activeTrack)
         return;
-    const int delta = event->angleDelta().y() != 0 ? event->angleDelta().y() : event->angleDelta().x();
+    const QPoint angles = event->angleDelta(), pixels = event->pixelDelta();
+    const int angle = angles.y() != 0 ? angles.y() : angles.x();
+    const int pixel = pixels.y() != 0 ? pixels.y() : pixels.x();
     const Qt::KeyboardModifiers keys = event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier);
+    event->accept();
+    if (keys != Qt::NoModifier && keys != Qt::ShiftModifier && keys != Qt::ControlModifier) {
+        m_wheelSteps.Reset();
+        return;
+    }
+    if (keys != Qt::ControlModifier && pixel != 0) {
+        // A touchpad that gives pixels scrolls by them, smoothly: the
+        // picture follows the fingers.
+        m_wheelSteps.Reset();
+        if (keys == Qt::NoModifier) {
+            const int axis = std::clamp(m_graphData->m_activeAxis, 0, m_graphData->RangeCount() - 1);
+            PanByPixels(*m_graphData, QPoint(0, pixel), false, true, axis);
+        } else {
+            PanByPixels(*m_graphData, QPoint(-pixel, 0), true, false, -1);
+            notifyChanged();
+        }
+        Redraw(1);
+        return;
+    }
+    const int notches = m_wheelSteps.Take(angle, int(keys));
+    if (notches == 0)
+        return;
     if (keys == Qt::NoModifier) {
         const int axis = std::clamp(m_graphData->m_activeAxis, 0, m_graphData->RangeCount() - 1);
-        wheelScroll(axis, delta);
+        wheelScroll(axis, notches * 120);
     } else if (keys == Qt::ShiftModifier) {
-        wheelScroll(-1, delta);
+        wheelScroll(-1, notches * 120);
         notifyChanged();
-    } else if (keys == Qt::ControlModifier) {
-        ZoomAround(*m_graphData, event->position().toPoint(), delta >= 1 ? 0.9 : 1.1, m_stepCounts);
+    } else {
+        const QPoint at = event->position().toPoint();
+        for (int i = 0; i < std::abs(notches); ++i)
+            ZoomAround(*m_graphData, at, notches > 0 ? 0.9 : 1.1, m_stepCounts);
         Redraw(1);
         notifyChanged();
     }
-    event->accept();
 }
 
 // ---- pop-up menu -------------------------------------------------------------

@@ -4,7 +4,7 @@
 TARN_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # Packages every build needs.
-TARN_BUILD_PACKAGES=(g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev
+TARN_BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev libgl-dev
                      libgtest-dev libgmock-dev libmatio-dev libeigen3-dev
                      fonts-dejavu-core)
 

@@ -6,6 +6,7 @@ set -euo pipefail
 source "$(dirname "$0")/common.sh"
 
 tarn_install_missing "${TARN_BUILD_PACKAGES[@]}"
-tarn_build "$TARN_ROOT/build" -DCMAKE_BUILD_TYPE=Release -DTARN_BUILD_TESTS=ON
+pch=(); [ -n "${TARN_PCH:-}" ] && pch=(-DTARN_PCH="$TARN_PCH")
+tarn_build "$TARN_ROOT/build" -DCMAKE_BUILD_TYPE=Release -DTARN_BUILD_TESTS=ON "${pch[@]}"
 cd "$TARN_ROOT/build"
 QT_QPA_PLATFORM=offscreen ctest --output-on-failure --parallel "$(nproc)" "$@"

@@ -18,6 +18,7 @@
 #include "graphviewpicture.h"
 
 #include "graphdata/graphcurve.h"
+#include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphcursors.h"
 #include "graphwnd/graphwnd.h"
 #include "support/controls/userprompts.h"
@@ -116,6 +117,7 @@ int main(int argc, char **argv)
     CGraphviewExchange::PrepareHeadless(argc, argv);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("graphview"));
+    InstallGraphErrorBox(QStringLiteral("graphview"));
     if (!LoadLanguageModule()) {
         ShowMessage(nullptr, QStringLiteral("Missing file en.lang. Please re-install TARN."), PromptButtons::Ok,
                     PromptIcon::Stop);

@@ -1,4 +1,5 @@
 // tracelift: the datasheet graph digitiser.  It takes no argument.
+#include "graphwnd/grapherrorbox.h"
 #include "tool/tracelifttoolapp.h"
 
 #include <QApplication>
@@ -6,6 +7,7 @@
 int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
+    InstallGraphErrorBox(QStringLiteral("tracelift"));
     CTraceliftToolApp app;
     app.InitInstance();
     return app.m_exitCode;

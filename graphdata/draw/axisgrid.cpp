@@ -1,6 +1,7 @@
 #include "graphdata/draw/axisgrid.h"
 
 #include "graphdata/axislabels.h"
+#include "graphdata/axisrange.h"
 #include "graphdata/axisscale.h"
 #include "graphdata/axisticks.h"
 
@@ -121,7 +122,7 @@ CAxisTicks ComputeAxisTicks(const CAxisTickRequest &q, const QFontMetricsF &metr
     double step = q.step;
     if (!(step > 0)) {
         double a = hi, b = lo;
-        step = q.dateDays ? DateAxisStep(hi - lo) : q.xAxis ? NiceStepX(a, b) : NiceStepY(a, b);
+        step = q.dateDays ? DateAxisStep(hi - lo) : NiceStep(a, b, q.xAxis ? AxisKind::X : AxisKind::Y);
     }
     if (q.integerTicks) {
         step = std::trunc(step);

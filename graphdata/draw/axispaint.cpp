@@ -2,11 +2,13 @@
 
 #include "graphdata/axislabels.h"
 #include "graphdata/draw/drawtools.h"
+#include "graphdata/draw/polylinecache.h"
 #include "graphdata/graphcurve.h"
 
 #include <QFontMetricsF>
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -21,6 +23,26 @@ double scaleOf(double vmin, double vmax, int pixels)
     return vmax > vmin ? pixels / (vmax - vmin) : 0;
 }
 
+// Pixels of a Y axis over the plot, through the same exact pre-scale as
+// the curves, so that ranges near the ends of the doubles map as well.
+struct CYPixels
+{
+    double pre = 1, min = 0, scale = 0;
+    int bottom = 0;
+    CYPixels(const CGraph_Range &range, const CIntRect &r) : bottom(r.bottom)
+    {
+        const double height = r.bottom - r.top;
+        pre = AxisPreScale(range.m_viewMin, range.m_viewMax, height);
+        min = range.m_viewMin * pre;
+        const double span = range.m_viewMax * pre - min;
+        scale = span > 0 && std::isfinite(span) ? height / span : 0;
+    }
+    int operator()(double v) const
+    {
+        return bottom - int(std::clamp(std::floor((v * pre - min) * scale), -1e7, 1e7));
+    }
+};
+
 void verticalLines(QPainter &p, const std::vector<double> &at, const CGraphCurve &g, const CIntRect &r)
 {
     const double s = scaleOf(g.m_xViewMin, g.m_xViewMax, r.right - r.left);
@@ -33,9 +55,9 @@ void verticalLines(QPainter &p, const std::vector<double> &at, const CGraphCurve
 
 void horizontalLines(QPainter &p, const std::vector<double> &at, const CGraph_Range &range, const CIntRect &r)
 {
-    const double s = scaleOf(range.m_viewMin, range.m_viewMax, r.bottom - r.top);
+    const CYPixels map(range, r);
     for (double v : at) {
-        const int y = MapY(v, range.m_viewMin, s, r.bottom);
+        const int y = map(v);
         if (y > r.top && y < r.bottom)
             p.drawLine(r.left + 1, y, r.right - 1, y);
     }
@@ -136,13 +158,13 @@ void DrawAxes(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, bool bw)
         const QColor color = textColor(range.m_textColor, bw);
         const bool leftSide = a.side > 0;
         const bool onFrame = a.side == 1 || a.side == -1;
-        const double ys = scaleOf(range.m_viewMin, range.m_viewMax, r.bottom - r.top);
+        const CYPixels map(range, r);
         p.setPen(QPen(color, 0));
         if (!onFrame)
             p.drawLine(a.axisX, r.top, a.axisX, r.bottom);
         const int dir = leftSide ? 1 : -1; // toward the plot
         for (double v : a.ticks.major) {
-            const int y = MapY(v, range.m_viewMin, ys, r.bottom);
+            const int y = map(v);
             if (y < r.top || y > r.bottom)
                 continue;
             if (onFrame)
@@ -157,7 +179,7 @@ void DrawAxes(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, bool bw)
         // (a log axis of many decades in a low window labels every decade).
         double lastTop = 1e9;
         for (int i = 0; i < int(a.ticks.labelAt.size()); ++i) {
-            const int y = MapY(a.ticks.labelAt[std::size_t(i)], range.m_viewMin, ys, r.bottom);
+            const int y = map(a.ticks.labelAt[std::size_t(i)]);
             if (y < r.top - 1 || y > r.bottom + 1)
                 continue;
             const double top = y - yfm.height() / 2;

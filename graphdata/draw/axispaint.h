@@ -5,6 +5,7 @@
 #include "graphdata/draw/graphlayout.h"
 
 #include <QColor>
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -34,12 +35,27 @@ struct CFitLabel
 // labels stand beside their slice, clipped to it.
 void DrawFitLabels(QPainter &painter, const CGraphLayout &layout, const std::vector<CFitLabel> &labels);
 
+// How far from its axis's start a pixel may lie: far outside any window,
+// yet room enough for the window's coordinates to be added to it.
+constexpr double kFarPixels = 1 << 24;
+
+// The whole pixels of an offset from the axis's start.  An axis whose span
+// overflows or vanishes gives offsets of infinity or no number: these go to
+// the far limit (no number to the low side), never to an integer that a
+// double outside its range would make.
+inline int PixelOffset(double offset)
+{
+    if (std::isnan(offset))
+        return -int(kFarPixels);
+    return int(std::floor(std::clamp(offset, -kFarPixels, kFarPixels)));
+}
+
 // Pixel of an axis value: the mapping of the plotting pipeline.
 inline int MapX(double v, double vmin, double scale, int left)
 {
-    return left + int(std::floor((v - vmin) * scale));
+    return left + PixelOffset((v - vmin) * scale);
 }
 inline int MapY(double v, double vmin, double scale, int bottom)
 {
-    return bottom - int(std::floor((v - vmin) * scale));
+    return bottom - PixelOffset((v - vmin) * scale);
 }

@@ -41,12 +41,12 @@ bool yMapping(const CGraphCurve &g, CCurveJob &job, const CIntRect &plot)
     m.plot = plot;
     const double height = plot.bottom - plot.top;
     if (job.layout == CGraph_Range::LayoutShared) {
-        const double span = r.m_viewMax - r.m_viewMin;
-        if (!(span > 0) || !std::isfinite(span))
+        if (!(r.m_viewMax > r.m_viewMin) || !std::isfinite(r.m_viewMin) || !std::isfinite(r.m_viewMax))
             return false;
-        m.yMin = r.m_viewMin;
-        m.yScale = height / span;
-        return true;
+        m.yPre = AxisPreScale(r.m_viewMin, r.m_viewMax, height);
+        m.yMin = r.m_viewMin * m.yPre;
+        m.yScale = height / (r.m_viewMax * m.yPre - m.yMin);
+        return std::isfinite(m.yScale) && m.yScale > 0;
     }
     double band = height;
     if (job.layout == CGraph_Range::LayoutSlices) {
@@ -182,7 +182,11 @@ void AddDisplayForms(CDrawPass &pass, std::vector<CCurveJob> &jobs)
             continue;
         const CGraph_Range &range = *g.Range(job.axis);
         const bool db = range.m_dbScale != 0;
-        const bool needsForm = db || (isLogAxis(range) && job.curve->Origin() != CCurveBasicInfo::OriginColumn);
+        // A limit line's levels are in dB over a microvolt already: on a dB
+        // axis they are drawn as they stand.
+        const bool dbLimit = db && job.curve->IsLimitLine();
+        const bool needsForm =
+            !dbLimit && (db || (isLogAxis(range) && job.curve->Origin() != CCurveBasicInfo::OriginColumn));
         if (needsForm) {
             const CGraphColumn *form = displayForm(*job.curve, job.y.Get(), job.rows, db);
             job.y = CGraphColumnPtr(const_cast<CGraphColumn *>(form));

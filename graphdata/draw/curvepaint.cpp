@@ -103,7 +103,7 @@ int DrawCurvePixels(QPainter &painter, const CCurveArrays &a, int first, int las
         if (a.xValid[i] != 1 || a.yValid[i] != 1)
             continue;
         const double px = r.left + std::floor((a.xValues[i] - m.xMin) * m.xScale) + shift;
-        const double py = r.bottom - std::floor((a.yValues[i] - m.yMin) * m.yScale);
+        const double py = r.bottom - std::floor(m.MapY(a.yValues[i]));
         if (px < r.left || px > r.right || py < r.top || py > r.bottom)
             continue;
         points.emplace_back(int(px), int(py));
@@ -143,7 +143,7 @@ int DrawCurveBars(QPainter &painter, const CCurveArrays &a, int first, int last,
     const CIntRect &r = m.plot;
     const QRect plot(QPoint(r.left, r.top), QPoint(r.right, r.bottom));
     // The zero line, or the plot bottom when 0 lies below the view.
-    double base = r.bottom - std::floor((0 - m.yMin) * m.yScale);
+    double base = std::clamp(r.bottom - std::floor(m.MapY(0)), -1e7, 1e7);
     base = std::clamp(base, double(r.top), double(r.bottom));
     painter.setPen(QPen(color.darker(130), 1));
     painter.setBrush(color);
@@ -154,7 +154,7 @@ int DrawCurveBars(QPainter &painter, const CCurveArrays &a, int first, int last,
             continue;
         const double x = a.xValues[i] + shift;
         const double x1 = toX(x - w), x2 = toX(x + w);
-        const double y = std::clamp(r.bottom - std::floor((a.yValues[i] - m.yMin) * m.yScale), -1e7, 1e7);
+        const double y = std::clamp(r.bottom - std::floor(m.MapY(a.yValues[i])), -1e7, 1e7);
         QRect bar(QPoint(int(std::min(x1, x2)), int(std::min(y, base))),
                   QPoint(int(std::max(x1, x2)), int(std::max(y, base))));
         bar = bar.intersected(plot);

@@ -87,10 +87,10 @@ public:
         const double *xv = a.xValues, *yv = a.yValues;
         const std::uint8_t *xb = a.xValid, *yb = a.yValid;
         const CPixelMapping &m = m_cache.m_mapping;
-        const double xMin = m.xMin, xScale = m.xScale, yMin = m.yMin, yScale = m.yScale;
+        const double xMin = m.xMin, xScale = m.xScale, yMin = m.yMin, yScale = m.yScale, yPre = m.yPre;
         const std::int64_t left = m.plot.left, bottom = m.plot.bottom;
         const int rows = a.rows;
-        auto mapY = [&](double y) { return bottom - floorToPixel((y - yMin) * yScale); };
+        auto mapY = [&](double y) { return bottom - floorToPixel((y * yPre - yMin) * yScale); };
 
         bool open = m_s.columnOpen;
         std::int64_t col = m_s.col, lo = m_s.lo, hi = m_s.hi, exitY = m_s.exit;
@@ -325,7 +325,7 @@ void findArrow(CPolylinePixels &cache, const CCurveArrays &a)
     const CPixelMapping &m = cache.m_mapping;
     auto unrounded = [&](int i) {
         return QPointF(m.plot.left + (a.xValues[i] - m.xMin) * m.xScale,
-                       m.plot.bottom - (a.yValues[i] - m.yMin) * m.yScale);
+                       m.plot.bottom - m.MapY(a.yValues[i]));
     };
     const QPointF to = unrounded(lastGood);
     for (int i = lastGood - 1; i >= 0; --i) {
@@ -395,7 +395,7 @@ int BuildPolyline(CPolylinePixels &cache, const CCurveArrays &arrays, int first,
 
     Walker walker(cache);
     walker.StartColumn(mapping.plot.left + floorToPixel((arrays.xValues[start] - mapping.xMin) * mapping.xScale),
-                       mapping.plot.bottom - floorToPixel((arrays.yValues[start] - mapping.yMin) * mapping.yScale));
+                       mapping.plot.bottom - floorToPixel(mapping.MapY(arrays.yValues[start])));
     cache.m_walk.start = start;
     cache.m_walk.lastGood = start;
     walker.Walk(arrays, start + 1, last);
@@ -430,7 +430,7 @@ int ResumePolyline(CPolylinePixels &cache, const CCurveArrays &arrays, int last,
         }
         const CPixelMapping &m = cache.m_mapping;
         walker.StartColumn(m.plot.left + floorToPixel((arrays.xValues[row] - m.xMin) * m.xScale),
-                           m.plot.bottom - floorToPixel((arrays.yValues[row] - m.yMin) * m.yScale));
+                           m.plot.bottom - floorToPixel(m.MapY(arrays.yValues[row])));
         s.start = row;
         s.lastGood = row;
         ++row;

@@ -10,20 +10,40 @@
 
 #include <QPoint>
 #include <QPointF>
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
 // How values become device pixels:
 //   px = plot.left + floor((x - xMin) * xScale)
-//   py = plot.bottom - floor((y - yMin) * yScale)
+//   py = plot.bottom - floor((y * yPre - yMin) * yScale)
+// yPre is a power of two, 1 unless the Y range is too wide or too narrow
+// for its span or its scale to be a double (values near 1.7e308, or
+// denormals); yMin is then in the pre-scaled units as well.
 struct CPixelMapping
 {
     double xMin = 0, xScale = 1;
     double yMin = 0, yScale = 1;
     CIntRect plot;
+    double yPre = 1;
 
     bool operator==(const CPixelMapping &other) const = default;
+    double MapY(double y) const { return (y * yPre - yMin) * yScale; }
 };
+
+// The exact pre-scale of an axis from lo to hi over `pixels`: 1 when the
+// span and pixels / span are ordinary doubles, else the power of two that
+// brings the larger end near 1 (or as near as a double allows).
+inline double AxisPreScale(double lo, double hi, double pixels)
+{
+    const double span = hi - lo;
+    const double big = std::max(std::fabs(lo), std::fabs(hi));
+    if ((std::isfinite(span) && std::isfinite(pixels / span) && span > 1e-290) || !(big > 0) || !std::isfinite(big))
+        return 1;
+    // 2^1000 at most: a larger power would itself overflow
+    return std::ldexp(1.0, std::clamp(-std::ilogb(big), -1000, 1000));
+}
 
 class CPolylinePixels : public CPolylineCache
 {

@@ -8,28 +8,73 @@
 
 namespace {
 
-// The older entry: a 32-bit offset, and the rest 4 bytes lower.
-void fromOlderForm(const unsigned char *p, CFiler2Entry &e)
+template <typename T>
+void store(unsigned char *p, T value)
 {
-    std::uint32_t offset = 0;
-    std::memcpy(&offset, p, 4);
-    e.offset = offset;
-    std::memcpy(reinterpret_cast<unsigned char *>(&e) + 8, p + 4, CFiler2::EntrySize - 8);
-    std::memset(reinterpret_cast<unsigned char *>(&e) + CFiler2::EntrySize - 4, 0, 4);
+    std::memcpy(p, &value, sizeof value);
 }
 
-bool toOlderForm(const CFiler2Entry &e, unsigned char *p)
+template <typename T>
+void load(const unsigned char *p, T &value)
 {
-    if (e.offset > std::numeric_limits<std::uint32_t>::max())
-        return false;
-    const std::uint32_t offset = std::uint32_t(e.offset);
-    std::memcpy(p, &offset, 4);
-    std::memcpy(p + 4, reinterpret_cast<const unsigned char *>(&e) + 8, CFiler2::EntrySize - 8);
-    std::memset(p + CFiler2::EntrySize - 4, 0, 4);
-    return true;
+    std::memcpy(&value, p, sizeof value);
 }
 
 } // namespace
+
+// Full form: the offset in 8 bytes, everything behind it from byte 8.  Older
+// form: the offset in 4 bytes, everything behind it 4 bytes lower.
+bool CFiler2::EncodeEntry(const CFiler2Entry &e, bool fullForm, unsigned char *p)
+{
+    std::memset(p, 0, EntrySize);
+    int at = 8;
+    if (fullForm) {
+        store(p, e.offset);
+    } else {
+        if (e.offset > std::numeric_limits<std::uint32_t>::max())
+            return false;
+        store(p, std::uint32_t(e.offset));
+        at = 4;
+    }
+    store(p + at, e.used);
+    store(p + at + 4, e.allocated);
+    store(p + at + 8, e.type);
+    store(p + at + 12, e.param);
+    store(p + at + 16, e.reserved1);
+    store(p + at + 24, e.flags);
+    store(p + at + 28, e.kind);
+    store(p + at + 32, e.column);
+    store(p + at + 36, e.firstRow);
+    store(p + at + 40, e.rows);
+    store(p + at + 44, e.id);
+    std::memcpy(p + at + 52, e.reserved2, sizeof e.reserved2);
+    return true;
+}
+
+void CFiler2::DecodeEntry(const unsigned char *p, bool fullForm, CFiler2Entry &e)
+{
+    int at = 8;
+    if (fullForm) {
+        load(p, e.offset);
+    } else {
+        std::uint32_t offset = 0;
+        load(p, offset);
+        e.offset = offset;
+        at = 4;
+    }
+    load(p + at, e.used);
+    load(p + at + 4, e.allocated);
+    load(p + at + 8, e.type);
+    load(p + at + 12, e.param);
+    load(p + at + 16, e.reserved1);
+    load(p + at + 24, e.flags);
+    load(p + at + 28, e.kind);
+    load(p + at + 32, e.column);
+    load(p + at + 36, e.firstRow);
+    load(p + at + 40, e.rows);
+    load(p + at + 44, e.id);
+    std::memcpy(e.reserved2, p + at + 52, sizeof e.reserved2);
+}
 
 CFiler2::CFiler2()
 {
@@ -136,10 +181,7 @@ bool CFiler2::ReadRecordTable()
     std::int64_t end = RecordsStart();
     for (std::size_t i = 0; i < std::size_t(count); ++i) {
         CFiler2Entry &e = m_entries[i];
-        if (full)
-            std::memcpy(&e, raw.data() + i * EntrySize, EntrySize);
-        else
-            fromOlderForm(raw.data() + i * EntrySize, e);
+        DecodeEntry(raw.data() + i * EntrySize, full, e);
         if (e.used > e.allocated || e.offset > std::uint64_t(size) || std::int64_t(e.offset) < end ||
             std::int64_t(e.offset) + std::int64_t(e.allocated) > size)
             return false;
@@ -161,9 +203,7 @@ bool CFiler2::EncodeRecordTable(QByteArray &out)
     for (std::size_t i = 0; i < count; ++i) {
         CFiler2Entry e = m_entries[i];
         e.allocated = m_companions[i].allocated;
-        if (full) {
-            std::memcpy(p + 4 + i * EntrySize, &e, EntrySize);
-        } else if (!toOlderForm(e, p + 4 + i * EntrySize)) {
+        if (!EncodeEntry(e, full, p + 4 + i * EntrySize)) {
             // The older form cannot point past 4 GB.
             ReportFailure(TextSaveFailed, QStringLiteral("4 GB"));
             return false;

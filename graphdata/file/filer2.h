@@ -37,7 +37,8 @@
 #include <cstdint>
 #include <vector>
 
-#pragma pack(push, 1)
+// One entry as the program holds it; on disk it takes 124 bytes in the
+// layout above (see EncodeEntry and DecodeEntry).
 struct CFiler2Entry
 {
     std::uint64_t offset = 0;
@@ -54,8 +55,6 @@ struct CFiler2Entry
     std::uint64_t id = 0;
     std::uint8_t reserved2[64] = {};
 };
-#pragma pack(pop)
-static_assert(sizeof(CFiler2Entry) == 124);
 
 // What the program keeps beside each entry while the file is open: 20 bytes.
 struct CFiler2Companion
@@ -70,6 +69,11 @@ static_assert(sizeof(CFiler2Companion) == 20);
 class CFiler2 : public CFiler
 {
 public:
+    // The entry in 124 bytes, in the full form or the older one; false when
+    // the older form cannot hold the offset (past 4 GB).
+    static bool EncodeEntry(const CFiler2Entry &entry, bool fullForm, unsigned char *out);
+    static void DecodeEntry(const unsigned char *in, bool fullForm, CFiler2Entry &entry);
+
     enum : int { EntrySize = 124, ShiftChunk = 10240, DefaultBlockSize = 64 };
 
     CFiler2();

@@ -12,7 +12,10 @@ std::mutex g_factorLock;
 std::unordered_map<std::int64_t, std::int64_t> g_smallestFactor;
 
 // Twiddle factors at or past this many values report progress.
-const std::int64_t kReportLevel = 1 << 14;
+const std::int64_t kReportLevel = 1 << 12;
+
+// Levels of this many values or more sort their input first (workSorted).
+const std::int64_t kSortLevel = 1 << 15;
 
 } // namespace
 
@@ -61,9 +64,13 @@ CFourierTransform::CFourierTransform(std::int64_t length, Method method)
         return;
     }
     m_method = Method::MixedRadix;
-    // Radix 4 while four divides what is left, then the smallest prime
-    // factor level by level.
+    // Radix 8, then 4, while they divide what is left (fewer passes over
+    // the data than radix 2), then the smallest prime factor level by level.
     std::int64_t n = m_length;
+    while (n % 8 == 0 && n > 8) {
+        m_radices.push_back(8);
+        n /= 8;
+    }
     while (n % 4 == 0 && n > 4) {
         m_radices.push_back(4);
         n /= 4;
@@ -80,6 +87,8 @@ CFourierTransform::CFourierTransform(std::int64_t length, Method method)
     m_oddScratch.resize(std::size_t(3 * largestOdd));
     buildTable();
     m_scratch.resize(std::size_t(m_length));
+    if (m_length >= kSortLevel)
+        m_spare.resize(std::size_t(m_length));
 }
 
 CFourierTransform::~CFourierTransform() = default;
@@ -217,7 +226,7 @@ bool CFourierTransform::Forward(std::complex<double> *data, const Progress &prog
     return true;
 }
 
-bool CFourierTransform::mixedRadix(const Cx *in, Cx *out, const Progress &progress)
+bool CFourierTransform::mixedRadix(Cx *in, Cx *out, const Progress &progress)
 {
     m_progress = progress ? &progress : nullptr;
     m_cancelled = false;
@@ -229,7 +238,7 @@ bool CFourierTransform::mixedRadix(const Cx *in, Cx *out, const Progress &progre
     m_totalWork = double(m_length) * levels;
     m_doneWork = 0;
     m_nextReport = m_totalWork / 50;
-    work(out, in, 1, m_levels.data());
+    workSorted(out, in, m_spare.data(), m_levels.data(), true);
     m_progress = nullptr;
     if (!m_cancelled && progress)
         return progress(1.0);
@@ -266,6 +275,28 @@ inline void dft4(C a0, C a1, C a2, C a3, C &y0, C &y1, C &y2, C &y3)
     y3 = {t1.re - t3.im, t1.im + t3.re};
 }
 
+// The eight-point transform of a[0..7], written to y[0], y[m], ... y[7m]:
+// two four-point transforms of the even and odd values, joined with the
+// eighth roots of unity.
+inline void dft8(const C *a, C *y, std::int64_t m)
+{
+    const double h = 0.70710678118654752; // sqrt(1/2)
+    C e0, e1, e2, e3, o0, o1, o2, o3;
+    dft4(a[0], a[2], a[4], a[6], e0, e1, e2, e3);
+    dft4(a[1], a[3], a[5], a[7], o0, o1, o2, o3);
+    const C w1 = {h * (o1.re + o1.im), h * (o1.im - o1.re)};  // (1 - i) / sqrt 2
+    const C w2 = {o2.im, -o2.re};                             // -i
+    const C w3 = {h * (o3.im - o3.re), -h * (o3.re + o3.im)}; // (-1 - i) / sqrt 2
+    y[0] = add(e0, o0);
+    y[4 * m] = sub(e0, o0);
+    y[m] = add(e1, w1);
+    y[5 * m] = sub(e1, w1);
+    y[2 * m] = add(e2, w2);
+    y[6 * m] = sub(e2, w2);
+    y[3 * m] = add(e3, w3);
+    y[7 * m] = sub(e3, w3);
+}
+
 const double kC1 = 0.30901699437494745;  // cos(2 pi / 5)
 const double kC2 = -0.80901699437494734; // cos(4 pi / 5)
 const double kS1 = 0.95105651629515353;  // sin(2 pi / 5)
@@ -291,7 +322,7 @@ inline void dft5(C a0, C a1, C a2, C a3, C a4, C *y, std::int64_t m)
 
 // One level: `out` receives the transform of length p * m of the values
 // in[0], in[fstride], in[2 fstride] ...
-void CFourierTransform::work(Cx *o, const Cx *i, std::int64_t fstride, const Level *level)
+void CFourierTransform::work(Cx *o, const Cx *i, std::int64_t fstride, const Level *level, bool top)
 {
     if (m_cancelled)
         return;
@@ -303,6 +334,13 @@ void CFourierTransform::work(Cx *o, const Cx *i, std::int64_t fstride, const Lev
         const C *in = reinterpret_cast<const C *>(i);
         if (p == 4) {
             dft4(in[0], in[fstride], in[2 * fstride], in[3 * fstride], out[0], out[1], out[2], out[3]);
+            return;
+        }
+        if (p == 8) {
+            C a[8];
+            for (int j = 0; j < 8; ++j)
+                a[j] = in[j * fstride];
+            dft8(a, out, 1);
             return;
         }
         if (p == 2) {
@@ -320,19 +358,50 @@ void CFourierTransform::work(Cx *o, const Cx *i, std::int64_t fstride, const Lev
     } else {
         const std::int64_t step = fstride * p;
         for (int j = 0; j < p; ++j)
-            work(o + j * m, i + j * fstride, step, level + 1);
+            work(o + j * m, i + j * fstride, step, level + 1, false);
         if (m_cancelled)
             return;
     }
-    switch (p) {
-    case 2: butterfly2(o, *level); break;
-    case 3: butterfly3(o, *level); break;
-    case 4: butterfly4(o, *level); break;
-    case 5: butterfly5(o, *level); break;
-    default: butterflyOdd(o, *level); break;
-    }
-    if (p * m >= kReportLevel || fstride == 1)
+    butterflies(o, *level);
+    if (p * m >= kReportLevel || top)
         account(p * m);
+}
+
+// A level of many values first sorts its (contiguous) input into its p
+// parts, one after the other, so that the levels below read in sequence
+// instead of striding across all of memory; `spare` is as long as the
+// input and may be overwritten, and so may `in`.
+void CFourierTransform::workSorted(Cx *out, Cx *in, Cx *spare, const Level *level, bool top)
+{
+    if (m_cancelled)
+        return;
+    const int p = level->p;
+    const std::int64_t m = level->m;
+    if (p * m < kSortLevel || m == 1) {
+        work(out, in, 1, level, top);
+        return;
+    }
+    for (std::int64_t i = 0; i < m; ++i)
+        for (int j = 0; j < p; ++j)
+            spare[j * m + i] = in[i * p + j];
+    for (int j = 0; j < p; ++j)
+        workSorted(out + j * m, spare + j * m, in + j * m, level + 1, false);
+    if (m_cancelled)
+        return;
+    butterflies(out, *level);
+    account(p * m);
+}
+
+void CFourierTransform::butterflies(Cx *out, const Level &level)
+{
+    switch (level.p) {
+    case 2: butterfly2(out, level); break;
+    case 3: butterfly3(out, level); break;
+    case 4: butterfly4(out, level); break;
+    case 5: butterfly5(out, level); break;
+    case 8: butterfly8(out, level); break;
+    default: butterflyOdd(out, level); break;
+    }
 }
 
 void CFourierTransform::butterfly2(Cx *o, const Level &level)
@@ -376,6 +445,20 @@ void CFourierTransform::butterfly4(Cx *o, const Level &level)
         const C a2 = mul(out[k + 2 * m], tw[1]);
         const C a3 = mul(out[k + 3 * m], tw[2]);
         dft4(a0, a1, a2, a3, out[k], out[k + m], out[k + 2 * m], out[k + 3 * m]);
+    }
+}
+
+void CFourierTransform::butterfly8(Cx *o, const Level &level)
+{
+    C *out = AS_C(o);
+    const C *tw = reinterpret_cast<const C *>(m_twiddles.data() + level.table);
+    const std::int64_t m = level.m;
+    for (std::int64_t k = 0; k < m; ++k, tw += 7) {
+        C a[8];
+        a[0] = out[k];
+        for (int j = 1; j < 8; ++j)
+            a[j] = mul(out[k + j * m], tw[j - 1]);
+        dft8(a, out + k, m);
     }
 }
 

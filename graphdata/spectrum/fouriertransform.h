@@ -5,8 +5,8 @@
 // share one grid, so they share one object).
 //
 // Two methods.  The mixed-radix one splits the length by its smallest prime
-// factors (radix 4 while four divides what is left, then 2, 3, 5 and the
-// other primes), recursing depth first so that the inner levels run in the
+// factors (radix 8 and 4 while they divide what is left, then 2, 3, 5 and
+// the other primes), recursing depth first so that the inner levels run in the
 // cache.  Every twiddle factor comes from one table of exp(-2 pi i k / N)
 // built for the whole length, where a level of length n finds the factor of
 // exponent m at entry (N / n) * m; the factors each level uses are copied
@@ -69,7 +69,7 @@ private:
 
     void buildTable();
     void buildChirp();
-    bool mixedRadix(const Cx *in, Cx *out, const Progress &progress);
+    bool mixedRadix(Cx *in, Cx *out, const Progress &progress);
     struct Level
     {
         int p;              // radix
@@ -77,11 +77,14 @@ private:
         std::int64_t table; // first factor of this level in m_twiddles
         std::int64_t units; // first of the p roots exp(-2 pi i q / p) in m_units
     };
-    void work(Cx *out, const Cx *in, std::int64_t fstride, const Level *level);
+    void work(Cx *out, const Cx *in, std::int64_t fstride, const Level *level, bool top);
+    void workSorted(Cx *out, Cx *in, Cx *spare, const Level *level, bool top);
+    void butterflies(Cx *out, const Level &level);
     void butterfly2(Cx *out, const Level &level);
     void butterfly3(Cx *out, const Level &level);
     void butterfly4(Cx *out, const Level &level);
     void butterfly5(Cx *out, const Level &level);
+    void butterfly8(Cx *out, const Level &level);
     void butterflyOdd(Cx *out, const Level &level);
     void account(std::int64_t values);
 
@@ -92,6 +95,7 @@ private:
     std::vector<Cx> m_twiddles;   // per level: exp(-2 pi i j k / n), j = 1..p-1, for each k < m
     std::vector<Cx> m_units;      // roots of unity of the odd radices
     std::vector<Cx> m_scratch;    // N values
+    std::vector<Cx> m_spare;      // N values, for the sorting of long levels
     std::vector<Cx> m_oddScratch; // generic odd radices
 
     // chirp-z form

@@ -1,5 +1,6 @@
 #include "graphdata/axislabels.h"
 #include "graphdata/axislayout.h"
+#include "graphdata/axisrange.h"
 #include "graphdata/axisscale.h"
 #include "graphdata/axisticks.h"
 #include "graphdata/graphcurve.h"
@@ -472,4 +473,42 @@ TEST(AxisFit, LogXConvertsCursors)
     graph.FitX(false);
     EXPECT_NEAR(graph.m_cursorX[0], 100, 1e-9);
     EXPECT_NEAR(graph.m_cursorX[1], 1000 - 999 / 5.0, 1e-9);
+}
+
+// The fitted view and the view update's margin, from one place, over
+// ordinary, log, overflowing and denormal extents: always a usable range
+// that holds the data, whole decades on a log axis.
+TEST(AxisRange, ViewsOfDataExtents)
+{
+    const double big = 1.7e308;
+    const struct
+    {
+        const char *name;
+        double lo, hi;
+        AxisKind kind;
+        bool log;
+        double wantMin, wantMax; // NaN: only holds the data
+    } cases[] = {
+        {"log decades", 0, 7, AxisKind::X, true, 0, 7},
+        {"log round out", 0.3, 6.8, AxisKind::Y, true, 0, 7},
+        {"log under a decade", -5.8, -5.2, AxisKind::X, true, -5.8, -5.2},
+        {"linear X", 0, 9, AxisKind::X, false, 0, 10},
+        {"all doubles", -big, big, AxisKind::Y, false, NAN, NAN},
+        {"denormals", 1e-320, 5e-320, AxisKind::Y, false, NAN, NAN},
+        {"denormals round zero", -3e-321, 2e-321, AxisKind::X, false, NAN, NAN},
+    };
+    for (const auto &c : cases) {
+        for (bool margin : {false, true}) {
+            const CAxisView v = margin ? MarginView(c.lo, c.hi, c.kind, c.log) : FittedView(c.lo, c.hi, c.kind, c.log);
+            EXPECT_TRUE(v.IsValid()) << c.name << " " << margin;
+            EXPECT_LE(v.min, c.lo) << c.name << " " << margin;
+            EXPECT_GE(v.max, c.hi) << c.name << " " << margin;
+            EXPECT_GT(v.tick, 0) << c.name << " " << margin;
+            EXPECT_TRUE(std::isfinite(v.tick)) << c.name << " " << margin;
+            if (!margin && !std::isnan(c.wantMin)) {
+                EXPECT_DOUBLE_EQ(v.min, c.wantMin) << c.name;
+                EXPECT_DOUBLE_EQ(v.max, c.wantMax) << c.name;
+            }
+        }
+    }
 }

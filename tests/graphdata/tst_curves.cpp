@@ -470,3 +470,26 @@ TEST(CurveHold, GroupNamesAndHolds)
     list.DeleteAll();
     EXPECT_EQ(x->RefCount(), 1); // the set dropped its member's reference
 }
+
+// What a reporter shows: the numbered text with its number, or the number
+// alone when there is no such text, and the detail behind it.
+TEST(GraphErrors, ReportTextsCarryTheirNumber)
+{
+    ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG)));
+    const struct
+    {
+        int id;
+        const char *detail;
+        const char *startsWith, *endsWith;
+    } cases[] = {
+        {41210, "", "There is not enough memory", "(41210)"},
+        {41210, "column 3", "There is not enough memory", "(41210): column 3"},
+        {99998, "", "99998", "99998"},
+        {0, "only this", "only this", "only this"},
+    };
+    for (const auto &c : cases) {
+        const QString text = GraphErrorText(c.id, QString::fromUtf8(c.detail));
+        EXPECT_TRUE(text.startsWith(QString::fromUtf8(c.startsWith))) << c.id << " " << qPrintable(text);
+        EXPECT_TRUE(text.endsWith(QString::fromUtf8(c.endsWith))) << c.id << " " << qPrintable(text);
+    }
+}

@@ -1,5 +1,6 @@
 // The window's view operations on a graph, without a window.
 #include "graphwnd/graphviewops.h"
+#include "graphwnd/trackedits.h"
 
 #include <gtest/gtest.h>
 
@@ -152,4 +153,38 @@ TEST(ViewOps, PixelRectanglesAndPansMapThroughThePlot)
     PanByPixels(p.g, QPoint(50, 30), true, true, -1); // X alone
     EXPECT_NEAR(p.g.m_xViewMin, -20, 1e-9);
     EXPECT_NEAR(p.g.Range(0)->m_viewMin, -10, 1e-9);
+}
+
+// What the zoom frame and the dragged title box end in.
+TEST(TrackEdits, ZoomFramesAndLegendMoves)
+{
+    const struct
+    {
+        QRect frame;
+        bool zooms;
+        double xMin, xMax; // the new X view when it zooms
+    } frames[] = {
+        {QRect(QPoint(100, 50), QPoint(300, 200)), true, 10, 50},
+        {QRect(QPoint(0, 0), QPoint(150, 100)), true, 0, 20},      // cut at the plot's corner
+        {QRect(QPoint(100, 50), QPoint(101, 200)), false, 0, 0},   // too narrow
+        {QRect(QPoint(600, 50), QPoint(700, 200)), false, 0, 0},   // beside the plot
+    };
+    for (const auto &c : frames) {
+        Graph t;
+        EXPECT_EQ(ZoomToFrame(t.g, c.frame), c.zooms) << c.frame.left() << "," << c.frame.top();
+        EXPECT_NEAR(t.g.m_xViewMin, c.zooms ? c.xMin : 0, 1e-9);
+        EXPECT_NEAR(t.g.m_xViewMax, c.zooms ? c.xMax : 100, 1e-9);
+    }
+
+    const struct
+    {
+        int left, offset;
+    } moves[] = {{300, 5000}, {50, 0}, {-40, 0}, {550, 10000}, {900, 10000}, {175, 2500}};
+    for (const auto &m : moves) {
+        Graph t;
+        EXPECT_TRUE(MoveLegendTo(t.g, QRect(m.left, 0, 40, 12))) << m.left;
+        EXPECT_EQ(t.g.m_legendPos, 1);
+        EXPECT_EQ(t.g.m_legendOffset, m.offset) << m.left;
+        EXPECT_FALSE(MoveLegendTo(t.g, QRect(m.left, 0, 40, 12))) << "no change the second time";
+    }
 }

@@ -1,6 +1,7 @@
 // The graph window on the offscreen platform: tools driven by QTest mouse
 // and key events, commands, notifications, the menu and the read-out.
 #include "graphdata/draw/drawtools.h"
+#include "graphdata/grapherrors.h"
 #include "graphwnd/graphcursorbase.h"
 #include "graphwnd/graphtoolbar.h"
 #include "graphwnd/graphwnd.h"
@@ -16,6 +17,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWheelEvent>
+
+#include <new>
 
 #include <gtest/gtest.h>
 
@@ -138,6 +141,12 @@ protected:
     QRect plot() { return EdgesToQRect(graph().m_plotRect); }
     double xAt(int px) { return XAxisMap(graph()).ToValue(px); }
     double yAt(int py) { return YAxisMap(graph(), 0).ToValue(py); }
+    void wheel(QPoint at, int delta, Qt::KeyboardModifiers keys, int pixels)
+    {
+        QWheelEvent e(at, m_wnd.mapToGlobal(at), QPoint(0, pixels), QPoint(0, delta), Qt::NoButton, keys,
+                      Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&m_wnd, &e);
+    }
     void wheel(QPoint at, int delta, Qt::KeyboardModifiers keys)
     {
         QWheelEvent e(at, m_wnd.mapToGlobal(at), QPoint(), QPoint(0, delta), Qt::NoButton, keys, Qt::NoScrollPhase,
@@ -265,6 +274,107 @@ TEST_F(GraphWnd, ControlWheelZoomsRoundThePointAndTheWheelScrolls)
     const double x1 = graph().m_xViewMin;
     wheel(at, 120, Qt::AltModifier); // any other key: nothing
     EXPECT_EQ(graph().m_xViewMin, x1);
+}
+
+// A notch of a classic wheel, the same notch from a fine wheel in eight
+// parts, and a touchpad's pixels: each moves the view as far as it says.
+TEST_F(GraphWnd, FineWheelsAndTouchpadsAddUpToNotchesAndPixels)
+{
+    const struct
+    {
+        const char *name;
+        int events, angle, pixels;
+        Qt::KeyboardModifiers keys;
+        double zoom;      // X span afterwards over before (Control)
+        double ticks;     // Y view moved by ticks (no key) or X (Shift)
+        double pixelMove; // view moved by pixels' worth
+    } cases[] = {
+        {"one notch zooms", 1, 120, 0, Qt::ControlModifier, 0.9, 0, 0},
+        {"eight parts zoom as one notch", 8, 15, 0, Qt::ControlModifier, 0.9, 0, 0},
+        {"seven parts wait for the eighth", 7, 15, 0, Qt::ControlModifier, 1, 0, 0},
+        {"parts the other way zoom out", 24, -5, 0, Qt::ControlModifier, 1.1, 0, 0},
+        {"one notch scrolls a tick", 1, 120, 0, Qt::NoModifier, 1, 1, 0},
+        {"eight parts scroll a tick", 8, 15, 0, Qt::NoModifier, 1, 1, 0},
+        {"shifted parts scroll X back", 8, -15, 0, Qt::ShiftModifier, 1, -1, 0},
+        {"touchpad pixels scroll Y by pixels", 120, 2, 1, Qt::NoModifier, 1, 0, 120},
+        {"shifted touchpad pixels scroll X", 40, -2, -1, Qt::ShiftModifier, 1, 0, -40},
+    };
+    const CViewRanges start = SaveView(graph());
+    for (const auto &c : cases) {
+        RestoreView(graph(), start);
+        paint();
+        const QPoint at = plot().topLeft() + QPoint(120, 80);
+        const double span = graph().m_xViewMax - graph().m_xViewMin;
+        const double x0 = graph().m_xViewMin, y0 = graph().Range(0)->m_viewMin;
+        const double xTick = graph().m_xTick, yTick = graph().Range(0)->m_tick;
+        const double xPerPixel = 1 / XAxisMap(graph()).scale, yPerPixel = 1 / YAxisMap(graph(), 0).scale;
+        for (int i = 0; i < c.events; ++i)
+            wheel(at, c.angle, c.keys, c.pixels);
+        EXPECT_NEAR((graph().m_xViewMax - graph().m_xViewMin) / span, c.zoom, 1e-9) << c.name;
+        if (c.keys == Qt::ControlModifier)
+            continue;
+        const bool onX = c.keys == Qt::ShiftModifier;
+        const double moved = onX ? graph().m_xViewMin - x0 : graph().Range(0)->m_viewMin - y0;
+        const double want = c.ticks * (onX ? xTick : yTick) + c.pixelMove * (onX ? xPerPixel : yPerPixel);
+        EXPECT_NEAR(moved, want, 1e-9 * (1 + std::fabs(want))) << c.name;
+        EXPECT_NE(want, 0) << c.name;
+        wheel(at, 60, Qt::AltModifier); // another key: a part left over is dropped
+    }
+}
+
+namespace {
+
+// A drawing object whose drawing runs out of memory while `failing` is set.
+struct CFailingObject : CTextnLine
+{
+    bool failing = true;
+    int ObjectKind() const override { return 1; }
+    void Draw(QPainter &, bool, const CObjectFrame &) override
+    {
+        if (failing)
+            throw std::bad_alloc();
+    }
+    bool HitRect(const QRect &) const override { return false; }
+    void DrawMoved(QPainter &, QPoint, const CObjectFrame &) override {}
+    int HitTest(QPoint, bool) const override { return 0; }
+    void MoveBy(QPoint, const CObjectFrame &) override {}
+    QRect PixelRect(const CObjectFrame &) const override { return QRect(); }
+    QRect LastRect() const override { return QRect(); }
+};
+
+} // namespace
+
+// A draw pass that runs out of memory leaves the last good picture on the
+// screen and says so once, until a pass succeeds again.
+TEST_F(GraphWnd, RunningOutOfMemoryWhileDrawingKeepsTheLastPicture)
+{
+    for (bool cached : {true, false}) {
+        std::vector<int> reports;
+        const GraphErrorReporter old =
+            SetGraphErrorReporter([&reports](int id, const QString &) { reports.push_back(id); });
+        m_wnd.m_useBitmapCache = cached;
+        m_wnd.m_drawDirect = !cached;
+        m_wnd.Redraw(1);
+        const QImage good = paint();
+        auto *object = new CFailingObject;
+        graph().m_textObjects.Add(object);
+        graph().m_xViewMax *= 2; // a picture that would differ
+        m_wnd.Redraw(1);
+        const QImage first = paint();
+        m_wnd.Redraw(1);
+        const QImage second = paint();
+        if (cached) { // drawing straight has no picture of its own to keep
+            EXPECT_EQ(first, good);
+            EXPECT_EQ(second, good);
+        }
+        EXPECT_EQ(reports, std::vector<int>{43640}) << cached;
+        object->failing = false;
+        m_wnd.Redraw(1);
+        EXPECT_NE(paint(), good) << cached;
+        EXPECT_EQ(reports.size(), 1u) << cached;
+        graph().m_textObjects.DeleteAll();
+        SetGraphErrorReporter(old);
+    }
 }
 
 TEST_F(GraphWnd, AxisLockedZoomChangesOneAxis)

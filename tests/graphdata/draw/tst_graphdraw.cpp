@@ -15,9 +15,11 @@
 #include <gtest/gtest.h>
 
 #include <QFontMetricsF>
+#include <QSet>
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -656,5 +658,69 @@ TEST_F(GraphDraw, TheLegendStaysInItsRoomWhateverTheAxes)
                 EXPECT_GE(r.height(), size.height() / 2 - 1) << where;
             }
         }
+    }
+}
+
+// Curves over the whole range of doubles, over denormal values, and with
+// values that are not finite: the curve is drawn (with gaps where values
+// are not finite, reported as invalid rows) on an axis with ticks and
+// distinct labels.
+TEST_F(GraphDraw, ExtremeAndNonFiniteValuesStillMakeAPlot)
+{
+    const double big = 1.7e308, tiny = 4.9e-324;
+    const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+    const struct
+    {
+        const char *name;
+        std::vector<double> y;
+        bool invalid;
+    } cases[] = {
+        {"all of the doubles", {-big, big, -big / 2, big / 3, 0, -big, big, 1, -1, big}, false},
+        {"denormals", {tiny, 3 * tiny, 10 * tiny, 2 * tiny, 7 * tiny, 20 * tiny, 4 * tiny, tiny, 9 * tiny, 5 * tiny}, false},
+        {"denormals round zero", {-5e-320, 4e-320, -3e-320, 2e-320, 0, 1e-320, -1e-320, 3e-320, -4e-320, 5e-320}, false},
+        {"one value far out", {1, 2, 1e300, 3, 2, 1, 2, 3, 2, 1}, false},
+        {"infinities and a NaN", {1, 2, inf, 3, 2, -inf, 2, nan, 2, 1}, true},
+        {"overflow in a file", {1, 2, 1e308 * 10, 3, 2, 1, 2, 3, 2, 1}, true},
+    };
+    for (const auto &c : cases) {
+        Plot plot({ramp(10), c.y});
+        plot.curve(1, kRed).m_symbol = SymbolSquare;
+        plot.graph.FitRanges();
+        plot.image.fill(Qt::white);
+        const CDrawResult result = plot.draw();
+        EXPECT_EQ(result.kind, CDrawResult::Full) << c.name;
+        EXPECT_EQ(result.invalidRows, c.invalid) << c.name;
+        const CGraph_Range &r = *plot.graph.Range(0);
+        EXPECT_TRUE(std::isfinite(r.m_viewMin) && std::isfinite(r.m_viewMax) && r.m_viewMax > r.m_viewMin) << c.name;
+        // every finite value has its mark in the plot
+        int finite = 0;
+        for (double v : c.y)
+            finite += std::isfinite(v) ? 1 : 0;
+        EXPECT_GE(plot.count(kRed, plot.plot()), finite * 9) << c.name << " " << r.m_viewMin << " " << r.m_viewMax;
+        const CGraphLayout L = LayoutFor(plot.graph, plot.image.rect());
+        ASSERT_EQ(L.yAxes.size(), 1u) << c.name;
+        const QStringList &labels = L.yAxes[0].ticks.labels;
+        EXPECT_GE(labels.size(), 2) << c.name;
+        EXPECT_EQ(QSet<QString>(labels.begin(), labels.end()).size(), labels.size()) << c.name << " " << qPrintable(labels.join(u' '));
+        for (const QString &label : labels)
+            EXPECT_LE(label.size(), 12) << c.name << " " << qPrintable(label); // "-1.5e+308", not 309 digits
+    }
+}
+
+// A graph without a title starts its legend with the first curve, not
+// after the room a title would take.
+TEST_F(GraphDraw, AnUntitledLegendIsNotIndented)
+{
+    for (int position : {0, 2}) {
+        Plot plot({ramp(20), ramp(20)});
+        plot.curve(1, kRed).m_colLabel = QStringLiteral("Level");
+        plot.graph.m_legendPos = position;
+        plot.view(0, 19, 0, 20);
+        plot.draw();
+        const QRect hit = EdgesToQRect(plot.graph.m_curveHitRects.at(0));
+        const QFontMetricsF fm(FontFromDescription(plot.graph.m_titleFont, 1));
+        // the line sample and its gap stand before the label, nothing more
+        EXPECT_LT(hit.left() - plot.plot().left(), 4 * fm.averageCharWidth()) << position;
+        EXPECT_GE(hit.left(), plot.plot().left()) << position;
     }
 }

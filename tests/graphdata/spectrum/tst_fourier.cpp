@@ -118,7 +118,7 @@ TEST(Fourier, AutomaticMethodFollowsTheLargestPrimeFactor)
         }
     }
     CFourierTransform mixed(1000);
-    EXPECT_EQ(mixed.Radices(), (std::vector<int>{4, 2, 5, 5, 5}));
+    EXPECT_EQ(mixed.Radices(), (std::vector<int>{8, 5, 5, 5}));
 }
 
 // The chirp-z form agrees with mixed radix on lengths both can run, where
