@@ -7,6 +7,10 @@
 
 #if defined(__linux__) || defined(__APPLE__)
 #include <pthread.h>
+#elif defined(_WIN32)
+#define NOMINMAX
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
 #endif
 
 namespace StackRoom {
@@ -36,6 +40,12 @@ bool threadStack(const char *&low, std::size_t &size)
     size = pthread_get_stacksize_np(pthread_self());
     low = high - size;
     return high && size > 0;
+#elif defined(_WIN32)
+    ULONG_PTR lowest = 0, highest = 0;
+    GetCurrentThreadStackLimits(&lowest, &highest);
+    low = reinterpret_cast<const char *>(lowest);
+    size = std::size_t(highest - lowest);
+    return lowest != 0 && highest > lowest;
 #else
     (void)low;
     (void)size;
@@ -55,7 +65,7 @@ const char *Measure()
     const char *low = nullptr;
     std::size_t size = 0;
     if (!threadStack(low, size)) {
-        const char *here = static_cast<const char *>(__builtin_frame_address(0));
+        const char *here = TARN_FRAME_ADDRESS();
         size = kAssumedStack;
         low = here - size;
     }
@@ -70,7 +80,7 @@ void SetRoomForTesting(std::size_t room)
         Measure();
         return;
     }
-    t_limit = static_cast<const char *>(__builtin_frame_address(0)) - room;
+    t_limit = TARN_FRAME_ADDRESS() - room;
 }
 
 } // namespace StackRoom

@@ -12,6 +12,15 @@
 
 #include <cstddef>
 
+#if defined(_MSC_VER)
+#include <intrin.h>
+#define TARN_FRAME_ADDRESS() static_cast<const char *>(_AddressOfReturnAddress())
+#else
+// The frame itself, not a local: under AddressSanitizer locals may live on a
+// heap-allocated fake stack.
+#define TARN_FRAME_ADDRESS() static_cast<const char *>(__builtin_frame_address(0))
+#endif
+
 namespace StackRoom {
 
 // The lowest frame address the calling thread may reach before a walk stops;
@@ -27,7 +36,7 @@ std::size_t ReserveFor(std::size_t size);
 inline bool IsStackLow()
 {
     const char *limit = t_limit ? t_limit : Measure();
-    return static_cast<const char *>(__builtin_frame_address(0)) < limit;
+    return TARN_FRAME_ADDRESS() < limit;
 }
 
 // For tests: lowers the limit so that only `room` more bytes below the
