@@ -79,8 +79,13 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
     //    where no argument was given), and the owner's main dictionary under
     //    its name.  The frame is one that an earlier call left, where there is one.
     CRpnCallFrame *frame = function->TakeFrame();
-    for (int p = 0; p < parameters; ++p)
-        frame->SetSlot(p, p < count ? arguments[p] : function->m_defaults.value(p));
+    // The arguments are not needed after this: they move into the frame.
+    for (int p = 0; p < parameters; ++p) {
+        if (p < count)
+            frame->SetSlot(p, std::move(arguments[p]));
+        else
+            frame->SetSlot(p, function->m_defaults.value(p));
+    }
     if (function->GetMainSlot() >= 0)
         frame->SetSlot(function->GetMainSlot(), owner->GetVariablesValue());
 

@@ -232,11 +232,26 @@ bool CNodeTripleOperand::SetOperand(int i, CRpnNode *node)
 
 // --- iif ------------------------------------------------------------------------------------------
 
+bool CNode_IIF::EvaluateFast(double &out)
+{
+    CRpnNode *conditionNode = m_operands[0];
+    double c;
+    if (!conditionNode || !conditionNode->m_fastValue || IsStopping() || !conditionNode->EvaluateFast(c))
+        return false;
+    CRpnNode *branch = c != 0.0 ? m_operands[1] : m_operands[2];
+    return branch && branch->m_fastValue && branch->EvaluateFast(out);
+}
+
 void CNode_IIF::Evaluate(CRpnData &result, unsigned char &status)
 {
     CRpnNode *conditionNode = m_operands[0];
     if (!conditionNode) {
         result.SetNull();
+        return;
+    }
+    double x;
+    if (EvaluateFast(x)) {
+        result.SetDouble(x);
         return;
     }
     CRpnData condition;

@@ -134,6 +134,8 @@ public:
     std::uint64_t GetTraits() const override { return CNodeTripleOperand::GetTraits() | RPN_TRAIT_IIF; }
     CRpnNode *CreateSame() const override { return new CNode_IIF; }
     void Evaluate(CRpnData &result, unsigned char &status) override;
+    // A condition and a chosen branch of plain numbers need no values.
+    bool EvaluateFast(double &out) override;
 
 private:
     void select(CRpnData &result, const CRpnData &condition, unsigned char &status);

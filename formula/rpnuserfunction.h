@@ -41,6 +41,11 @@ public:
         m_slots[std::size_t(i)] = value;
         m_set[std::size_t(i)] = 1;
     }
+    void SetSlot(int i, CRpnData &&value)
+    {
+        m_slots[std::size_t(i)] = std::move(value);
+        m_set[std::size_t(i)] = 1;
+    }
     // By name: the slots, then the names made at run time; null when unknown.
     CRpnData *Find(const QString &name);
     void Set(const QString &name, const CRpnData &value);

@@ -10,6 +10,7 @@
 #include "functions/rpnrealfunctions.h"
 #include "functions/rpnsampling.h"
 #include "functions/rpnstringfunctions.h"
+#include "functions/rpntablefunctions.h"
 #include "formula/rpnkeywords.h"
 #include "formula/rpnprototypes.h"
 
@@ -29,5 +30,6 @@ void RegisterFunctionLibrary()
         AddPrototypeProvider(ProvideStringFunctions);
         AddPrototypeProvider(ProvideDictionaryFunctions);
         AddPrototypeProvider(ProvideConversionFunctions);
+        AddPrototypeProvider(ProvideTableFunctions);
     });
 }

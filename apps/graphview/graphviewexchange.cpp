@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QCommandLineParser>
+#include <QFileInfo>
 #include <QMainWindow>
 #include <QMenuBar>
 
@@ -22,6 +23,17 @@ enum : int {
     TextNoSpectrum = 43620,
 };
 
+struct ExportExtension
+{
+    const char *extension;
+    int kind;
+};
+
+const ExportExtension exportExtensions[] = {
+    {"txt", SaveKindText}, {"fra", SaveKindText},  {"fft", SaveKindText},   {"csv", SaveKindComma},
+    {"tsv", SaveKindTab},  {"mat", SaveKindMat},   {"mrd", SaveKindRecord},
+};
+
 } // namespace
 
 CGraphviewExchange::CGraphviewExchange(QCommandLineParser &parser)
@@ -30,7 +42,7 @@ CGraphviewExchange::CGraphviewExchange(QCommandLineParser &parser)
       m_from(QStringLiteral("from"), QStringLiteral("Start of the spectrum's span of X."), QStringLiteral("T0")),
       m_to(QStringLiteral("to"), QStringLiteral("End of the spectrum's span of X."), QStringLiteral("T1")),
       m_export(QStringLiteral("export"),
-               QStringLiteral("Write the graph to FILE (.txt fixed columns, .csv, .mat, .mrd) and quit."),
+               QStringLiteral("Write the graph to FILE (.txt fixed columns, .csv, .tsv, .mat, .mrd) and quit."),
                QStringLiteral("FILE"))
 {
     m_parser.addOptions({m_spectrum, m_from, m_to, m_export});
@@ -43,6 +55,15 @@ void CGraphviewExchange::PrepareHeadless(int argc, char **argv)
         if ((arg == "--export" || arg.startsWith("--export=")) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
             qputenv("QT_QPA_PLATFORM", "offscreen");
     }
+}
+
+int CGraphviewExchange::ExportKindOfName(const QString &path)
+{
+    const QString ext = QFileInfo(path).suffix().toLower();
+    for (const ExportExtension &e : exportExtensions)
+        if (ext == QLatin1String(e.extension))
+            return e.kind;
+    return -1;
 }
 
 bool CGraphviewExchange::Headless() const { return m_parser.isSet(m_export); }
@@ -70,8 +91,16 @@ int CGraphviewExchange::Run(CGraphCurve &graph, const QString &shownName)
     if (!m_parser.isSet(m_export))
         return -1;
     const QString path = m_parser.value(m_export);
+    const int kind = ExportKindOfName(path);
+    if (kind < 0) {
+        std::fprintf(stderr,
+                     "graphview: --export does not know the kind of file %s: name it .txt, .fra, .fft, .csv, .tsv, "
+                     ".mat or .mrd\n",
+                     qPrintable(path));
+        return 2;
+    }
     QString error;
-    if (!ExportGraphs({&graph}, path, SaveKindOfName(path), &error)) {
+    if (!ExportGraphs({&graph}, path, kind, &error)) {
         std::fprintf(stderr, "%s\n", qPrintable(LanguageString(TextSaveFailed).arg(path, error)));
         return 1;
     }

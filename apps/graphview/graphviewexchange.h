@@ -32,6 +32,13 @@ public:
     // a failure), -1 to go on and show the window.
     int Run(CGraphCurve &graph, const QString &shownName);
 
+    // The kind of export a file name asks for on the command line, where the
+    // extension is all the user says: ".txt", ".fra" and ".fft" fixed
+    // columns (the spectrum file in spectrum mode), ".csv" comma separated,
+    // ".tsv" tab separated, ".mat" a mat-file, ".mrd" the graph data file;
+    // -1 for any other extension.
+    static int ExportKindOfName(const QString &path);
+
     // Adds the switch command (menu "View", Ctrl+F) to the window.
     void SetUpWindow(QMainWindow &window, CGraphWnd &graphWnd, const QString &shownName);
 

@@ -182,7 +182,11 @@ void AddDisplayForms(CDrawPass &pass, std::vector<CCurveJob> &jobs)
             continue;
         const CGraph_Range &range = *g.Range(job.axis);
         const bool db = range.m_dbScale != 0;
-        const bool needsForm = db || (isLogAxis(range) && job.curve->Origin() != CCurveBasicInfo::OriginColumn);
+        // A limit line's levels are in dB over a microvolt already: on a dB
+        // axis they are drawn as they stand.
+        const bool dbLimit = db && job.curve->IsLimitLine();
+        const bool needsForm =
+            !dbLimit && (db || (isLogAxis(range) && job.curve->Origin() != CCurveBasicInfo::OriginColumn));
         if (needsForm) {
             const CGraphColumn *form = displayForm(*job.curve, job.y.Get(), job.rows, db);
             job.y = CGraphColumnPtr(const_cast<CGraphColumn *>(form));

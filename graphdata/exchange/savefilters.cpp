@@ -39,14 +39,8 @@ int SaveKindOfFilter(bool spectrumMode, int position)
 int SaveKindOfName(const QString &path, int index)
 {
     const QString ext = QFileInfo(path).suffix().toLower();
-    if (ext == QLatin1String("txt") || ext == QLatin1String("fra") || ext == QLatin1String("csv") ||
-        ext == QLatin1String("fft")) {
-        if (index >= 0)
-            return index;
-        return ext == QLatin1String("csv") ? SaveKindComma : SaveKindText;
-    }
-    if (ext == QLatin1String("mat"))
-        return SaveKindMat;
+    if (ext == QLatin1String("txt") || ext == QLatin1String("fra") || ext == QLatin1String("csv"))
+        return index >= 0 ? index : SaveKindText;
     return SaveKindRecord;
 }
 

@@ -28,9 +28,10 @@ QStringList SaveFilters(bool spectrumMode, const QString &firstColumnName);
 // The kind of the 1-based filter position chosen in the dialog.
 int SaveKindOfFilter(bool spectrumMode, int position);
 
-// The kind a file name selects without a dialog: ".txt", ".fra", ".fft"
-// select 0 and ".csv" 2 (when `index` is negative, else `index` stays);
-// ".mat" the mat-file; any other the record file.
+// The kind a file name selects when no dialog chose one: ".txt", ".fra" and
+// ".csv" select the fixed columns (or `index` when it is not negative), any
+// other name the record file.  A caller that wants ".csv" as comma separated
+// text or ".mat" as a mat-file says so with the kind itself.
 int SaveKindOfName(const QString &path, int index = -1);
 
 // Saves what the graphs show to `path` in `kind` (see above).  Returns 1,

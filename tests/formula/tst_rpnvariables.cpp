@@ -247,9 +247,10 @@ TEST(MainVariables, FoundAndSetByName)
     EXPECT_EQ(Describe(value), "REAL:8");
 }
 
-// A series over a bound column runs a user function once per row, with the
-// row's value as its argument; several statements and a return alike.
-TEST(CallFrames, SeriesOfUserFunctions)
+// A series over a bound column takes the node tree row by row for user
+// functions (the row's value as the argument; several statements and a
+// return alike) and for choices, whose branches may be of any kind.
+TEST(CallFrames, SeriesThroughTheTree)
 {
     const double x[] = {-0.5, 1.0, 2.0};
     struct Case
@@ -261,6 +262,8 @@ TEST(CallFrames, SeriesOfUserFunctions)
         {"function f(t) { return t*t+1 }; f(x)", {1.25, 2.0, 5.0}},
         {"function f(t) { return t*t+1 }; f(x) + 0", {1.25, 2.0, 5.0}},
         {"function g(t) { u = t * 3; if (u > 2) { return u }; return -u }; g(x)", {1.5, 3.0, 6.0}},
+        {"iif(x > 1, x*2, 1-x)", {1.5, 0.0, 4.0}},
+        {"iif(x > 1, \"a\", {x})", {-0.5, 1.0, 0.0}},
     };
     for (const Case &c : cases) {
         CEquationTree tree;

@@ -34,7 +34,8 @@ std::string className(const CRpnNode &node)
 // The family of each keyword.  The families of kLanded must resolve; the
 // others resolve once their families land.
 const QStringList kLanded = {QStringLiteral("core"),   QStringLiteral("numeric"), QStringLiteral("conversions"),
-                             QStringLiteral("arrays"), QStringLiteral("strings"), QStringLiteral("dictionaries")};
+                             QStringLiteral("arrays"), QStringLiteral("strings"), QStringLiteral("dictionaries"),
+                             QStringLiteral("tables")};
 
 // Keywords whose display name is another word: aliases and renamed calls.
 bool shownAsAlias(const QString &name, const QString &shown)
@@ -116,5 +117,5 @@ TEST(RpnKeywordWalk, EveryKeywordResolvesOrIsPending)
         std::cout << "[ resolved ] " << it.key().toStdString() << ": " << it.value().join(u' ').toStdString() << "\n";
     for (auto it = pending.cbegin(); it != pending.cend(); ++it)
         std::cout << "[ pending  ] " << it.key().toStdString() << ": " << it.value().join(u' ').toStdString() << "\n";
-    EXPECT_GE(resolvedCount, 108);
+    EXPECT_GE(resolvedCount, 114);
 }

@@ -2,6 +2,7 @@
 // spectra over the frequency, in the form their axes ask for.
 #include "graphdata/draw/graphdraw.h"
 #include "graphdata/draw/polylinecache.h"
+#include "graphdata/emi/emilimits.h"
 #include "graphdata/graphcurve.h"
 #include "graphdata/spectrum/spectrumjob.h"
 #include "support/languagestring.h"
@@ -113,4 +114,70 @@ TEST_F(SpectrumDraw, BackToTimeDrawsTheSamples)
     EXPECT_NEAR(graph.m_xViewMin + (cache->m_points.front().x() - plot.left) * perPixel, 0, 2 * perPixel);
     EXPECT_NEAR(graph.m_xViewMin + (cache->m_points.back().x() - plot.left) * perPixel, 2.55, 2 * perPixel);
     EXPECT_EQ(graph.m_xAxisName, u"Time"_qs);
+}
+
+TEST_F(SpectrumDraw, LimitLinesStandAtTheirLevelsInDb)
+{
+    // 256 rows 10 ns apart: frequencies up to 50 MHz, so the FCC rows
+    // (150 kHz to 30 MHz) lie inside.  The limit's levels are already in dB
+    // over a microvolt and are drawn as they are, on a linear and on a log
+    // frequency axis.
+    for (const int logX : {0, 1}) {
+        SCOPED_TRACE(logX);
+        CGraphCurve graph;
+        graph.m_data.Create(1, 2, 256, 0);
+        std::vector<double> v;
+        for (int r = 0; r < 256; ++r)
+            v.insert(v.end(), {r * 1e-8, 1000 * std::sin(2 * std::numbers::pi * 1e7 * r * 1e-8)});
+        graph.m_data.AppendRows(v.data(), nullptr, 0, 2, 0, 256);
+        bool changed;
+        graph.AddCurve(1, 0, false, changed);
+        graph.m_backColor = 0xFFFFFF;
+        graph.m_xLog = logX;
+        graph.Range(0)->m_dbScale = 1;
+        const int limitIndex = AddEmiLimitToGraph(graph, 0); // FCC Class A
+        ASSERT_EQ(limitIndex, 1);
+        ASSERT_TRUE(graph.Curve(limitIndex)->IsLimitLine());
+        ASSERT_EQ(SetSpectrumMode(graph, true), 1);
+
+        QImage image(640, 400, QImage::Format_RGB32);
+        QPainter painter(&image);
+        CDrawRequest request;
+        request.flags = DrawFull;
+        request.target = image.rect();
+        DrawGraph(graph, painter, request);
+        painter.end();
+
+        const CIntRect &plot = graph.m_plotRect;
+        const CGraph_Range &y = *graph.Range(0);
+        ASSERT_LE(y.m_viewMin, 73);
+        ASSERT_GE(y.m_viewMax, 79);
+        auto px = [&](double hertz) {
+            const double x = logX ? std::log10(hertz) : hertz;
+            return plot.left + (x - graph.m_xViewMin) * (plot.right - plot.left) / (graph.m_xViewMax - graph.m_xViewMin);
+        };
+        auto py = [&](double level) {
+            return plot.bottom - (level - y.m_viewMin) * (plot.bottom - plot.top) / (y.m_viewMax - y.m_viewMin);
+        };
+        // The corners of the line are in the cache where the values say.
+        const auto *cache = static_cast<const CPolylinePixels *>(graph.Curve(limitIndex)->LinePixels());
+        ASSERT_NE(cache, nullptr);
+        const double corners[][2] = {{500000, 79}, {500000, 73}, {30000000, 73}};
+        for (const auto &corner : corners) {
+            bool found = false;
+            for (const QPoint &p : cache->m_points)
+                found = found || (std::abs(p.x() - px(corner[0])) <= 1.5 && std::abs(p.y() - py(corner[1])) <= 1.5);
+            EXPECT_TRUE(found) << corner[0] << " Hz, " << corner[1] << " dB";
+        }
+        // And the picture is black in the middle of the 73 dB segment, in
+        // the black of a limit, and not so half a division above it.
+        const int midX = int(std::lround(px(logX ? std::sqrt(500000.0 * 30000000.0) : 15250000)));
+        const int midY = int(std::lround(py(73)));
+        bool black = false;
+        for (int dy = -1; dy <= 1; ++dy)
+            black = black || (image.pixel(midX, midY + dy) & 0xFFFFFF) == 0;
+        EXPECT_TRUE(black);
+        const int above = int(std::lround(py(76)));
+        EXPECT_NE(image.pixel(midX, above) & 0xFFFFFF, 0u);
+    }
 }

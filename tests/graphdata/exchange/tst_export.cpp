@@ -272,8 +272,8 @@ TEST(SaveFilters, FiltersAndKinds)
         const char *path;
         int index, kind;
     } names[] = {
-        {"a.txt", -1, 0}, {"a.FRA", -1, 0}, {"a.fft", -1, 0}, {"a.csv", -1, 2}, {"a.txt", 1, 1}, {"a.mat", -1, 4},
-        {"a.mrd", -1, 10}, {"a", -1, 10}, {"a.dat", 2, 10},
+        {"a.txt", -1, 0}, {"a.FRA", -1, 0}, {"a.csv", -1, 0}, {"a.csv", 2, 2}, {"a.txt", 1, 1}, {"a.fft", -1, 10},
+        {"a.mat", -1, 10}, {"a.mrd", -1, 10}, {"a", -1, 10}, {"a.dat", 2, 10},
     };
     for (const auto &n : names)
         EXPECT_EQ(SaveKindOfName(QString::fromLatin1(n.path), n.index), n.kind) << n.path;

@@ -160,6 +160,7 @@ TEST(SpectrumGrid, ResampleGridCases)
         {"invalid row before the span", {0, NaN, 2, 3, 4}, 2, 4, 0, 2, -1, 0, 0},
         {"invalid row in the span", {0, 1, NaN, 3, 4}, 0, 4, 0, 0, -1, 0, 0},
         {"one valid row in the span", {0, 1, 2, 3}, 3, 3.5, 0, 3, 3, 0, 0},
+        {"falling X reaches the end at once", {4, 3, 2, 1, 0}, 0, 4, 0, 0, 0, 0, 0},
         // 5 rows over 0..4: mean spacing 4/5 is below the step of 1.
         {"even rows, whole span", {0, 1, 2, 3, 4}, 0, 4, 1, 0, 4, 6, 0.8},
         // 1.5 lies between rows 1 and 2: the row before covers it; rows
