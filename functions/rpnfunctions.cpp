@@ -7,10 +7,12 @@
 #include "functions/rpnconversions.h"
 #include "functions/rpndictionaryfunctions.h"
 #include "functions/rpnlistfunctions.h"
+#include "functions/rpnmatrixfunctions.h"
 #include "functions/rpnrealfunctions.h"
 #include "functions/rpnsampling.h"
 #include "functions/rpnstringfunctions.h"
 #include "functions/rpntablefunctions.h"
+#include "functions/rpnxmlfunctions.h"
 #include "formula/rpnkeywords.h"
 #include "formula/rpnprototypes.h"
 
@@ -31,5 +33,7 @@ void RegisterFunctionLibrary()
         AddPrototypeProvider(ProvideDictionaryFunctions);
         AddPrototypeProvider(ProvideConversionFunctions);
         AddPrototypeProvider(ProvideTableFunctions);
+        AddPrototypeProvider(ProvideMatrixFunctions);
+        AddPrototypeProvider(ProvideXmlFunctions);
     });
 }

@@ -171,8 +171,9 @@ TEST(RpnTables, GetTableValueMessages)
     };
     for (const Case &c : cases) {
         CEquationTree tree;
-        if (!c.setup.empty())
+        if (!c.setup.empty()) {
             EXPECT_EQ(Eval(c.setup.c_str(), &tree).rfind("E:", 0), std::string::npos) << c.setup;
+        }
         EXPECT_EQ(Eval(c.call.c_str(), &tree), failure(c.call, c.message)) << c.call;
     }
     // The reserved names fail without a text of their own.
