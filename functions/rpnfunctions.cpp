@@ -12,6 +12,7 @@
 #include "functions/rpnsampling.h"
 #include "functions/rpnstringfunctions.h"
 #include "functions/rpntablefunctions.h"
+#include "functions/rpnxmlfunctions.h"
 #include "formula/rpnkeywords.h"
 #include "formula/rpnprototypes.h"
 
@@ -33,5 +34,6 @@ void RegisterFunctionLibrary()
         AddPrototypeProvider(ProvideConversionFunctions);
         AddPrototypeProvider(ProvideTableFunctions);
         AddPrototypeProvider(ProvideMatrixFunctions);
+        AddPrototypeProvider(ProvideXmlFunctions);
     });
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -74,7 +75,9 @@ int LabelEvery(double span, double step, double length, double charSize, bool xA
         return 1;
     int k = std::floor(2 * unit) >= t ? 2 : 5;
     bool byTwo = true;
-    for (int round = 0; std::floor(k * unit) < t && round < 500; ++round) {
+    // A span of more steps than an int can count (extreme data) ends the
+    // rise at the largest k of the sequence that still fits.
+    while (std::floor(double(k) * unit) < t && k <= std::numeric_limits<int>::max() / 5) {
         k *= byTwo ? 2 : 5;
         byTwo = !byTwo;
     }

@@ -277,9 +277,7 @@ void CTraceliftToolDlg::onCanvasClicked(const CClickResult &r, int modeBefore)
         m_readout->setText(readoutText(r.x, r.y));
         QString points = m_pointsEdit->text();
         AppendPointText(points, r.x, r.y);
-        m_pointsEdit->setText(points);
-        ApplyFields();
-        m_canvas->update();
+        editPoints(points);
         break;
     }
     case CClickResult::None:

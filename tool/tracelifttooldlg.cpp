@@ -423,7 +423,41 @@ void CTraceliftToolDlg::keyPressEvent(QKeyEvent *event)
             OnNext();
         return;
     }
+    if (tracing() && pointEditKey(event)) {
+        event->accept();
+        return;
+    }
     QDialog::keyPressEvent(event);
+}
+
+bool CTraceliftToolDlg::pointEditKey(QKeyEvent *event)
+{
+    const Qt::KeyboardModifiers mods = event->modifiers() & ~Qt::KeypadModifier;
+    const bool shift = mods == Qt::ShiftModifier;
+    if (event->key() == Qt::Key_Z && mods == Qt::ControlModifier)
+        return OnUndoPoint();
+    if (event->key() == Qt::Key_Z && mods == (Qt::ControlModifier | Qt::ShiftModifier))
+        return OnRedoPoint();
+    if (event->key() == Qt::Key_Delete && mods == Qt::NoModifier) {
+        const QPointF at = m_canvas->MousePosition();
+        return DeletePointNear(at.x(), at.y());
+    }
+    if (mods != Qt::NoModifier && !shift)
+        return false;
+    // An eighth of a pixel, as fine as the magnifier places a point.
+    const double step = shift ? 1.0 : 1.0 / 8;
+    switch (event->key()) {
+    case Qt::Key_Left:
+        return MoveLastPoint(-step, 0);
+    case Qt::Key_Right:
+        return MoveLastPoint(step, 0);
+    case Qt::Key_Up:
+        return MoveLastPoint(0, -step);
+    case Qt::Key_Down:
+        return MoveLastPoint(0, step);
+    default:
+        return false;
+    }
 }
 
 void CTraceliftToolDlg::showEvent(QShowEvent *event)

@@ -71,6 +71,18 @@ public:
     void OfferPicture(const QImage &picture);
     void OfferPictureFile(const QString &path);
 
+    // Point edits while a curve is traced; each rewrites the point text and
+    // applies the fields as a click does.  Undo and redo step through the
+    // clicks and edits of the present trace.  Moves are in canvas pixels
+    // (y down); the point removed is the one nearest the canvas position.
+    // Each returns false when there was nothing to do.
+    bool OnUndoPoint();
+    bool OnRedoPoint();
+    bool MoveLastPoint(double dxPixels, double dyPixels);
+    bool DeletePointNear(double px, double py);
+    // The points of the curve to the clipboard as two tab-separated columns.
+    void OnCopyPoints();
+
     // The fields to the record and back (save true), or back only.  The
     // rules of what the record keeps are CCurveRecords'.
     bool UpdateData(bool save);
@@ -106,6 +118,9 @@ private:
     void nextStep(const QImage *offered);
     void setHint(std::optional<int> id);
     void markDirty();
+    bool tracing() const;
+    bool pointEditKey(QKeyEvent *event);
+    void editPoints(const QString &text);
     void onCanvasClicked(const CClickResult &result, int modeBefore);
     void onValueUnderMouse(double x, double y);
     void showPane(bool canvas);
@@ -152,6 +167,11 @@ private:
     QPushButton *m_addCurveButton = nullptr;
     QWidget *m_pane = nullptr;
     bool m_fieldsDirty = false;
+    // The point texts before each edit of the trace, and those undone; both
+    // are dropped once the text changes by other means (m_editedText differs).
+    QStringList m_undoTexts;
+    QStringList m_redoTexts;
+    QString m_editedText;
     QString m_xName;
     QString m_yName;
     int m_minTrackWidth = 50;

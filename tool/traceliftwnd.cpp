@@ -72,6 +72,8 @@ CTraceliftWnd::CTraceliftWnd(QWidget *parent) : QWidget(parent)
     m_font.setPixelSize(12);
     m_font.setWeight(QFont::Normal);
     setMouseTracking(true);
+    // A click gives the canvas the keyboard, so that the edit keys reach the trace.
+    setFocusPolicy(Qt::ClickFocus);
     setAcceptDrops(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
     m_zoom = new CTraceliftZoom(this, IdMagnifier);
@@ -360,6 +362,7 @@ void CTraceliftWnd::ReadOut(double px, double py)
 
 void CTraceliftWnd::mouseMoveEvent(QMouseEvent *event)
 {
+    m_mouse = event->position();
     const CaptureMode mode = m_capture.m_mode;
     if (isDragMode(mode) && m_dragging) {
         if (!(event->buttons() & Qt::LeftButton)) {

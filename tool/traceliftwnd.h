@@ -56,6 +56,8 @@ public:
     // fractions of a pixel: the click rule runs, the magnifier is hidden,
     // and `clicked` goes out.
     void ClickAt(double px, double py);
+    // Where the mouse last was over the canvas.
+    QPointF MousePosition() const { return m_mouse; }
     // The value under a canvas position to the read-out, when it maps.
     void ReadOut(double px, double py);
 
@@ -93,5 +95,6 @@ private:
     QFont m_font;
     CTraceliftZoom *m_zoom = nullptr;
     QPoint m_dragLast;
+    QPointF m_mouse;
     bool m_dragging = false;
 };

@@ -143,7 +143,11 @@ CAxisTicks ComputeAxisTicks(const CAxisTickRequest &q, const QFontMetricsF &metr
         if (!q.dateDays) {
             const double need = q.xAxis ? 2 * (widestOf(texts, metrics) + metrics.averageCharWidth())
                                         : 1.5 * metrics.height();
-            every = LabelEvery(hi - lo, step, q.length, need, q.xAxis);
+            // Across the whole of the doubles hi - lo overflows: count the
+            // steps from each end instead.
+            const bool spanFits = std::isfinite(hi - lo);
+            every = LabelEvery(spanFits ? hi - lo : hi / step - lo / step, spanFits ? step : 1.0, q.length, need,
+                               q.xAxis);
         }
         if (every > 1) {
             std::vector<double> sparse;

@@ -199,6 +199,13 @@ TEST(AxisTicks, LabelDensity)
     };
     for (const auto &c : cases)
         EXPECT_EQ(LabelEvery(c.span, c.step, c.length, c.charSize, c.x), c.every) << c.span << " " << c.x;
+
+    // Far more steps than an int counts: the rise stops at a large k instead
+    // of overflowing.
+    for (const double span : {1e300, 3.4e308}) {
+        const int every = LabelEvery(span, 1e-10, 500, 10, true);
+        EXPECT_GE(every, 100000000) << span;
+    }
 }
 
 TEST(AxisTicks, LogTicksAcrossDecades)

@@ -1,0 +1,118 @@
+// The edit keys of a trace: each key rewrites the point text at once (and the
+// traced points the canvas draws with it), and undo or redo brings back the
+// text exactly as it was.
+
+#include "traceliftfixture.h"
+
+#include "support/myarrays.h"
+#include "tool/capture/pointtext.h"
+
+#include <cmath>
+
+namespace {
+
+double saturation(double x) { return 100.0 * (1 - std::exp(-x / 2.5)); }
+
+QList<QPointF> pixelsOf(const QString &text, const CGraphPicture &g)
+{
+    int count = 0;
+    CMyDoubleArray pairs;
+    ParsePointText(text, count, pairs, true);
+    QList<QPointF> out;
+    const double sx = (g.upperRight.x() - g.lowerLeft.x()) / (g.xHigh - g.xLow);
+    const double sy = (g.upperRight.y() - g.lowerLeft.y()) / (g.yHigh - g.yLow);
+    for (int i = 0; i < count; ++i)
+        out << QPointF(g.lowerLeft.x() + (pairs[2 * i] - g.xLow) * sx, g.lowerLeft.y() + (pairs[2 * i + 1] - g.yLow) * sy);
+    return out;
+}
+
+struct KeyCase {
+    const char *name;
+    Qt::Key key;
+    Qt::KeyboardModifiers mods;
+    int mouseAt;       // the clicked point the mouse rests on, or -1
+    Qt::KeyboardModifiers inverseMods; // Ctrl (undo) or Ctrl+Shift (redo) on Z
+    // What becomes of the three clicked points: the one removed (or -1), and
+    // the move of the last one in pixels.
+    int removed;
+    double dx, dy;
+};
+
+const KeyCase keyCases[] = {
+    {"Ctrl+Z undoes the last click", Qt::Key_Z, Qt::ControlModifier, -1, Qt::ControlModifier | Qt::ShiftModifier, 2, 0, 0},
+    {"Left", Qt::Key_Left, Qt::NoModifier, -1, Qt::ControlModifier, -1, -0.125, 0},
+    {"Right", Qt::Key_Right, Qt::NoModifier, -1, Qt::ControlModifier, -1, 0.125, 0},
+    {"Up", Qt::Key_Up, Qt::NoModifier, -1, Qt::ControlModifier, -1, 0, -0.125},
+    {"Down", Qt::Key_Down, Qt::NoModifier, -1, Qt::ControlModifier, -1, 0, 0.125},
+    {"Shift+Left", Qt::Key_Left, Qt::ShiftModifier, -1, Qt::ControlModifier, -1, -1, 0},
+    {"Shift+Down", Qt::Key_Down, Qt::ShiftModifier, -1, Qt::ControlModifier, -1, 0, 1},
+    {"Delete near the first", Qt::Key_Delete, Qt::NoModifier, 0, Qt::ControlModifier, 0, 0, 0},
+    {"Delete near the middle", Qt::Key_Delete, Qt::NoModifier, 1, Qt::ControlModifier, 1, 0, 0},
+};
+
+} // namespace
+
+TEST_F(TraceliftTest, EditKeysRewriteThePointTextAndUndoBringsItBack)
+{
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
+    reach(ModeTrace, g);
+    ASSERT_EQ(mode(), ModeTrace);
+    const QPoint clicks[] = {g.vertices[2], g.vertices[5], g.vertices[8]};
+    for (const QPoint &p : clicks)
+        click(p);
+    const QString clicked = text(IdPoints);
+    const QList<QPointF> base = pixelsOf(clicked, g);
+    ASSERT_EQ(base.size(), 3);
+
+    for (const KeyCase &c : keyCases) {
+        SCOPED_TRACE(c.name);
+        ASSERT_EQ(text(IdPoints), clicked);
+        if (c.mouseAt >= 0)
+            QTest::mouseMove(canvas(), (base[c.mouseAt] + QPointF(2, -1)).toPoint());
+        QTest::keyClick(canvas(), c.key, c.mods);
+
+        QList<QPointF> expected = base;
+        expected.last() += QPointF(c.dx, c.dy);
+        if (c.removed >= 0)
+            expected.removeAt(c.removed);
+        const QString edited = text(IdPoints);
+        const QList<QPointF> got = pixelsOf(edited, g);
+        ASSERT_EQ(got.size(), expected.size()) << qPrintable(edited);
+        for (int i = 0; i < got.size(); ++i) {
+            // Five digits of the values leave well under a hundredth of a pixel.
+            EXPECT_NEAR(got[i].x(), expected[i].x(), 0.01) << i;
+            EXPECT_NEAR(got[i].y(), expected[i].y(), 0.01) << i;
+        }
+        // The canvas draws what the text holds.
+        const TracedPoints &drawn = canvas()->m_capture.m_points;
+        ASSERT_EQ(drawn.count, got.size());
+        EXPECT_EQ(pixelsOf(FormatPointText(drawn.pairs.GetData(), drawn.count), g).size(), got.size());
+
+        QTest::keyClick(canvas(), Qt::Key_Z, c.inverseMods);
+        EXPECT_EQ(text(IdPoints), clicked);
+        const Qt::KeyboardModifiers again =
+            c.inverseMods == Qt::ControlModifier ? Qt::ControlModifier | Qt::ShiftModifier : Qt::ControlModifier;
+        QTest::keyClick(canvas(), Qt::Key_Z, again);
+        EXPECT_EQ(text(IdPoints), edited);
+        QTest::keyClick(canvas(), Qt::Key_Z, c.inverseMods);
+        EXPECT_EQ(text(IdPoints), clicked);
+    }
+
+    // A text typed by hand starts a new history: undo has nothing to undo.
+    type(IdPoints, QStringLiteral("(1,2)"));
+    canvas()->setFocus();
+    QTest::keyClick(canvas(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(text(IdPoints), QStringLiteral("(1,2)"));
+
+    // Once the curve is finished the keys edit nothing.
+    type(IdPoints, clicked);
+    next();
+    ASSERT_EQ(mode(), ModePlotted);
+    canvas()->setFocus();
+    QTest::keyClick(canvas(), Qt::Key_Left);
+    QTest::keyClick(canvas(), Qt::Key_Delete);
+    EXPECT_EQ(text(IdPoints), clicked);
+}

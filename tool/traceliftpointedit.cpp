@@ -1,0 +1,107 @@
+// The dialog's point edits: undo and redo of the trace, the arrow keys, the
+// Delete key and the copy of the points.  The point text stays the master
+// copy: each edit writes it and applies the fields as a click does.
+
+#include "tool/tracelifttooldlg.h"
+
+#include "support/controls/exeditctrl.h"
+#include "tool/capture/pointedit.h"
+#include "tool/traceliftwnd.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <cmath>
+#include <limits>
+
+bool CTraceliftToolDlg::tracing() const
+{
+    const CaptureMode mode = m_canvas->Mode();
+    return mode == ModeTrace || mode == ModeTypedTrace;
+}
+
+void CTraceliftToolDlg::editPoints(const QString &text)
+{
+    const QString before = m_pointsEdit->text();
+    if (before != m_editedText) {
+        // The text was changed by hand, a load or a new curve: the history
+        // belongs to another text.
+        m_undoTexts.clear();
+        m_redoTexts.clear();
+    }
+    m_undoTexts << before;
+    m_redoTexts.clear();
+    m_editedText = text;
+    m_pointsEdit->setText(text);
+    ApplyFields();
+    m_canvas->update();
+}
+
+bool CTraceliftToolDlg::OnUndoPoint()
+{
+    if (!tracing() || m_undoTexts.isEmpty() || m_pointsEdit->text() != m_editedText)
+        return false;
+    m_redoTexts << m_editedText;
+    m_editedText = m_undoTexts.takeLast();
+    m_pointsEdit->setText(m_editedText);
+    ApplyFields();
+    m_canvas->update();
+    return true;
+}
+
+bool CTraceliftToolDlg::OnRedoPoint()
+{
+    if (!tracing() || m_redoTexts.isEmpty() || m_pointsEdit->text() != m_editedText)
+        return false;
+    m_undoTexts << m_editedText;
+    m_editedText = m_redoTexts.takeLast();
+    m_pointsEdit->setText(m_editedText);
+    ApplyFields();
+    m_canvas->update();
+    return true;
+}
+
+bool CTraceliftToolDlg::MoveLastPoint(double dxPixels, double dyPixels)
+{
+    if (!tracing())
+        return false;
+    ApplyFields();
+    const TracedPoints &points = m_canvas->m_capture.m_points;
+    if (points.count < 1)
+        return false;
+    const CPixelMapping map = m_canvas->m_capture.PixelMapping();
+    const int last = points.count - 1;
+    const double px = map.PixelX(points.pairs[2 * last]) + dxPixels;
+    const double py = map.PixelY(points.pairs[2 * last + 1]) + dyPixels;
+    double x = 0, y = 0;
+    if (!std::isfinite(px) || !std::isfinite(py) || !m_canvas->m_capture.MapPixelToValue(px, py, x, y))
+        return false;
+    editPoints(ReplacePointInText(m_pointsEdit->text(), last, x, y));
+    return true;
+}
+
+bool CTraceliftToolDlg::DeletePointNear(double px, double py)
+{
+    if (!tracing())
+        return false;
+    ApplyFields();
+    const TracedPoints &points = m_canvas->m_capture.m_points;
+    const CPixelMapping map = m_canvas->m_capture.PixelMapping();
+    int nearest = -1;
+    double best = std::numeric_limits<double>::infinity();
+    for (int i = 0; i < points.count; ++i) {
+        const double d = std::hypot(map.PixelX(points.pairs[2 * i]) - px, map.PixelY(points.pairs[2 * i + 1]) - py);
+        if (d < best) {
+            best = d;
+            nearest = i;
+        }
+    }
+    if (nearest < 0)
+        return false;
+    editPoints(RemovePointFromText(m_pointsEdit->text(), nearest));
+    return true;
+}
+
+void CTraceliftToolDlg::OnCopyPoints()
+{
+    QGuiApplication::clipboard()->setText(PointTextAsColumns(m_pointsEdit->text()));
+}
