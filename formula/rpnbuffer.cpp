@@ -17,6 +17,10 @@ void writeValue(CRpnBuffer &b, const CRpnData &v)
     std::uint32_t flags = v.GetFlags() & ~RPN_FLAG_BORROWED;
     b.Transfer(kind);
     b.Transfer(flags);
+    // The reader takes no content below its deepest level, so none is
+    // written there either: a value nested deeper is saved cut at that level.
+    if (b.m_depth >= CRpnBuffer::MaxDepth)
+        return;
     switch (kind) {
     case RPN_REAL: {
         double x = v.GetRealValue();
@@ -37,11 +41,13 @@ void writeValue(CRpnBuffer &b, const CRpnData &v)
         const CMapStringToRpnData *map = v.GetDictionary();
         std::int32_t n = map ? map->GetCount() : 0;
         b.Transfer(n);
+        ++b.m_depth;
         for (int i = 0; i < n; ++i) {
             QString key = map->GetSpelling(map->GetKeyAt(i));
             b.TransferString(key);
             writeValue(b, map->GetValueAt(i));
         }
+        --b.m_depth;
         break;
     }
     case RPN_ARRAY_R: {
@@ -53,8 +59,10 @@ void writeValue(CRpnBuffer &b, const CRpnData &v)
     case RPN_ARRAY: {
         std::int32_t n = v.GetSize();
         b.Transfer(n);
+        ++b.m_depth;
         for (int i = 0; i < n; ++i)
             writeValue(b, v.GetItems()[i]);
+        --b.m_depth;
         break;
     }
     case RPN_FORMULA: {

@@ -47,6 +47,7 @@ enum : int {
     TextLoad = 27579,
     TextSave = 27581,
     TextClose = 27584,
+    TextCopyPoints = 27597,
 };
 
 // The canvas and the plot lie over each other and always get the same
@@ -259,12 +260,14 @@ void CTraceliftToolDlg::buildControls()
     QPushButton *applyTyped = button(TextApplyTyped, IdApplyTyped);
     QPushButton *replot = button(TextReplot, IdReplot);
     QPushButton *startOver = button(TextStartOver, IdStartOver);
+    QPushButton *copyPoints = button(TextCopyPoints, IdCopyPoints);
     auto *toolsRow = new QHBoxLayout;
     toolsRow->addWidget(label(TextPosition, m_readout));
     toolsRow->addWidget(m_readout);
     toolsRow->addSpacing(12);
     toolsRow->addWidget(m_exchangeCheck);
     toolsRow->addStretch(1);
+    toolsRow->addWidget(copyPoints);
     toolsRow->addWidget(applyTyped);
     toolsRow->addWidget(replot);
     toolsRow->addWidget(startOver);
@@ -306,10 +309,17 @@ void CTraceliftToolDlg::buildControls()
     paste->setShortcutContext(Qt::WindowShortcut);
     addAction(paste);
     connect(paste, &QAction::triggered, this, &CTraceliftToolDlg::OnPaste);
+    // Ctrl+Shift+C copies the points, whichever control has the keyboard.
+    auto *copy = new QAction(this);
+    copy->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C));
+    copy->setShortcutContext(Qt::WindowShortcut);
+    addAction(copy);
+    connect(copy, &QAction::triggered, this, &CTraceliftToolDlg::OnCopyPoints);
+    connect(copyPoints, &QPushButton::clicked, this, &CTraceliftToolDlg::OnCopyPoints);
 
     QWidget *const order[] = {m_xAtFirstEdit, m_xAtSecondEdit, m_yAtFirstEdit, m_yAtSecondEdit, m_xNameEdit,
                  m_xUnitCombo, m_xLogCheck, m_yNameEdit, m_yUnitCombo, m_yLogCheck, m_pointsEdit,
-                 m_exchangeCheck, applyTyped, replot, startOver, m_loadButton, m_okButton,
+                 m_exchangeCheck, copyPoints, applyTyped, replot, startOver, m_loadButton, m_okButton,
                  m_cancelButton};
     for (std::size_t i = 1; i < std::size(order); ++i)
         setTabOrder(order[i - 1], order[i]);

@@ -44,6 +44,7 @@ public:
         IdNext = 33104,
         IdBack = 33105,
         IdPlot = 10101,
+        IdCopyPoints = 27598,
     };
 
     explicit CTraceliftToolDlg(QWidget *parent = nullptr);

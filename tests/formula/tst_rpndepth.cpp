@@ -2,6 +2,7 @@
 // compared, combined, copied and freed; texts nested too deeply for the
 // thread's stack end with a message; huge shared values print a cut text.
 
+#include "formula/rpnbuffer.h"
 #include "formula/rpndictionary.h"
 #include "formula/rpntree.h"
 #include "formulatest.h"
@@ -11,6 +12,7 @@
 #include <QThread>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -149,6 +151,43 @@ TEST(RpnDepth, AListThreeHundredThousandDeepIsFreed)
     QString error;
     run(linkedList(300000) + QStringLiteral("1"), error);
     EXPECT_TRUE(error.isEmpty()) << error;
+}
+
+TEST(RpnDepth, ADeepListIsSavedAndReadBackCutAtTheReadersDepth)
+{
+    for (const int depth : {CRpnBuffer::MaxDepth - 1, 300000}) {
+        CRpnData list;
+        for (int i = 0; i < depth; ++i) {
+            CRpnData cell;
+            cell.SetArray(2);
+            cell.SetAt(0, CRpnData(i));
+            cell.SetAt(1, list);
+            list = cell;
+        }
+        CRpnBuffer out(10, 0);
+        out.Reset(CBufferIO::ModeWrite, 0);
+        list.Serialize(out);
+        CRpnBuffer in(10, 0);
+        in.LoadForReading(out.ToByteArray());
+        CRpnData back;
+        back.Serialize(in);
+        EXPECT_TRUE(in.AtEnd()) << depth;
+        // Walk both down as far as the copy goes.
+        CRpnData a = list, b = back;
+        int levels = 0;
+        while (b.GetSize() == 2) {
+            // The cells of the deepest level read are empty.
+            if (levels < CRpnBuffer::MaxDepth - 1) {
+                EXPECT_EQ(b.GetAt(0).GetInt(), a.GetAt(0).GetInt());
+            } else {
+                EXPECT_TRUE(b.GetAt(0).IsNull() && b.GetAt(1).IsNull());
+            }
+            a = a.GetAt(1);
+            b = b.GetAt(1);
+            ++levels;
+        }
+        EXPECT_EQ(levels, std::min(depth, CRpnBuffer::MaxDepth)) << depth;
+    }
 }
 
 TEST(RpnDepth, AHugeSharedValuePrintsACutText)

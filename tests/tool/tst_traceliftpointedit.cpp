@@ -7,6 +7,7 @@
 #include "support/myarrays.h"
 #include "tool/capture/pointtext.h"
 
+#include <QPushButton>
 #include <cmath>
 
 namespace {
@@ -115,4 +116,38 @@ TEST_F(TraceliftTest, EditKeysRewriteThePointTextAndUndoBringsItBack)
     QTest::keyClick(canvas(), Qt::Key_Left);
     QTest::keyClick(canvas(), Qt::Key_Delete);
     EXPECT_EQ(text(IdPoints), clicked);
+}
+
+TEST_F(TraceliftTest, CopiedPointsPasteAsTwoColumns)
+{
+    struct Case {
+        const char *points;
+        bool byKey; // Ctrl+Shift+C in the points field, else the button
+        QList<QPair<double, double>> rows;
+    };
+    const Case cases[] = {
+        {"(1,2)(3.25,-4e-3)", true, {{1, 2}, {3.25, -0.004}}},
+        {"(1k,5) (2.5m,7)", false, {{1000, 5}, {0.0025, 7}}},
+        {"(0.00012345,123456789)", true, {{0.00012345, 123456789}}},
+        {"", false, {}},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.points);
+        QGuiApplication::clipboard()->setText(QStringLiteral("old"));
+        type(IdPoints, QString::fromLatin1(c.points));
+        if (c.byKey)
+            QTest::keyClick(edit(IdPoints), Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+        else
+            control<QPushButton>(CTraceliftToolDlg::IdCopyPoints)->click();
+        const QString copied = QGuiApplication::clipboard()->text();
+        QStringList lines = copied.split(u'\n');
+        ASSERT_EQ(lines.takeLast(), QString()) << qPrintable(copied); // every line ends
+        ASSERT_EQ(lines.size(), c.rows.size()) << qPrintable(copied);
+        for (int i = 0; i < lines.size(); ++i) {
+            const QStringList cells = lines[i].split(u'\t');
+            ASSERT_EQ(cells.size(), 2) << qPrintable(lines[i]);
+            EXPECT_DOUBLE_EQ(cells[0].toDouble(), c.rows[i].first) << i;
+            EXPECT_DOUBLE_EQ(cells[1].toDouble(), c.rows[i].second) << i;
+        }
+    }
 }
