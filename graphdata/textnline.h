@@ -11,6 +11,7 @@
 #include <QRect>
 
 class QPainter;
+class CBufferIO;
 
 // What a drawing object needs to know about the plot it is drawn on: the
 // plot rectangle and the mapping of the X axis and of its own Y axis
@@ -66,6 +67,16 @@ public:
         Q_UNUSED(handle);
         Q_UNUSED(delta);
         Q_UNUSED(frame);
+    }
+
+    // Writes or reads the object in the direction of `io`: its position,
+    // its attributes, then (from graph file format 12, or 11 with the
+    // buffer's second version word at 1 or above) the Y axis index.
+    // Objects that keep nothing of their own store nothing.
+    virtual void Transfer(CBufferIO &io, int fileFormat)
+    {
+        Q_UNUSED(io);
+        Q_UNUSED(fileFormat);
     }
 
     // Index of the Y axis the object's values belong to.
