@@ -186,6 +186,11 @@ public:
     // `dictionary` unless it is there already; returns the count added.
     virtual int CollectDefaults(CMapStringToRpnData &dictionary);
 
+    // --- source ---------------------------------------------------------------------
+    // Appends the node's source, its subtree included, to `out`; compiled
+    // again the text gives an equal subtree.  `indent` goes to the children.
+    virtual void WriteText(QString &out, int indent) const;
+
     // --- saving ----------------------------------------------------------------------
     // Writes or reads (after the buffer's mode) the node's own fields: kind,
     // position, row, column and the two flag words, each as 4 bytes.  Classes

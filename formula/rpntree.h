@@ -140,6 +140,10 @@ public:
     // Gives the root to the caller; the tree is left without one.
     CRpnNode *TakeRoot();
     const QString &GetSource() const { return m_source; }
+    // The tree written back as source: each user function ("Function name(
+    // parameters) { body }", by name), then the root.  Compiled again it
+    // gives an equal tree.  `indent` is passed to the nodes.
+    void GetFormulaText(QString &out, int indent = 0) const;
     void SetSource(const QString &source) { m_source = source; }
     void SetHostData(void *hostData) { m_hostData = hostData; }
     void *GetHostData() const { return m_hostData; }

@@ -12,6 +12,7 @@
 #include "functions/rpnsampling.h"
 #include "functions/rpnstringfunctions.h"
 #include "functions/rpntablefunctions.h"
+#include "functions/rpnversionfunctions.h"
 #include "functions/rpnxmlfunctions.h"
 #include "formula/rpnkeywords.h"
 #include "formula/rpnprototypes.h"
@@ -33,6 +34,7 @@ void RegisterFunctionLibrary()
         AddPrototypeProvider(ProvideDictionaryFunctions);
         AddPrototypeProvider(ProvideConversionFunctions);
         AddPrototypeProvider(ProvideTableFunctions);
+        AddPrototypeProvider(ProvideVersionFunctions);
         AddPrototypeProvider(ProvideMatrixFunctions);
         AddPrototypeProvider(ProvideXmlFunctions);
     });

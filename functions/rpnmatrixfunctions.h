@@ -2,7 +2,7 @@
 // Matrices: Matrix, Transpose, Eye and Zeros make them; Cofactor, Adjoint,
 // Inverse and Determinant compute on their cells as values (complex cells
 // allowed), the D-variants in doubles.  Both expand by minors, whose work
-// grows as n!: from about 6 by 6 on inverseCH and determinantCH, which
+// grows as n!: from 5 by 5 on inverseCH and determinantCH, which
 // factorise the matrix, are the right choice.  eigen, eigenvector, inverseCH
 // and determinantCH take an optional size and then the matrix as row arrays
 // or as one flat row-major array.

@@ -14,4 +14,5 @@ target_compile_definitions(fuzz_graphfile PRIVATE TARN_EN_LANG="${PROJECT_SOURCE
 if(TARGET tarn_graphdraw AND TARGET tarn_graphexchange)
   tarn_add_fuzz(fuzz_textimport SOURCES fuzz_textimport.cpp LINKS tarn_graphdraw tarn_graphexchange)
 endif()
+tarn_add_fuzz(fuzz_tablereader SOURCES fuzz_tablereader.cpp LINKS tarn_functions)
 tarn_add_fuzz(fuzz_deep_programs SOURCES fuzz_deep_programs.cpp LINKS tarn_functions)

@@ -18,6 +18,7 @@
 #include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 
 namespace {
 
@@ -107,6 +108,7 @@ void CTraceliftToolDlg::perform(const CStepActions &a, const QImage *offered)
         setHint(a.hintId);
     if (a.clearReadout)
         m_readout->clear();
+    m_traceAnotherButton->setEnabled(canTraceAnother());
 }
 
 void CTraceliftToolDlg::nextStep(const QImage *offered)

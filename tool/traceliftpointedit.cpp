@@ -8,8 +8,10 @@
 #include "tool/capture/pointedit.h"
 #include "tool/traceliftwnd.h"
 
+#include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QPushButton>
 #include <cmath>
 #include <limits>
 
@@ -104,4 +106,41 @@ bool CTraceliftToolDlg::DeletePointNear(double px, double py)
 void CTraceliftToolDlg::OnCopyPoints()
 {
     QGuiApplication::clipboard()->setText(PointTextAsColumns(m_pointsEdit->text()));
+}
+
+bool CTraceliftToolDlg::canTraceAnother() const
+{
+    const CaptureCalibration &c = m_canvas->m_capture.m_calibration;
+    return m_canvas->Mode() == ModePlotted && c.pictureLoaded && c.HasRectangle()
+        && m_canvas->m_capture.m_points.count > 0;
+}
+
+bool CTraceliftToolDlg::OnTraceAnotherCurve()
+{
+    if (!canTraceAnother())
+        return false;
+    m_canvas->HideMagnifier();
+    // The finished curve keeps its record; the new one is a fresh copy of the
+    // template, as Add curve makes it.  Reloading the empty curve leaves the
+    // axis fields as they are, and the canvas keeps the picture and corners.
+    if (m_records.m_currentCurve)
+        UpdateData(true);
+    m_records.AddCurve(ReadFields());
+    UpdateData(false);
+    m_pointsEdit->clear();
+    m_pointsEdit->setEnabled(true);
+    m_undoTexts.clear();
+    m_redoTexts.clear();
+    m_editedText.clear();
+    m_canvas->m_capture.m_calibration.pictureShown = true;
+    ApplyFields();
+    m_canvas->SetMode(ModeTrace);
+    showPane(true);
+    m_backAction->setEnabled(true);
+    m_nextAction->setEnabled(true);
+    setHint(HintTextId(ModeTrace, m_deviceKind));
+    m_readout->clear();
+    m_canvas->update();
+    m_traceAnotherButton->setEnabled(false);
+    return true;
 }

@@ -48,6 +48,7 @@ enum : int {
     TextSave = 27581,
     TextClose = 27584,
     TextCopyPoints = 27597,
+    TextTraceAnother = 27599,
 };
 
 // The canvas and the plot lie over each other and always get the same
@@ -173,6 +174,10 @@ void CTraceliftToolDlg::buildControls()
     top->addWidget(m_toolBar);
     top->addWidget(m_hint, 1);
     top->addWidget(m_addCurveButton);
+    m_traceAnotherButton = named(new QPushButton(LanguageString(TextTraceAnother), this), IdTraceAnother);
+    m_traceAnotherButton->setAutoDefault(false);
+    m_traceAnotherButton->setEnabled(false);
+    top->addWidget(m_traceAnotherButton);
 
     // The pane: canvas and plot over each other.
     m_pane = new CPaneWidget(this);
@@ -330,6 +335,7 @@ void CTraceliftToolDlg::connectControls()
     connect(m_nextAction, &QAction::triggered, this, &CTraceliftToolDlg::OnNext);
     connect(m_backAction, &QAction::triggered, this, &CTraceliftToolDlg::OnBack);
     connect(m_addCurveButton, &QPushButton::clicked, this, &CTraceliftToolDlg::OnAddCurve);
+    connect(m_traceAnotherButton, &QPushButton::clicked, this, &CTraceliftToolDlg::OnTraceAnotherCurve);
     connect(findChild<QPushButton *>(QString::number(IdApplyTyped)), &QPushButton::clicked, this,
             &CTraceliftToolDlg::OnApplyTypedCurve);
     connect(findChild<QPushButton *>(QString::number(IdReplot)), &QPushButton::clicked, this,

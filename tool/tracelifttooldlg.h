@@ -45,6 +45,7 @@ public:
         IdBack = 33105,
         IdPlot = 10101,
         IdCopyPoints = 27598,
+        IdTraceAnother = 27600,
     };
 
     explicit CTraceliftToolDlg(QWidget *parent = nullptr);
@@ -83,6 +84,11 @@ public:
     bool DeletePointNear(double px, double py);
     // The points of the curve to the clipboard as two tab-separated columns.
     void OnCopyPoints();
+    // After a curve of a picture is finished: a new curve is added as Add
+    // curve adds one, and the picture, its corners and the axis values are
+    // kept, so that the new curve is traced at once.  Does nothing (false)
+    // unless a curve of a calibrated picture is finished.
+    bool OnTraceAnotherCurve();
 
     // The fields to the record and back (save true), or back only.  The
     // rules of what the record keeps are CCurveRecords'.
@@ -120,6 +126,7 @@ private:
     void setHint(std::optional<int> id);
     void markDirty();
     bool tracing() const;
+    bool canTraceAnother() const;
     bool pointEditKey(QKeyEvent *event);
     void editPoints(const QString &text);
     void onCanvasClicked(const CClickResult &result, int modeBefore);
@@ -166,6 +173,7 @@ private:
     QLineEdit *m_xNameEdit = nullptr;
     QLineEdit *m_yNameEdit = nullptr;
     QPushButton *m_addCurveButton = nullptr;
+    QPushButton *m_traceAnotherButton = nullptr;
     QWidget *m_pane = nullptr;
     bool m_fieldsDirty = false;
     // The point texts before each edit of the trace, and those undone; both

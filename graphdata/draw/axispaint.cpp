@@ -18,36 +18,35 @@ QColor textColor(std::uint32_t color, bool blackWhite)
     return blackWhite ? QColor(Qt::black) : ColorFromRef(color);
 }
 
-double scaleOf(double vmin, double vmax, int pixels)
-{
-    return vmax > vmin ? pixels / (vmax - vmin) : 0;
-}
-
-// Pixels of a Y axis over the plot, through the same exact pre-scale as
-// the curves, so that ranges near the ends of the doubles map as well.
-struct CYPixels
+// Pixels of an axis over the plot, through the same mapping as the
+// curves, so that ranges near the ends of the doubles map as well: from
+// the plot's left edge rightward for X, from its bottom upward for Y.
+struct CAxisPixels
 {
     double pre = 1, min = 0, scale = 0;
-    int bottom = 0;
-    CYPixels(const CGraph_Range &range, const CIntRect &r) : bottom(r.bottom)
+    int origin = 0, dir = 1;
+    static CAxisPixels X(double lo, double hi, const CIntRect &r) { return CAxisPixels(lo, hi, r.left, r.right - r.left, 1); }
+    static CAxisPixels Y(const CGraph_Range &range, const CIntRect &r)
     {
-        const double height = r.bottom - r.top;
-        pre = AxisPreScale(range.m_viewMin, range.m_viewMax, height);
-        min = range.m_viewMin * pre;
-        const double span = range.m_viewMax * pre - min;
-        scale = span > 0 && std::isfinite(span) ? height / span : 0;
+        return CAxisPixels(range.m_viewMin, range.m_viewMax, r.bottom, r.bottom - r.top, -1);
     }
     int operator()(double v) const
     {
-        return bottom - int(std::clamp(std::floor((v * pre - min) * scale), -1e7, 1e7));
+        return origin + dir * int(std::clamp(std::floor((v * pre - min) * scale), -1e7, 1e7));
+    }
+
+private:
+    CAxisPixels(double lo, double hi, int from, int pixels, int direction) : origin(from), dir(direction)
+    {
+        AxisMapping(lo, hi, pixels, pre, min, scale);
     }
 };
 
 void verticalLines(QPainter &p, const std::vector<double> &at, const CGraphCurve &g, const CIntRect &r)
 {
-    const double s = scaleOf(g.m_xViewMin, g.m_xViewMax, r.right - r.left);
+    const CAxisPixels map = CAxisPixels::X(g.m_xViewMin, g.m_xViewMax, r);
     for (double v : at) {
-        const int x = MapX(v, g.m_xViewMin, s, r.left);
+        const int x = map(v);
         if (x > r.left && x < r.right)
             p.drawLine(x, r.top + 1, x, r.bottom - 1);
     }
@@ -55,7 +54,7 @@ void verticalLines(QPainter &p, const std::vector<double> &at, const CGraphCurve
 
 void horizontalLines(QPainter &p, const std::vector<double> &at, const CGraph_Range &range, const CIntRect &r)
 {
-    const CYPixels map(range, r);
+    const CAxisPixels map = CAxisPixels::Y(range, r);
     for (double v : at) {
         const int y = map(v);
         if (y > r.top && y < r.bottom)
@@ -110,10 +109,10 @@ void DrawAxes(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, bool bw)
     // X axis: ticks inside the frame, labels 4 pixels below it.
     const int tick = std::max(2, int(std::lround(0.3 * L.h)));
     const QColor xColor = textColor(g.m_xTextColor, bw);
-    const double xs = scaleOf(g.m_xViewMin, g.m_xViewMax, r.right - r.left);
+    const CAxisPixels xMap = CAxisPixels::X(g.m_xViewMin, g.m_xViewMax, r);
     p.setPen(QPen(xColor, 0));
     for (double v : L.xTicks.major) {
-        const int x = MapX(v, g.m_xViewMin, xs, r.left);
+        const int x = xMap(v);
         if (x >= r.left && x <= r.right)
             p.drawLine(x, r.bottom, x, r.bottom - tick);
     }
@@ -122,7 +121,7 @@ void DrawAxes(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, bool bw)
     const int labelTop = r.bottom + int(kXLabelGap);
     double lastRight = -1e9;
     for (int i = 0; i < int(L.xTicks.labelAt.size()); ++i) {
-        const int x = MapX(L.xTicks.labelAt[std::size_t(i)], g.m_xViewMin, xs, r.left);
+        const int x = xMap(L.xTicks.labelAt[std::size_t(i)]);
         if (x < r.left - 1 || x > r.right + 1)
             continue;
         const QString &text = L.xTicks.labels[i];
@@ -158,7 +157,7 @@ void DrawAxes(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, bool bw)
         const QColor color = textColor(range.m_textColor, bw);
         const bool leftSide = a.side > 0;
         const bool onFrame = a.side == 1 || a.side == -1;
-        const CYPixels map(range, r);
+        const CAxisPixels map = CAxisPixels::Y(range, r);
         p.setPen(QPen(color, 0));
         if (!onFrame)
             p.drawLine(a.axisX, r.top, a.axisX, r.bottom);

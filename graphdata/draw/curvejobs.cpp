@@ -41,12 +41,7 @@ bool yMapping(const CGraphCurve &g, CCurveJob &job, const CIntRect &plot)
     m.plot = plot;
     const double height = plot.bottom - plot.top;
     if (job.layout == CGraph_Range::LayoutShared) {
-        if (!(r.m_viewMax > r.m_viewMin) || !std::isfinite(r.m_viewMin) || !std::isfinite(r.m_viewMax))
-            return false;
-        m.yPre = AxisPreScale(r.m_viewMin, r.m_viewMax, height);
-        m.yMin = r.m_viewMin * m.yPre;
-        m.yScale = height / (r.m_viewMax * m.yPre - m.yMin);
-        return std::isfinite(m.yScale) && m.yScale > 0;
+        return AxisMapping(r.m_viewMin, r.m_viewMax, height, m.yPre, m.yMin, m.yScale);
     }
     double band = height;
     if (job.layout == CGraph_Range::LayoutSlices) {
@@ -210,19 +205,22 @@ void MapCurveJobs(CDrawPass &pass, std::vector<CCurveJob> &jobs)
     CGraphCurve &g = pass.g;
     const CIntRect &plot = pass.plot;
     const double xMin = pass.xMin, xMax = pass.xMax;
-    const double xScale = xMax > xMin ? (plot.right - plot.left) / (xMax - xMin) : 0;
-    const bool canMap = std::isfinite(xScale) && xScale > 0 && (!pass.full || !pass.L.tooSmall);
+    CPixelMapping x;
+    const bool canMap = AxisMapping(xMin, xMax, plot.right - plot.left, x.xPre, x.xMin, x.xScale) &&
+                        (!pass.full || !pass.L.tooSmall);
     for (CCurveJob &job : jobs) {
         if (!job.y || !canMap || job.rows < 1)
             continue;
-        job.mapping.xMin = xMin;
-        job.mapping.xScale = xScale;
+        job.mapping.xPre = x.xPre;
+        job.mapping.xMin = x.xMin;
+        job.mapping.xScale = x.xScale;
         if (pass.overview) {
             const CGraph_Range &r = *g.Range(job.axis);
-            const double span = r.m_fullMax - r.m_fullMin;
-            job.mapping.plot = plot;
-            job.mapping.yMin = span > 0 ? r.m_fullMin : r.m_fullMin - 1;
-            job.mapping.yScale = (plot.bottom - plot.top) / (span > 0 ? span : 2);
+            CPixelMapping &m = job.mapping;
+            const double height = plot.bottom - plot.top;
+            m.plot = plot;
+            if (!AxisMapping(r.m_fullMin, r.m_fullMax, height, m.yPre, m.yMin, m.yScale))
+                AxisMapping(r.m_fullMin - 1, r.m_fullMin + 1, height, m.yPre, m.yMin, m.yScale);
             job.usable = true;
         } else if (!pass.strip) {
             job.usable = yMapping(g, job, plot);

@@ -102,7 +102,7 @@ int DrawCurvePixels(QPainter &painter, const CCurveArrays &a, int first, int las
     for (int i = first; i <= last; ++i) {
         if (a.xValid[i] != 1 || a.yValid[i] != 1)
             continue;
-        const double px = r.left + std::floor((a.xValues[i] - m.xMin) * m.xScale) + shift;
+        const double px = r.left + std::floor(m.MapX(a.xValues[i])) + shift;
         const double py = r.bottom - std::floor(m.MapY(a.yValues[i]));
         if (px < r.left || px > r.right || py < r.top || py > r.bottom)
             continue;
@@ -148,7 +148,7 @@ int DrawCurveBars(QPainter &painter, const CCurveArrays &a, int first, int last,
     painter.setPen(QPen(color.darker(130), 1));
     painter.setBrush(color);
     int drawn = 0;
-    auto toX = [&](double x) { return std::clamp(r.left + std::floor((x - m.xMin) * m.xScale), -1e7, 1e7); };
+    auto toX = [&](double x) { return std::clamp(r.left + std::floor(m.MapX(x)), -1e7, 1e7); };
     for (int i = first; i <= last; ++i) {
         if (a.xValid[i] != 1 || a.yValid[i] != 1)
             continue;

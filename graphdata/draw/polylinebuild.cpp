@@ -40,8 +40,11 @@ CColumnBounds ColumnBounds(const CPixelMapping &m, std::int64_t col)
     const double tolerance = width * 1e-6 + std::max(std::fabs(a), std::fabs(z)) * 1e-12;
     if (!std::isfinite(a) || !std::isfinite(z) || 4 * tolerance >= width)
         return b;
-    b.low = a + tolerance;
-    b.high = z - tolerance;
+    // back from the pre-scaled units to the values of the column
+    b.low = (a + tolerance) / m.xPre;
+    b.high = (z - tolerance) / m.xPre;
+    if (!(b.high > b.low) || !std::isfinite(b.low) || !std::isfinite(b.high))
+        return b;
     b.usable = true;
     return b;
 }
@@ -87,7 +90,7 @@ public:
         const double *xv = a.xValues, *yv = a.yValues;
         const std::uint8_t *xb = a.xValid, *yb = a.yValid;
         const CPixelMapping &m = m_cache.m_mapping;
-        const double xMin = m.xMin, xScale = m.xScale, yMin = m.yMin, yScale = m.yScale, yPre = m.yPre;
+        const double xMin = m.xMin, xScale = m.xScale, xPre = m.xPre, yMin = m.yMin, yScale = m.yScale, yPre = m.yPre;
         const std::int64_t left = m.plot.left, bottom = m.plot.bottom;
         const int rows = a.rows;
         auto mapY = [&](double y) { return bottom - floorToPixel((y * yPre - yMin) * yScale); };
@@ -116,7 +119,7 @@ public:
             }
             const std::uint8_t bx = xb[row], by = yb[row];
             if (bx == 1 && by == 1) {
-                const std::int64_t px = left + floorToPixel((xv[row] - xMin) * xScale);
+                const std::int64_t px = left + floorToPixel((xv[row] * xPre - xMin) * xScale);
                 const std::int64_t py = mapY(yv[row]);
                 lastGood = row;
                 if (open && px == col) {
@@ -324,7 +327,7 @@ void findArrow(CPolylinePixels &cache, const CCurveArrays &a)
         return;
     const CPixelMapping &m = cache.m_mapping;
     auto unrounded = [&](int i) {
-        return QPointF(m.plot.left + (a.xValues[i] - m.xMin) * m.xScale,
+        return QPointF(m.plot.left + m.MapX(a.xValues[i]),
                        m.plot.bottom - m.MapY(a.yValues[i]));
     };
     const QPointF to = unrounded(lastGood);
@@ -394,7 +397,7 @@ int BuildPolyline(CPolylinePixels &cache, const CCurveArrays &arrays, int first,
         cache.m_symbolPoints.reserve(std::size_t(std::min<long long>(last - start + 2, 2 * width + 10)));
 
     Walker walker(cache);
-    walker.StartColumn(mapping.plot.left + floorToPixel((arrays.xValues[start] - mapping.xMin) * mapping.xScale),
+    walker.StartColumn(mapping.plot.left + floorToPixel(mapping.MapX(arrays.xValues[start])),
                        mapping.plot.bottom - floorToPixel(mapping.MapY(arrays.yValues[start])));
     cache.m_walk.start = start;
     cache.m_walk.lastGood = start;
@@ -429,7 +432,7 @@ int ResumePolyline(CPolylinePixels &cache, const CCurveArrays &arrays, int last,
             return changed;
         }
         const CPixelMapping &m = cache.m_mapping;
-        walker.StartColumn(m.plot.left + floorToPixel((arrays.xValues[row] - m.xMin) * m.xScale),
+        walker.StartColumn(m.plot.left + floorToPixel(m.MapX(arrays.xValues[row])),
                            m.plot.bottom - floorToPixel(m.MapY(arrays.yValues[row])));
         s.start = row;
         s.lastGood = row;

@@ -16,19 +16,20 @@
 #include <vector>
 
 // How values become device pixels:
-//   px = plot.left + floor((x - xMin) * xScale)
+//   px = plot.left + floor((x * xPre - xMin) * xScale)
 //   py = plot.bottom - floor((y * yPre - yMin) * yScale)
-// yPre is a power of two, 1 unless the Y range is too wide or too narrow
-// for its span or its scale to be a double (values near 1.7e308, or
-// denormals); yMin is then in the pre-scaled units as well.
+// xPre and yPre are powers of two, 1 unless the range is too wide or too
+// narrow for its span or its scale to be a double (values near 1.7e308,
+// or denormals); xMin and yMin are then in the pre-scaled units as well.
 struct CPixelMapping
 {
     double xMin = 0, xScale = 1;
     double yMin = 0, yScale = 1;
     CIntRect plot;
-    double yPre = 1;
+    double yPre = 1, xPre = 1;
 
     bool operator==(const CPixelMapping &other) const = default;
+    double MapX(double x) const { return (x * xPre - xMin) * xScale; }
     double MapY(double y) const { return (y * yPre - yMin) * yScale; }
 };
 
@@ -43,6 +44,25 @@ inline double AxisPreScale(double lo, double hi, double pixels)
         return 1;
     // 2^1000 at most: a larger power would itself overflow
     return std::ldexp(1.0, std::clamp(-std::ilogb(big), -1000, 1000));
+}
+
+// The mapping of one axis, X or Y, from lo to hi over `pixels`: a value v
+// lies (v * pre - min) * scale pixels from the axis start.  False, with
+// scale 0, when the view is no finite rising range.
+inline bool AxisMapping(double lo, double hi, double pixels, double &pre, double &min, double &scale)
+{
+    pre = 1;
+    min = lo;
+    scale = 0;
+    if (!(hi > lo) || !std::isfinite(lo) || !std::isfinite(hi) || !(pixels > 0))
+        return false;
+    pre = AxisPreScale(lo, hi, pixels);
+    min = lo * pre;
+    scale = pixels / (hi * pre - min);
+    if (std::isfinite(scale) && scale > 0)
+        return true;
+    scale = 0;
+    return false;
 }
 
 class CPolylinePixels : public CPolylineCache

@@ -151,3 +151,53 @@ TEST_F(TraceliftTest, CopiedPointsPasteAsTwoColumns)
         }
     }
 }
+
+TEST_F(TraceliftTest, TraceAnotherCurveKeepsPictureCornersAndValues)
+{
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
+    QPushButton *another = control<QPushButton>(CTraceliftToolDlg::IdTraceAnother);
+    EXPECT_FALSE(dialog->OnTraceAnotherCurve()); // nothing traced yet
+    reach(ModeTrace, g);
+    EXPECT_FALSE(another->isEnabled());
+    EXPECT_FALSE(dialog->OnTraceAnotherCurve()); // the curve is not finished
+    for (int i : {2, 5, 8})
+        click(g.vertices[i]);
+    next();
+    ASSERT_EQ(mode(), ModePlotted);
+    const CaptureCalibration before = canvas()->m_capture.m_calibration;
+    const QString xAtSecond = text(IdXAtSecond), yAtSecond = text(IdYAtSecond);
+    const int records = dialog->Records().Size();
+    ASSERT_TRUE(another->isEnabled());
+
+    another->click();
+    EXPECT_EQ(mode(), ModeTrace);
+    EXPECT_TRUE(canvas()->isVisible());
+    EXPECT_TRUE(text(IdPoints).isEmpty());
+    EXPECT_EQ(text(IdXAtSecond), xAtSecond);
+    EXPECT_EQ(text(IdYAtSecond), yAtSecond);
+    const CaptureCalibration &now = canvas()->m_capture.m_calibration;
+    EXPECT_EQ(QRect(QPoint(now.firstCornerX, now.firstCornerY), QPoint(now.secondCornerX, now.secondCornerY)),
+              QRect(QPoint(before.firstCornerX, before.firstCornerY), QPoint(before.secondCornerX, before.secondCornerY)));
+    EXPECT_TRUE(now.pictureLoaded && now.pictureShown);
+    EXPECT_EQ(dialog->Records().Size(), records + 1);
+    EXPECT_EQ(dialog->Records().CheckInvariant(), QString());
+
+    // The second curve is traced on the same calibration: its points map as
+    // the first curve's did.
+    for (int i : {3, 9})
+        click(g.vertices[i]);
+    const TracedPoints &p = canvas()->m_capture.m_points;
+    ASSERT_EQ(p.count, 2);
+    EXPECT_NEAR(p.pairs[0], g.XAt(g.vertices[3].x()), 0.01 * (g.xHigh - g.xLow));
+    EXPECT_NEAR(p.pairs[3], g.YAt(g.vertices[9].y()), 0.01 * (g.yHigh - g.yLow));
+    next();
+    EXPECT_EQ(mode(), ModePlotted);
+    EXPECT_EQ(dialog->Records().CheckInvariant(), QString());
+    int withPoints = 0;
+    for (int i = 0; i + 1 < dialog->Records().Size(); ++i)
+        withPoints += dialog->Records().At(i)->GetPointCount() > 0;
+    EXPECT_EQ(withPoints, 2);
+}

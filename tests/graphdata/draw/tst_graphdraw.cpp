@@ -662,28 +662,45 @@ TEST_F(GraphDraw, TheLegendStaysInItsRoomWhateverTheAxes)
 }
 
 // Curves over the whole range of doubles, over denormal values, and with
-// values that are not finite: the curve is drawn (with gaps where values
-// are not finite, reported as invalid rows) on an axis with ticks and
-// distinct labels.
+// values that are not finite, on X, on Y and on both: the curve is drawn
+// across the plot (with gaps where values are not finite, reported as
+// invalid rows) on axes with ticks and distinct labels.
 TEST_F(GraphDraw, ExtremeAndNonFiniteValuesStillMakeAPlot)
 {
     const double big = 1.7e308, tiny = 4.9e-324;
     const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+    // ten rising values from lo to hi, without forming hi - lo
+    auto spread = [](double lo, double hi) {
+        std::vector<double> v;
+        for (int i = 0; i < 10; ++i)
+            v.push_back(lo * (1 - i / 9.0) + hi * (i / 9.0));
+        return v;
+    };
+    const std::vector<double> ordinaryX = ramp(10), ordinaryY = {3, 1, 4, 1, 5, 9, 2, 6, 5, 3};
+    const std::vector<double> allY = {-big, big, -big / 2, big / 3, 0, -big, big, 1, -1, big};
+    const std::vector<double> denormalY = {1e-310, 3e-310, 2e-310, 5e-310, 4e-310, 1e-310, 2e-310, 5e-310, 3e-310, 4e-310};
     const struct
     {
         const char *name;
-        std::vector<double> y;
+        std::vector<double> x, y;
         bool invalid;
     } cases[] = {
-        {"all of the doubles", {-big, big, -big / 2, big / 3, 0, -big, big, 1, -1, big}, false},
-        {"denormals", {tiny, 3 * tiny, 10 * tiny, 2 * tiny, 7 * tiny, 20 * tiny, 4 * tiny, tiny, 9 * tiny, 5 * tiny}, false},
-        {"denormals round zero", {-5e-320, 4e-320, -3e-320, 2e-320, 0, 1e-320, -1e-320, 3e-320, -4e-320, 5e-320}, false},
-        {"one value far out", {1, 2, 1e300, 3, 2, 1, 2, 3, 2, 1}, false},
-        {"infinities and a NaN", {1, 2, inf, 3, 2, -inf, 2, nan, 2, 1}, true},
-        {"overflow in a file", {1, 2, 1e308 * 10, 3, 2, 1, 2, 3, 2, 1}, true},
+        {"all of the doubles", ordinaryX, allY, false},
+        {"denormals", ordinaryX, {tiny, 3 * tiny, 10 * tiny, 2 * tiny, 7 * tiny, 20 * tiny, 4 * tiny, tiny, 9 * tiny, 5 * tiny}, false},
+        {"denormals round zero", ordinaryX, {-5e-320, 4e-320, -3e-320, 2e-320, 0, 1e-320, -1e-320, 3e-320, -4e-320, 5e-320}, false},
+        {"one value far out", ordinaryX, {1, 2, 1e300, 3, 2, 1, 2, 3, 2, 1}, false},
+        {"infinities and a NaN", ordinaryX, {1, 2, inf, 3, 2, -inf, 2, nan, 2, 1}, true},
+        {"overflow in a file", ordinaryX, {1, 2, 1e308 * 10, 3, 2, 1, 2, 3, 2, 1}, true},
+        {"X over all of the doubles", spread(-big, big), ordinaryY, false},
+        {"X from 0 to the largest double", spread(0, big), ordinaryY, false},
+        {"X denormal", spread(1e-310, 5e-310), ordinaryY, false},
+        {"X denormal round zero", spread(-5e-320, 5e-320), ordinaryY, false},
+        {"X and Y over all of the doubles", spread(-big, big), allY, false},
+        {"X and Y denormal", spread(1e-310, 5e-310), denormalY, false},
+        {"X over all of the doubles, Y denormal", spread(-big, big), denormalY, false},
     };
     for (const auto &c : cases) {
-        Plot plot({ramp(10), c.y});
+        Plot plot({c.x, c.y});
         plot.curve(1, kRed).m_symbol = SymbolSquare;
         plot.graph.FitRanges();
         plot.image.fill(Qt::white);
@@ -692,18 +709,31 @@ TEST_F(GraphDraw, ExtremeAndNonFiniteValuesStillMakeAPlot)
         EXPECT_EQ(result.invalidRows, c.invalid) << c.name;
         const CGraph_Range &r = *plot.graph.Range(0);
         EXPECT_TRUE(std::isfinite(r.m_viewMin) && std::isfinite(r.m_viewMax) && r.m_viewMax > r.m_viewMin) << c.name;
-        // every finite value has its mark in the plot
+        EXPECT_TRUE(std::isfinite(plot.graph.m_xViewMin) && std::isfinite(plot.graph.m_xViewMax) &&
+                    plot.graph.m_xViewMax > plot.graph.m_xViewMin)
+            << c.name;
+        // every finite value has its mark in the plot, and the marks run
+        // across it: each third of the plot's width holds some
         int finite = 0;
         for (double v : c.y)
             finite += std::isfinite(v) ? 1 : 0;
-        EXPECT_GE(plot.count(kRed, plot.plot()), finite * 9) << c.name << " " << r.m_viewMin << " " << r.m_viewMax;
+        const QRect inside = plot.plot();
+        EXPECT_GE(plot.count(kRed, inside), finite * 9) << c.name << " " << r.m_viewMin << " " << r.m_viewMax;
+        for (int third = 0; third < 3; ++third) {
+            const int left = inside.left() + inside.width() * third / 3;
+            const QRect part(left, inside.top(), inside.width() / 3, inside.height());
+            EXPECT_GE(plot.count(kRed, part), 9) << c.name << ", third " << third;
+        }
         const CGraphLayout L = LayoutFor(plot.graph, plot.image.rect());
         ASSERT_EQ(L.yAxes.size(), 1u) << c.name;
-        const QStringList &labels = L.yAxes[0].ticks.labels;
-        EXPECT_GE(labels.size(), 2) << c.name;
-        EXPECT_EQ(QSet<QString>(labels.begin(), labels.end()).size(), labels.size()) << c.name << " " << qPrintable(labels.join(u' '));
-        for (const QString &label : labels)
-            EXPECT_LE(label.size(), 12) << c.name << " " << qPrintable(label); // "-1.5e+308", not 309 digits
+        for (const QStringList *labels : {&L.yAxes[0].ticks.labels, &L.xTicks.labels}) {
+            const char *axis = labels == &L.xTicks.labels ? " X" : " Y";
+            EXPECT_GE(labels->size(), 2) << c.name << axis;
+            EXPECT_EQ(QSet<QString>(labels->begin(), labels->end()).size(), labels->size())
+                << c.name << axis << " " << qPrintable(labels->join(u' '));
+            for (const QString &label : *labels)
+                EXPECT_LE(label.size(), 12) << c.name << axis << " " << qPrintable(label); // "-1.5e+308", not 309 digits
+        }
     }
 }
 
