@@ -101,9 +101,8 @@ void CFormulaCurveJob::Run()
         m_finished.store(true, std::memory_order_release);
         return;
     }
-    m_tree->ResetRun();
     m_tree->ResetError();
-    bool prepared = m_tree->PrepareRun(0, rows - 1) != 0;
+    bool prepared = m_tree->PrepareRows(0, rows - 1) != 0;
     if (prepared && !IsStopped()) {
         if (m_tree->WritesResult()) {
             // The script fills the column itself, row by row, in one run.
@@ -126,10 +125,9 @@ void CFormulaCurveJob::Run()
         }
     }
     if (!IsStopped() && !m_tree->IsStopping()) {
-        for (int r = 0; r < rows; ++r) {
+        for (int r = 0; r < rows; ++r)
             m_goodRows += column->m_valid[r] == 1;
-            m_failedRows += column->m_valid[r] == 0;
-        }
+        m_failedRows = m_tree->FailedRows();
         if (m_tree->HasError())
             takeError();
         if (prepared && m_goodRows > 0) {
@@ -147,6 +145,35 @@ QString FormulaErrorText(const CFormulaCurveJob &job)
     if (job.ErrorRow() < 1 || job.ErrorCol() < 0)
         return job.ErrorText();
     return LanguageString(TextErrorAt).arg(job.ErrorText()).arg(job.ErrorRow()).arg(job.ErrorCol() + 1);
+}
+
+void ReportFailedRows(const CFormulaCurveJob &job)
+{
+    if (job.FailedRows() < 1)
+        return;
+    // Once per curve, with the first message of the rows that failed.
+    QString detail = LanguageString(TextFailedRowsDetail).arg(job.FailedRows()).arg(job.RowCount()).arg(job.Formula());
+    if (!job.ErrorText().isEmpty())
+        detail += QStringLiteral(" ") + FormulaErrorText(job);
+    ReportGraphError(TextSomeRowsFailed, detail);
+}
+
+CCurveInfo *AddFormulaCurve(CGraphCurve &graph, const CFormulaCurveJob &job, const QString &label)
+{
+    if (!job.Result())
+        return nullptr;
+    std::uint32_t color = 0;
+    std::int32_t thickness = 1, symbol = 0;
+    const int palette = graph.PickDefaultStyle(color, thickness, symbol);
+    auto *curve = new CCurveInfo(color, label.isEmpty() ? job.Formula() : label);
+    curve->m_colName = job.Formula();
+    curve->m_lineThickness = thickness;
+    curve->m_symbol = symbol;
+    curve->m_paletteIndex = palette;
+    curve->m_computedColumn = job.Result();
+    graph.m_curves.Add(curve);
+    graph.m_curveHitRects.clear();
+    return curve;
 }
 
 bool EvaluateFormulaCurve(CGraphCurve &graph, CCurveInfo &curve, QString &error, int &errorPosition,
@@ -175,13 +202,7 @@ bool EvaluateFormulaCurve(CGraphCurve &graph, CCurveInfo &curve, QString &error,
     }
     curve.m_computedColumn = job.Result();
     curve.m_source = (curve.m_source & ~CCurveBasicInfo::OriginMask) | CCurveBasicInfo::OriginComputed;
-    if (job.FailedRows() > 0) {
-        // Once per curve, with the first message of the rows that failed.
-        QString detail = LanguageString(TextFailedRowsDetail).arg(job.FailedRows()).arg(job.RowCount()).arg(job.Formula());
-        if (!job.ErrorText().isEmpty())
-            detail += QStringLiteral(" ") + FormulaErrorText(job);
-        ReportGraphError(TextSomeRowsFailed, detail);
-    }
+    ReportFailedRows(job);
     return true;
 }
 

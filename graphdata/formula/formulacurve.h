@@ -11,9 +11,10 @@
 // Stop), and the result read back on the owning thread.  A stopped job
 // leaves no column: the graph stays as it was.
 //
-// Rows where the formula fails (the log of a negative, a division by zero, a
-// column row that is not valid) become invalid rows of the result, drawn as
-// gaps; the job keeps the count and the first message for one warning.
+// Rows where the formula fails (the log of a negative, a division by zero)
+// become invalid rows of the result, where the lines break; the job keeps
+// their count and the first message for one warning.  A row where a column
+// the formula reads is missing or invalid is so in the result too.
 
 #include "graphdata/formula/graphtree.h"
 #include "graphdata/graphcolumn.h"
@@ -56,7 +57,8 @@ public:
     // with its extents; null when the job was stopped or failed.
     const CGraphColumnPtr &Result() const { return m_result; }
     int RowCount() const { return m_tree ? m_tree->RowCount() : 0; }
-    // Rows computed as valid, and rows that failed (validity 0).
+    // Rows computed as valid, and rows where the formula failed (made
+    // invalid; the gaps of the columns it reads do not count).
     int GoodRows() const { return m_goodRows; }
     int FailedRows() const { return m_failedRows; }
 
@@ -95,6 +97,15 @@ using FormulaCurveRunner = std::function<void(CFormulaCurveJob &job)>;
 // The text of a formula error for a person: the message with the row and
 // column where it stands.
 QString FormulaErrorText(const CFormulaCurveJob &job);
+
+// The one warning for a job whose result has rows that failed (text 43772
+// through ReportGraphError); nothing when no row failed.
+void ReportFailedRows(const CFormulaCurveJob &job);
+
+// Adds the result of a finished job to the graph as a computed curve in the
+// next default style: ColName the formula, ColLabel `label` (the formula
+// when empty).  Null (nothing added) when the job has no result.
+CCurveInfo *AddFormulaCurve(CGraphCurve &graph, const CFormulaCurveJob &job, const QString &label);
 
 // Fills curve.m_computedColumn from the formula in curve.m_colName over the
 // graph's data, through `runner`.  On failure (no rows, a compile error, a

@@ -187,8 +187,7 @@ int CNodeUserFunction::PrepareRun(CEquationTree *tree, int first, int last)
     }
     CGraphColumnPtr values = CGraphColumnPtr::Adopt(CGraphColumn::Create(rows, argument));
     graph->SetInnerTree(&inner);
-    inner.ResetRun();
-    inner.PrepareRun(0, rows - 1);
+    inner.PrepareRows(0, rows - 1);
     inner.EvaluateRows(values->m_values, values->m_valid, 0, rows - 1);
     graph->SetInnerTree(nullptr);
     if (inner.HasError() && !tree->HasError()) {

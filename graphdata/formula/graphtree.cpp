@@ -4,6 +4,7 @@
 
 #include "formula/rpnnode.h"
 #include "formula/rpnnodes.h"
+#include "functions/rpnsampling.h"
 
 #include <algorithm>
 
@@ -94,6 +95,61 @@ int CEquationTree_Graph::ColumnOf(const CRpnNode *node) const
     return int(m_data->Names().indexOf(variable->m_column->name));
 }
 
+int CEquationTree_Graph::PrepareRows(int first, int last)
+{
+    ResetRun();
+    m_gapRows = m_failedRows = 0;
+    m_rowColumnsKnown = false;
+    m_rowColumns.clear();
+    if (!PrepareRun(first, last))
+        return 0;
+    if (first != 0 || last < first)
+        return 1;
+    // The outermost AvgX nodes prepared over these rows.
+    std::vector<CNodeAvgX *> prepared;
+    WalkTree(GetRoot(), [&](CRpnNode *node) {
+        if (node->GetKind() != RPN_NODE_AVGX)
+            return 0;
+        auto *avg = static_cast<CNodeAvgX *>(node);
+        for (const CRpnNode *p = node->m_parent; p; p = p->m_parent) {
+            if (std::find(prepared.begin(), prepared.end(), p) != prepared.end())
+                return 0;
+        }
+        if (avg->m_values && avg->m_validity && avg->m_first == 0 && avg->m_parent
+            && std::int64_t(avg->m_values->size()) > last)
+            prepared.push_back(avg);
+        return 0;
+    });
+    for (CNodeAvgX *avg : prepared) {
+        CRpnNode *parent = avg->m_parent;
+        int place = -1;
+        for (int i = 0; i < GetOperandPlaces(parent) && place < 0; ++i) {
+            if (parent->GetOperand(i) == avg)
+                place = i;
+        }
+        if (place < 0)
+            continue;
+        auto *variable = new CNodeVariable;
+        variable->m_tree = this;
+        variable->m_name = variable->m_text = QStringLiteral("AvgX#%1").arg(m_preparedValues.size());
+        variable->m_position = avg->m_position;
+        variable->m_row = avg->m_row;
+        variable->m_col = avg->m_col;
+        if (!parent->SetOperand(place, variable)) {
+            delete variable;
+            continue;
+        }
+        std::vector<unsigned char> valid(avg->m_validity->size());
+        for (std::size_t r = 0; r < valid.size(); ++r)
+            valid[r] = (*avg->m_validity)[r] == CNodeAvgX::FlagValid ? 1 : 0;
+        m_preparedValues.push_back(avg->m_values);
+        m_preparedValid.push_back(std::move(valid));
+        BindColumn(variable->m_name, m_preparedValues.back()->data(), m_preparedValid.back().data(), last + 1);
+        DeleteSubtree(avg);
+    }
+    return 1;
+}
+
 int CEquationTree_Graph::EvaluateRows(double *values, unsigned char *valid, int first, int last)
 {
     if (last < first)
@@ -101,6 +157,13 @@ int CEquationTree_Graph::EvaluateRows(double *values, unsigned char *valid, int 
     if (!m_rowColumnsKnown) {
         m_rowColumnsKnown = true;
         WalkTree(GetRoot(), [this](CRpnNode *node) {
+            if (node->GetKind() == RPN_NODE_USER_FUNCTION) {
+                // What the function computed stands for a column here.
+                const auto *function = static_cast<CNodeUserFunction *>(node);
+                if (function->m_values)
+                    m_rowColumns.push_back({function->m_values->m_valid, function->m_rows, !function->m_perRow});
+                return 0;
+            }
             CNodeVariable *variable = node->AsVariable();
             if (!variable || !variable->m_column)
                 return 0;
@@ -108,19 +171,35 @@ int CEquationTree_Graph::EvaluateRows(double *values, unsigned char *valid, int 
             const bool notAtRow = parent
                 && ((parent->GetKind() == RPN_NODE_GET_VALUE && parent->GetOperand(0) == node)
                     || parent->GetKind() == RPN_NODE_USER_FUNCTION);
-            if (!notAtRow && std::find(m_rowColumns.begin(), m_rowColumns.end(), variable->m_column) == m_rowColumns.end())
-                m_rowColumns.push_back(variable->m_column);
+            const CRpnColumnBinding *c = variable->m_column;
+            for (const Input &known : m_rowColumns) {
+                if (known.valid == c->valid && known.count == c->count)
+                    return 0;
+            }
+            if (!notAtRow)
+                m_rowColumns.push_back({c->valid, c->count, false});
             return 0;
         });
     }
     int good = EvaluateSeries(values, valid, first, last);
-    for (const CRpnColumnBinding *column : m_rowColumns) {
-        for (int r = first; r <= last; ++r) {
-            const bool inside = r < column->count && (!column->valid || column->valid[r] == 1);
-            if (!inside && valid[r] != 0) {
-                good -= valid[r] == 1;
-                valid[r] = 0;
-            }
+    for (int r = first; r <= last; ++r) {
+        // The input's gap: invalid (2) when an input is invalid there, else
+        // missing (0) when one is missing or ends before the row.
+        unsigned char gap = 1;
+        for (const Input &input : m_rowColumns) {
+            const int row = input.single ? 0 : r;
+            const unsigned char v = row >= input.count ? 0 : input.valid ? input.valid[row] : 1;
+            if (v != 1)
+                gap = gap == 1 ? v : std::max(gap, v);
+        }
+        if (gap != 1) {
+            good -= valid[r] == 1;
+            valid[r] = gap;
+            ++m_gapRows;
+        } else if (valid[r] == 0) {
+            // The formula failed here: an invalid row, where lines break.
+            valid[r] = 2;
+            ++m_failedRows;
         }
     }
     return good;

@@ -65,13 +65,25 @@ public:
     int RowCount() const { return m_data ? m_data->RowCount() : 0; }
     // The column a variable is bound to, -1 when it is bound to none.
     int ColumnOf(const CRpnNode *node) const;
-    // EvaluateSeries over rows first..last, where moreover a row is not
-    // valid (0) when a column the formula reads at that row is not valid
-    // there: in the language an empty value counts as 0, so a missing cell
-    // would otherwise give a number instead of a gap.  GetValue's column and
-    // the argument of a user function are not read at the row.  Returns the
-    // number of valid rows.
+    // ResetRun and PrepareRun(first, last) for a run over rows first..last.
+    // What the per-sample AvgX prepared over the rows from 0 is then read as
+    // a column of its own, so that an expression round it still runs a
+    // block of rows at a time.  0 when the preparation failed.
+    int PrepareRows(int first, int last);
+
+    // EvaluateSeries over rows first..last (after PrepareRows), with the
+    // validity a curve needs.  In the language an empty value counts as 0,
+    // so a missing cell would give a number: a row where a column the
+    // formula reads at the row (or a user function's result) is not valid
+    // takes that input's validity instead (2 when one is invalid, else 0),
+    // and counts as a gap.  A row where the formula itself failed becomes
+    // invalid (2), so that lines break there, and counts as failed.
+    // GetValue's column and a user function's argument are not read at the
+    // row.  Returns the number of valid rows.
     int EvaluateRows(double *values, unsigned char *valid, int first, int last);
+    // The gaps and the failed rows of EvaluateRows since the last PrepareRows.
+    int GapRows() const { return m_gapRows; }
+    int FailedRows() const { return m_failedRows; }
 
     // Whether the compiled text writes the result itself (SetGraph).
     bool WritesResult() const;
@@ -91,8 +103,20 @@ private:
     bool IsVariableNameUsable(const QString &name) const;
 
     std::shared_ptr<const CGraphTreeData> m_data;
-    std::vector<const CRpnColumnBinding *> m_rowColumns; // read at the row
+    struct Input
+    {
+        const unsigned char *valid; // null: all valid
+        int count;
+        bool single;                // one row stands for all
+    };
+    std::vector<Input> m_rowColumns; // read at the row
+    // The prepared columns: averages (shared with the node that made them)
+    // and validity bytes.
+    std::vector<std::shared_ptr<std::vector<double>>> m_preparedValues;
+    std::vector<std::vector<unsigned char>> m_preparedValid;
     bool m_rowColumnsKnown = false;
+    int m_gapRows = 0;
+    int m_failedRows = 0;
     std::mutex m_innerLock;
     CEquationTree *m_inner = nullptr;
 };

@@ -252,8 +252,8 @@ TEST_F(GraphFormula, CurvesOverColumnsKeepInvalidRowsAsGaps)
         std::vector<double> values; // for the valid rows
     } cases[] = {
         {"V1*2+Time", {1, 1, 0, 1, 1}, {2, 5, 0, 11, 4}},
-        {"V2/V2", {1, 0, 1, 1, 1}, {1, 0, 1, 1, 1}},           // division by zero on row 1
-        {"sqrt(V2)+V1", {0, 1, 0, 1, 1}, {0, 2, 0, 5.414213562373095, 1.7320508075688772}},
+        {"V2/V2", {1, 2, 1, 1, 1}, {1, 0, 1, 1, 1}},           // division by zero on row 1: invalid
+        {"sqrt(V2)+V1", {2, 1, 0, 1, 1}, {0, 2, 0, 5.414213562373095, 1.7320508075688772}},
         {"iif(V2 > 0, V2, 0-V2)", {1, 1, 1, 1, 1}, {1, 0, 1, 2, 3}},
         {"Int(1)", {1, 1, 1, 1, 1}, {0, 1, 2, 3, 4}},          // over the X values, from x = 0
     };
@@ -354,11 +354,57 @@ TEST_F(GraphFormula, ApplyCurveListComputesFormulaCurves)
     EXPECT_EQ(doubled->m_maxValue, 6.0);
     const CGraphColumn *logs = m_graph.Curve(1)->m_computedColumn.Get();
     ASSERT_TRUE(logs);
-    EXPECT_NE(logs->m_valid[0], 1); // log of -1
+    EXPECT_EQ(logs->m_valid[0], 2); // log of -1: invalid, the line breaks
     EXPECT_EQ(logs->m_valid[2], 1);
     // One warning for the rows of log(V2) that failed, one error for the
     // missing column, told at its place.
     ASSERT_EQ(reports.size(), 2u);
     EXPECT_TRUE(reports[0].startsWith(u"43772 "_s)) << reports[0].toStdString();
     EXPECT_TRUE(reports[1].contains(u"line 1, column 1"_s)) << reports[1].toStdString();
+}
+
+TEST_F(GraphFormula, PreparedAveragesGiveWhatTheTreeGives)
+{
+    // 1000 rows over 1 s, V1 with invalid rows now and then.
+    const int n = 1000;
+    CGraphCurve graph;
+    graph.m_data.Create(1, 2, n, 0);
+    graph.m_data.GetColumn(0)->m_name = u"Time"_s;
+    graph.m_data.GetColumn(1)->m_name = u"V1"_s;
+    for (int r = 0; r < n; ++r) {
+        const double row[2] = {r * 1e-3, std::sin(r * 0.37) + r % 5};
+        const std::uint8_t valid[2] = {1, std::uint8_t(r % 97 == 3 ? 2 : 1)};
+        graph.m_data.AppendRows(row, valid, 0, 2, r, 1);
+    }
+    const char *formulas[] = {"AvgX(V1, 0.05)*2 + sin(Time)", "AvgX(AvgX(V1, 0.01), 0.1) - V1",
+                              "iif(Time > 0.5, AvgX(V1, 0.02), 0)"};
+    const CGraphColumn *time = graph.m_data.GetColumn(0);
+    const CGraphColumn *v1 = graph.m_data.GetColumn(1);
+    for (const char *f : formulas) {
+        // The language alone, without the graph tree's columns of averages.
+        CEquationTree plain;
+        plain.BindColumn(u"Time"_s, time->m_values, time->m_valid, n);
+        plain.BindColumn(u"V1"_s, v1->m_values, v1->m_valid, n);
+        plain.SetSampling(1e-3, time->m_values, n);
+        ASSERT_EQ(plain.Compile(QString::fromLatin1(f)), 1) << f;
+        plain.ResetRun();
+        plain.PrepareRun(0, n - 1);
+        std::vector<double> values(n);
+        std::vector<unsigned char> valid(n);
+        plain.EvaluateSeries(values.data(), valid.data(), 0, n - 1);
+
+        const Rows rows = curveOf(graph, QString::fromLatin1(f));
+        ASSERT_EQ(rows.valid.size(), std::size_t(n)) << f;
+        for (int r = 0; r < n; ++r) {
+            // Where the column itself is invalid the curve is too; where the
+            // formula failed the row is invalid.
+            const int expected = std::string(f).find("- V1") != std::string::npos && v1->m_valid[r] != 1 ? 2
+                                 : valid[r] == 0                                                       ? 2
+                                                                                                       : valid[r];
+            ASSERT_EQ(rows.valid[r], expected) << f << " row " << r;
+            if (expected == 1) {
+                ASSERT_DOUBLE_EQ(rows.values[r], values[r]) << f << " row " << r;
+            }
+        }
+    }
 }
