@@ -2,6 +2,7 @@
 
 #include "graphviewdata.h"
 
+#include "graphdata/draw/objectstore.h"
 #include "graphdata/file/graphfileload.h"
 #include "graphdata/file/graphfilesave.h"
 #include "support/languagestring.h"
@@ -23,6 +24,7 @@ bool LoadGraphDataFile(const QString &path, CGraphData &data, QString &message)
     if (!ReadGraphFile(path, content, message))
         return false;
     data = content.data;
+    data->m_fileBlocks[0] = FindObjectsBlock(content.attachments1);
     return true;
 }
 
