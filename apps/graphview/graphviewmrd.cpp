@@ -2,7 +2,6 @@
 
 #include "graphviewdata.h"
 
-#include "graphdata/draw/objectstore.h"
 #include "graphdata/file/graphfileload.h"
 #include "graphdata/file/graphfilesave.h"
 #include "support/languagestring.h"
@@ -24,7 +23,9 @@ bool LoadGraphDataFile(const QString &path, CGraphData &data, QString &message)
     if (!ReadGraphFile(path, content, message))
         return false;
     data = content.data;
-    data->m_fileBlocks[0] = FindObjectsBlock(content.attachments1);
+    // The window finds its drawing objects there, when it stored them.
+    if (!content.attachments1.empty())
+        data->m_fileBlocks[0] = content.attachments1.front();
     return true;
 }
 
