@@ -73,7 +73,11 @@ Rows curveOf(CGraphCurve &graph, const QString &formula, CFormulaCurveJob *jobOu
 class GraphFormula : public ::testing::Test
 {
 protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG))); }
+    static void SetUpTestSuite()
+    {
+        ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG)));
+        EnsureGraphFunctions(); // the language's functions, for the plain trees too
+    }
     void SetUp() override
     {
         ASSERT_TRUE(m_settings.isValid());
