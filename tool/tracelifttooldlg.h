@@ -82,6 +82,9 @@ public:
     bool OnRedoPoint();
     bool MoveLastPoint(double dxPixels, double dyPixels);
     bool DeletePointNear(double px, double py);
+    // Point `index` taken to a canvas position by a drag; the whole drag is
+    // one step of undo.  False when the position maps to no value.
+    bool DragPointTo(int index, double px, double py, bool finished);
     // The points of the curve to the clipboard as two tab-separated columns.
     void OnCopyPoints();
     // After a curve of a picture is finished: a new curve is added as Add
@@ -181,6 +184,7 @@ private:
     QStringList m_undoTexts;
     QStringList m_redoTexts;
     QString m_editedText;
+    bool m_pointDragUnderWay = false; // its undo step is taken
     QString m_xName;
     QString m_yName;
     int m_minTrackWidth = 50;

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -38,6 +39,11 @@ QColor colourOf(quint32 bgr)
 bool isReadoutMode(CaptureMode mode)
 {
     return mode == ModeTypedTrace || mode == ModePlotted || mode == ModeTrace;
+}
+
+bool isTraceMode(CaptureMode mode)
+{
+    return mode == ModeTypedTrace || mode == ModeTrace;
 }
 
 bool isDragMode(CaptureMode mode)
@@ -339,7 +345,40 @@ void CTraceliftWnd::mousePressEvent(QMouseEvent *event)
         updateCursor();
         return;
     }
+    if (isTraceMode(m_capture.m_mode)) {
+        double distance = 0;
+        const int nearest = NearestPoint(event->position().x(), event->position().y(), &distance);
+        if (nearest >= 0 && distance <= GrabRadius) {
+            const CPixelMapping map = m_capture.PixelMapping();
+            m_grabbedPoint = nearest;
+            m_grabbedAt = event->position();
+            m_grabbedPointPixel = QPointF(map.PixelX(m_capture.m_points.pairs[2 * nearest]),
+                                          map.PixelY(m_capture.m_points.pairs[2 * nearest + 1]));
+            m_pointDragging = false;
+            return;
+        }
+    }
     ClickAt(event->position().x(), event->position().y());
+}
+
+int CTraceliftWnd::NearestPoint(double px, double py, double *distance) const
+{
+    const TracedPoints &points = m_capture.m_points;
+    const CPixelMapping map = m_capture.PixelMapping();
+    int nearest = -1;
+    double best = std::numeric_limits<double>::infinity();
+    if (!map.drawable)
+        return -1;
+    for (int i = 0; i < points.count; ++i) {
+        const double d = std::hypot(map.PixelX(points.pairs[2 * i]) - px, map.PixelY(points.pairs[2 * i + 1]) - py);
+        if (d < best) {
+            best = d;
+            nearest = i;
+        }
+    }
+    if (distance)
+        *distance = best;
+    return nearest;
 }
 
 void CTraceliftWnd::ClickAt(double px, double py)
@@ -364,7 +403,22 @@ void CTraceliftWnd::mouseMoveEvent(QMouseEvent *event)
 {
     m_mouse = event->position();
     const CaptureMode mode = m_capture.m_mode;
-    if (isDragMode(mode) && m_dragging) {
+    if (m_grabbedPoint >= 0) {
+        if (!(event->buttons() & Qt::LeftButton) || !isTraceMode(mode)) {
+            // The button came up outside the window: the drag ends where it is.
+            endPointDrag(event->position());
+        } else {
+            // A few pixels of wobble still make a click.
+            constexpr double wobble = 2.0;
+            const QPointF d = event->position() - m_grabbedAt;
+            m_pointDragging = m_pointDragging || std::hypot(d.x(), d.y()) > wobble;
+            if (m_pointDragging) {
+                const QPointF to = m_grabbedPointPixel + d;
+                emit pointDragged(m_grabbedPoint, to.x(), to.y(), false);
+                ReadOut(to.x(), to.y());
+            }
+        }
+    } else if (isDragMode(mode) && m_dragging) {
         if (!(event->buttons() & Qt::LeftButton)) {
             // The button came up outside the window.
             m_dragging = false;
@@ -384,8 +438,27 @@ void CTraceliftWnd::mouseMoveEvent(QMouseEvent *event)
     updateCursor();
 }
 
+void CTraceliftWnd::endPointDrag(QPointF at)
+{
+    const int index = m_grabbedPoint;
+    const bool dragged = m_pointDragging;
+    const QPointF pressed = m_grabbedAt;
+    m_grabbedPoint = -1;
+    m_pointDragging = false;
+    if (dragged) {
+        const QPointF to = m_grabbedPointPixel + (at - pressed);
+        emit pointDragged(index, to.x(), to.y(), true);
+    }
+    else if (isTraceMode(m_capture.m_mode))
+        ClickAt(pressed.x(), pressed.y());
+}
+
 void CTraceliftWnd::mouseReleaseEvent(QMouseEvent *event)
 {
+    if (event->button() == Qt::LeftButton && m_grabbedPoint >= 0) {
+        endPointDrag(event->position());
+        return;
+    }
     if (event->button() == Qt::LeftButton && m_dragging) {
         m_dragging = false;
         update();
