@@ -17,6 +17,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <limits>
 
@@ -62,6 +63,22 @@ bool cornersFrameMode(CaptureMode mode)
 void drawFrame(QPainter &painter, const QRect &r)
 {
     painter.drawRect(r.normalized().adjusted(0, 0, -1, -1));
+}
+
+// The pixel a canvas position lies in, pinned to the int range.
+int pixelOf(double p)
+{
+    if (!(p > double(INT_MIN)))
+        return INT_MIN;
+    if (p >= double(INT_MAX))
+        return INT_MAX;
+    return int(std::floor(p));
+}
+
+// A plain click stands for the centre of the pixel under the mouse.
+QPointF pixelCentre(QPointF p)
+{
+    return QPointF(std::floor(p.x()) + 0.5, std::floor(p.y()) + 0.5);
 }
 
 QString withLetter(const QString &label, const QString &letter)
@@ -156,7 +173,8 @@ QRect CTraceliftWnd::FrameRect(const QSize &size) const
 {
     const CaptureCalibration &c = m_capture.m_calibration;
     if (c.HasRectangle() && cornersFrameMode(m_capture.m_mode))
-        return QRect(QPoint(c.firstCornerX, c.secondCornerY), QPoint(c.secondCornerX, c.firstCornerY));
+        return QRect(QPoint(pixelOf(c.firstCornerX), pixelOf(c.secondCornerY)),
+                     QPoint(pixelOf(c.secondCornerX), pixelOf(c.firstCornerY)));
     const CCornerRect r = DefaultRectangle(size.width(), size.height(), LabelTextWidth());
     return QRect(QPoint(r.firstX, r.secondY), QPoint(r.secondX, r.firstY));
 }
@@ -191,7 +209,7 @@ void CTraceliftWnd::Paint(QPainter &painter, const QSize &size) const
     // one was placed.
     if (mode == ModeCorner2 || mode == ModeTypedCorner2) {
         painter.setPen(QPen(colourOf(CurveColour), 2));
-        const QPoint corner(c.firstCornerX, c.firstCornerY);
+        const QPoint corner(pixelOf(c.firstCornerX), pixelOf(c.firstCornerY));
         painter.drawLine(corner - QPoint(9, 0), corner + QPoint(9, 0));
         painter.drawLine(corner - QPoint(0, 9), corner + QPoint(0, 9));
     }
@@ -274,8 +292,8 @@ void CTraceliftWnd::paintGrid(QPainter &painter, const QRect &frameRect, bool pi
     const double yStep = ny >= 2 ? (m.gridHighY - m.gridLowY) / (ny - 1) : 0.0;
     const double yStepPx = yStep / m.valuePerPixelY;
     const double yFirst = (m.gridLowY - m.lowY) / m.valuePerPixelY + m.firstCornerY;
-    const int yMin = std::min(c.firstCornerY, c.secondCornerY);
-    const int yMax = std::max(c.firstCornerY, c.secondCornerY);
+    const int yMin = pixelOf(std::min(c.firstCornerY, c.secondCornerY));
+    const int yMax = pixelOf(std::max(c.firstCornerY, c.secondCornerY));
     for (int i = 0; i < ny; ++i) {
         const double y = yFirst + i * yStepPx;
         if (!pictureShown && c.yLog && i > 0) {
@@ -358,7 +376,8 @@ void CTraceliftWnd::mousePressEvent(QMouseEvent *event)
             return;
         }
     }
-    ClickAt(event->position().x(), event->position().y());
+    const QPointF at = pixelCentre(event->position());
+    ClickAt(at.x(), at.y());
 }
 
 int CTraceliftWnd::NearestPoint(double px, double py, double *distance) const
@@ -433,7 +452,9 @@ void CTraceliftWnd::mouseMoveEvent(QMouseEvent *event)
             }
         }
     } else if (isReadoutMode(mode)) {
-        ReadOut(event->position().x(), event->position().y());
+        // What a click here would give.
+        const QPointF at = pixelCentre(event->position());
+        ReadOut(at.x(), at.y());
     }
     updateCursor();
 }
@@ -450,7 +471,7 @@ void CTraceliftWnd::endPointDrag(QPointF at)
         emit pointDragged(index, to.x(), to.y(), true);
     }
     else if (isTraceMode(m_capture.m_mode))
-        ClickAt(pressed.x(), pressed.y());
+        ClickAt(pixelCentre(pressed).x(), pixelCentre(pressed).y());
 }
 
 void CTraceliftWnd::mouseReleaseEvent(QMouseEvent *event)

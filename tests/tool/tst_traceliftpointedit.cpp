@@ -179,8 +179,8 @@ TEST_F(TraceliftTest, TraceAnotherCurveKeepsPictureCornersAndValues)
     EXPECT_EQ(text(IdXAtSecond), xAtSecond);
     EXPECT_EQ(text(IdYAtSecond), yAtSecond);
     const CaptureCalibration &now = canvas()->m_capture.m_calibration;
-    EXPECT_EQ(QRect(QPoint(now.firstCornerX, now.firstCornerY), QPoint(now.secondCornerX, now.secondCornerY)),
-              QRect(QPoint(before.firstCornerX, before.firstCornerY), QPoint(before.secondCornerX, before.secondCornerY)));
+    EXPECT_EQ(QRectF(QPointF(now.firstCornerX, now.firstCornerY), QPointF(now.secondCornerX, now.secondCornerY)),
+              QRectF(QPointF(before.firstCornerX, before.firstCornerY), QPointF(before.secondCornerX, before.secondCornerY)));
     EXPECT_TRUE(now.pictureLoaded && now.pictureShown);
     EXPECT_EQ(dialog->Records().Size(), records + 1);
     EXPECT_EQ(dialog->Records().CheckInvariant(), QString());
