@@ -72,6 +72,10 @@ public:
     // file), taken while the canvas waits for a picture as a paste would be.
     void OfferPicture(const QImage &picture);
     void OfferPictureFile(const QString &path);
+    // A picture file to work on (the command line's): a new capture is
+    // started as Next starts one, and the file is offered to it.  False, with
+    // a message, when it is no picture; the canvas then waits for one.
+    bool OpenPictureFile(const QString &path);
 
     // Point edits while a curve is traced; each rewrites the point text and
     // applies the fields as a click does.  Undo and redo step through the
