@@ -21,20 +21,20 @@
 namespace {
 
 enum : int {
-    TextProposed = 27622,
-    TextStraightened = 27623,
-    TextNoFrame = 27624,
-    TextNoOcr = 27625,
-    TextXUndecided = 27626,
-    TextYUndecided = 27627,
-    TextTooFewLabels = 27628,
-    TextInconsistent = 27629,
-    TextAmbiguous = 27630,
-    TextReversed = 27631,
-    TextFound = 27632,
-    TextNoPicture = 27633,
-    TextLinear = 27634,
-    TextLogarithmic = 27635,
+    TextProposed = 27642,
+    TextStraightened = 27643,
+    TextNoFrame = 27644,
+    TextNoOcr = 27645,
+    TextXUndecided = 27646,
+    TextYUndecided = 27647,
+    TextTooFewLabels = 27648,
+    TextInconsistent = 27649,
+    TextAmbiguous = 27650,
+    TextReversed = 27651,
+    TextFound = 27652,
+    TextNoPicture = 27653,
+    TextLinear = 27654,
+    TextLogarithmic = 27655,
 };
 
 QString reasonOf(const CCalibrationProposal &p, AxisSide side)

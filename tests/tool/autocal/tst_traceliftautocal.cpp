@@ -122,7 +122,7 @@ TEST_F(TraceliftTest, CalibrateFromThePictureWithoutPictureOrGraph)
 {
     // Before any paste: a message, and nothing else changes.
     EXPECT_FALSE(dialog->OnCalibrateFromPicture());
-    EXPECT_EQ(prompts.MessageTexts(), QStringList{message(27633)});
+    EXPECT_EQ(prompts.MessageTexts(), QStringList{message(27653)});
     EXPECT_EQ(mode(), ModeTyped);
 
     // A picture without a plot frame: the hint says so, the capture stays.
@@ -134,6 +134,6 @@ TEST_F(TraceliftTest, CalibrateFromThePictureWithoutPictureOrGraph)
     ASSERT_EQ(mode(), ModePicturePlaced);
     EXPECT_FALSE(dialog->OnCalibrateFromPicture());
     EXPECT_EQ(mode(), ModePicturePlaced);
-    EXPECT_EQ(control<QLabel>(IdHint)->text(), message(27624));
+    EXPECT_EQ(control<QLabel>(IdHint)->text(), message(27644));
     EXPECT_TRUE(text(IdXAtFirst).isEmpty());
 }
