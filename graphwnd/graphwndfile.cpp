@@ -1,10 +1,11 @@
-// The graph window's data file: the Save command writes the columns and held
-// curves of the shown graph to a graph data file (.mrd), with its drawing
-// objects.
+// The graph window's data file: the Save command writes the columns, the
+// computed curves' columns and the held curves of the shown graph to a graph
+// data file (.mrd), with its drawing objects.
 #include "graphwnd/graphwnd.h"
 
 #include "graphdata/draw/objectstore.h"
 #include "graphdata/file/graphfilesave.h"
+#include "graphdata/graphsnapshot.h"
 #include "support/controls/userprompts.h"
 #include "support/languagestring.h"
 
@@ -37,7 +38,21 @@ bool CGraphWnd::SaveDataFile(QString path)
     std::vector<QByteArray> attachments;
     if (!m_graphData->m_textObjects.IsEmpty())
         attachments.push_back(StoreObjects(m_graphData->m_textObjects));
-    if (!SaveGraphData(path, m_graphData->m_data, &m_graphData->m_holds, &message, attachments)) {
+    // The columns and rows as they are now (a producer may go on appending),
+    // and behind them the columns of the computed curves, so that the file
+    // keeps every curve the graph shows.
+    CGraphDataSnapshot snapshot;
+    snapshot.Take(m_graphData->m_data);
+    std::vector<CGraphColumn *> columns;
+    for (int i = 0; i < snapshot.Size(); ++i)
+        columns.push_back(const_cast<CGraphColumn *>(snapshot.Column(i)));
+    for (CCurveInfo *curve : m_graphData->m_curves) {
+        CGraphColumn *computed = curve->m_computedColumn.Get();
+        if (curve->Origin() == CCurveBasicInfo::OriginComputed && computed && computed->m_count >= snapshot.RowCount())
+            columns.push_back(computed);
+    }
+    if (!SaveColumns(4, path, columns.data(), int(columns.size()), snapshot.RowCount(), attachments, {},
+                     &m_graphData->m_holds, &message)) {
         ShowMessage(this, message, PromptButtons::Ok, PromptIcon::Stop);
         return false;
     }

@@ -4,6 +4,7 @@
 #include "../common/scriptedprompts.h"
 
 #include "graphdata/computedcurve.h"
+#include "graphdata/file/graphfileload.h"
 #include "graphdata/formula/formulacurve.h"
 #include "graphdata/grapherrors.h"
 #include "graphdata/graphcurve.h"
@@ -16,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressDialog>
+#include <QTemporaryDir>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -101,6 +103,24 @@ TEST_F(FormulaCurveWindow, DialogAddsANamedCurveWithGaps)
     EXPECT_NE(curve.m_color, graph.Curve(0)->m_color);
     // The picture with the new curve draws.
     EXPECT_FALSE(m_wnd.RenderImage(QSize(400, 300)).isNull());
+}
+
+TEST_F(FormulaCurveWindow, TheDataFileKeepsComputedColumns)
+{
+    CFormulaCurveJob job;
+    ASSERT_EQ(AddFormulaCurveToWindow(m_wnd, u"double"_s, u"ratio*2"_s, job), 1);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(u"computed.mrd"_s);
+    ASSERT_TRUE(m_wnd.SaveDataFile(path));
+    CGraphFileContent content;
+    QString message;
+    ASSERT_TRUE(ReadGraphFile(path, content, message)) << qPrintable(message);
+    ASSERT_EQ(content.data.ColumnCount(), 3);
+    const CGraphColumn *saved = content.data.GetColumn(2);
+    EXPECT_EQ(saved->m_name, u"ratio*2"_s);
+    ASSERT_EQ(content.data.RowCount(), 50);
+    EXPECT_EQ(saved->m_values[9], 2.0 / 10);
+    EXPECT_NE(saved->m_valid[4], 1);
 }
 
 TEST_F(FormulaCurveWindow, CancelLeavesTheGraphAsItWas)
