@@ -3,11 +3,21 @@
 #include "graphdata/formula/graphnodes.h"
 
 #include "formula/rpnnode.h"
+#include "support/languagestring.h"
 #include "formula/rpnnodes.h"
 #include "functions/rpnsampling.h"
 
 #include <algorithm>
 #include <cstring>
+
+namespace {
+
+enum : int {
+    kTextUsedBeforeAssigned = 43166,
+    kTextNoColumn = 43780,
+};
+
+} // namespace
 
 std::shared_ptr<const CGraphTreeData> CGraphTreeData::Take(const CGraphData &data, int xColumn)
 {
@@ -78,7 +88,13 @@ int CEquationTree_Graph::CompileOnColumns(const QString &text)
                 BindColumn(name, column->m_values, column->m_valid, std::min(rows, int(column->m_count)));
         }
     }
-    return Compile(text, nullptr, true);
+    const int compiled = Compile(text, nullptr, true);
+    // A name that is read but never given a value: in a graph, a column
+    // that is not there.
+    if (!compiled && !errorToken.isEmpty() && errorText == LanguageString(kTextUsedBeforeAssigned)
+        && CGraphTreeData::IsVariableName(errorToken))
+        errorText = LanguageString(kTextNoColumn).arg(errorToken);
+    return compiled;
 }
 
 bool CEquationTree_Graph::IsVariableNameUsable(const QString &name) const

@@ -278,15 +278,18 @@ TEST_F(GraphFormula, FormulaErrorsStandAtTheirPlace)
     {
         const char *formula;
         int position;
+        const char *says;
     } cases[] = {
-        {"sin(Foo)+V1", 4},    // no such column
-        {"V1 +\n  Foo", 7},   // on the second line
-        {"V1*(2", -2},         // somewhere: only that it fails
+        {"sin(Foo)+V1", 4, "column named Foo"},  // no such column
+        {"V1 +\n  Foo", 7, "column named Foo"}, // on the second line
+        {"a = 2; a*V1 + b", 14, "column named b"},
+        {"V1*(2", -2, ""},                       // somewhere: only that it fails
     };
     for (const auto &c : cases) {
         CFormulaCurveJob job;
         EXPECT_FALSE(job.Prepare(m_graph, QString::fromLatin1(c.formula))) << c.formula;
         EXPECT_FALSE(job.ErrorText().isEmpty()) << c.formula;
+        EXPECT_TRUE(job.ErrorText().contains(QString::fromLatin1(c.says))) << job.ErrorText().toStdString();
         if (c.position >= -1) {
             EXPECT_EQ(job.ErrorPosition(), c.position) << c.formula;
         }
