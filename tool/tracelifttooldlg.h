@@ -52,6 +52,7 @@ public:
         IdTraceSpacing = 27625,
         IdTraceSpacingValue = 27629,
         IdAcceptTrace = 27631,
+        IdCalibrateFromPicture = 27641,
     };
 
     explicit CTraceliftToolDlg(QWidget *parent = nullptr);
@@ -105,6 +106,12 @@ public:
     // kept, so that the new curve is traced at once.  Does nothing (false)
     // unless a curve of a calibrated picture is finished.
     bool OnTraceAnotherCurve();
+    // Reads the calibration off the shown picture: the frame, the grid and
+    // the tick labels.  A proposal places the two corners and fills the axis
+    // fields as clicks and typing would (Back and the fields work as after
+    // them); where the picture leaves doubt, the hint says what was found
+    // and the corners are left to the user.  False when nothing was proposed.
+    bool OnCalibrateFromPicture();
 
     // Automatic tracing, while a curve is traced: the curve at a canvas
     // position (Shift+click) is followed across the calibrated rectangle,
@@ -197,6 +204,7 @@ private:
     QToolBar *m_toolBar = nullptr;
     QAction *m_backAction = nullptr;
     QAction *m_nextAction = nullptr;
+    QAction *m_calibrateAction = nullptr;
     CExEditCtrl *m_pointsEdit = nullptr;
     QLabel *m_hint = nullptr;
     QComboBox *m_xUnitCombo = nullptr;
