@@ -25,11 +25,6 @@ struct Colour {
     double r = 0, g = 0, b = 0;
 };
 
-Colour colourOf(QRgb c)
-{
-    return {double(qRed(c)), double(qGreen(c)), double(qBlue(c))};
-}
-
 // The colour part of a difference from the background: what is left
 // when its grey part (the mean of the three channels) is taken away.
 Colour chromaOf(double r, double g, double b)

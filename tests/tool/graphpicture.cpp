@@ -175,13 +175,13 @@ double wavyShape(double u) { return 0.3 + 0.15 * std::sin(2 * M_PI * 1.5 * u); }
 
 } // namespace
 
-double CDatasheetPicture::Y(const Curve &c, double x) const
+double CCurveFamilyPicture::Y(const Curve &c, double x) const
 {
     const double u = (x - area.left()) / double(area.width());
     return area.top() + area.height() * (1 - c.shape(u));
 }
 
-double CDatasheetPicture::Distance(const Curve &c, QPointF p) const
+double CCurveFamilyPicture::Distance(const Curve &c, QPointF p) const
 {
     double best = INFINITY;
     for (double x = std::max(c.xa, p.x() - 3); x <= std::min(c.xb, p.x() + 3); x += 0.01)
@@ -189,9 +189,9 @@ double CDatasheetPicture::Distance(const Curve &c, QPointF p) const
     return best;
 }
 
-CDatasheetPicture MakeDatasheetPicture(QSize size, int jpegQuality)
+CCurveFamilyPicture MakeCurveFamilyPicture(QSize size, int jpegQuality)
 {
-    CDatasheetPicture d;
+    CCurveFamilyPicture d;
     d.image = QImage(size, QImage::Format_RGB32);
     d.image.fill(Qt::white);
     d.area = QRect(QPoint(90, 40), QPoint(size.width() - 40, size.height() - 70));
@@ -234,7 +234,7 @@ CDatasheetPicture MakeDatasheetPicture(QSize size, int jpegQuality)
     };
     p.setRenderHint(QPainter::Antialiasing);
     for (const auto &s : specs) {
-        CDatasheetPicture::Curve c;
+        CCurveFamilyPicture::Curve c;
         c.colour = s.colour;
         c.dashed = s.dashed;
         c.shape = s.shape;

@@ -52,7 +52,7 @@ double IdOfVds(double mV);
 // black frame, and three curves drawn antialiased with flat caps, 1.6 pixels
 // wide: a blue rising one, a red falling one that crosses it, and a green
 // dashed one.  With a JPEG quality the picture goes through JPEG and back.
-struct CDatasheetPicture {
+struct CCurveFamilyPicture {
     struct Curve {
         QColor colour;
         bool dashed = false;
@@ -72,4 +72,4 @@ struct CDatasheetPicture {
     double Distance(const Curve &c, QPointF p) const;
 };
 
-CDatasheetPicture MakeDatasheetPicture(QSize size, int jpegQuality = 0);
+CCurveFamilyPicture MakeCurveFamilyPicture(QSize size, int jpegQuality = 0);

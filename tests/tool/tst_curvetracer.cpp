@@ -21,10 +21,10 @@ class CurveTracerTest : public ::testing::TestWithParam<TraceCase>
 {
 };
 
-const CDatasheetPicture &picture(int quality)
+const CCurveFamilyPicture &picture(int quality)
 {
-    static const CDatasheetPicture png = MakeDatasheetPicture(QSize(900, 640));
-    static const CDatasheetPicture jpeg = MakeDatasheetPicture(QSize(900, 640), 70);
+    static const CCurveFamilyPicture png = MakeCurveFamilyPicture(QSize(900, 640));
+    static const CCurveFamilyPicture jpeg = MakeCurveFamilyPicture(QSize(900, 640), 70);
     return quality ? jpeg : png;
 }
 
@@ -33,8 +33,8 @@ const CDatasheetPicture &picture(int quality)
 TEST_P(CurveTracerTest, FollowsTheCurveWithinHalfAPixel)
 {
     const TraceCase &c = GetParam();
-    const CDatasheetPicture &d = picture(c.jpegQuality);
-    const CDatasheetPicture::Curve &curve = d.curves[c.curve];
+    const CCurveFamilyPicture &d = picture(c.jpegQuality);
+    const CCurveFamilyPicture::Curve &curve = d.curves[c.curve];
     const CCurveTrace t = CCurveTracer().Trace(d.image, curve.seed, QRectF(d.area));
     ASSERT_TRUE(t.found);
     EXPECT_NEAR(t.startX, curve.inkStart, 1.0);
@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(DatasheetPictures, CurveTracerTest,
 
 TEST(CurveTracer, NothingToFollow)
 {
-    const CDatasheetPicture &d = picture(0);
+    const CCurveFamilyPicture &d = picture(0);
     const struct {
         const char *name;
         QPointF spot;

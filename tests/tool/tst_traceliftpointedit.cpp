@@ -375,7 +375,7 @@ TEST_F(TraceliftTest, AFamilySavedAsOneCsvReadsBackAtSharedX)
 
 TEST_F(TraceliftTest, ShiftClickProposesATraceThatAcceptBecomesThePointText)
 {
-    const CDatasheetPicture d = MakeDatasheetPicture(QSize(900, 640), 70);
+    const CCurveFamilyPicture d = MakeCurveFamilyPicture(QSize(900, 640), 70);
     canvas()->parentWidget()->window()->resize(1300, 1000);
     next();
     QGuiApplication::clipboard()->setImage(d.image);
@@ -413,7 +413,7 @@ TEST_F(TraceliftTest, ShiftClickProposesATraceThatAcceptBecomesThePointText)
     const CPixelMapping map = canvas()->m_capture.PixelMapping();
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        const CDatasheetPicture::Curve &curve = d.curves[c.curve];
+        const CCurveFamilyPicture::Curve &curve = d.curves[c.curve];
         dialog->SetTraceSpacing(c.kind, QString::fromLatin1(c.spacing));
         QTest::mouseClick(canvas(), Qt::LeftButton, Qt::ShiftModifier, curve.seed.toPoint());
         const QList<QPointF> proposed = canvas()->Proposal();
