@@ -67,6 +67,9 @@ enum GraphCommand : int {
     CmdAllColumns = 16049,
     CmdColumnFirst = 16050, // plus the column's index
     CmdCopyPicture = 16201,
+    CmdEmiImport = 16299,
+    CmdEmiFirst = 16300, // plus the limit's index in the list
+    CmdEmiLast = 16400,
 };
 
 // Notification codes.
@@ -177,6 +180,17 @@ public:
     // The style of new lines and rectangles.
     CLogPen m_newPen{0, 1, 0, 0x000000C0};
     int m_newArrowStyle = CDrawLines::ArrowFilled;
+
+    // ---- EMI limits over a spectrum (graphwndemi.cpp) ----------------------------
+    // Shows or hides limit `index` of the global list; false for an index
+    // the list does not hold.
+    bool ShowEmiLimit(int index, bool on);
+    // The curve that shows limit `index`, or -1.
+    int EmiLimitCurve(int index) const;
+    // Reads a limit from an initialisation-style file (section "Limit"),
+    // adds it to the user's limits and shows it; asks for the file when
+    // `path` is empty.  A bad file is told in a box and adds nothing.
+    bool ImportEmiLimitFile(QString path = QString());
     const CStepCounts &StepCounts() const { return m_stepCounts; }
 
     // Members, in the order of the window's state.
@@ -233,6 +247,8 @@ private:
     void syncToolBar();
     void wheelScroll(int axis, int delta);
     bool onObjectCommand(int id);
+    bool onEmiCommand(int id);
+    void addEmiMenu(QMenu &menu);
     // Tools 8 to 10 on a left press; true when the press was theirs.
     bool startPlacing(int tool, QPoint point, Qt::KeyboardModifiers keys);
     // The end of a track that places or edits objects; true when it was one.

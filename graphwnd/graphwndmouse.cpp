@@ -531,6 +531,7 @@ void CGraphWnd::BuildContextMenu(QPoint point, QMenu &menu)
         }
         columns->addSeparator();
         addItem(*columns, CmdAllColumns, LanguageString(TextAllColumns));
+        addEmiMenu(menu);
     }
     menu.addSeparator();
     addItem(menu, CmdCopyPicture, LanguageString(TextCopyPicture));
