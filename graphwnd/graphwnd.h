@@ -191,6 +191,11 @@ public:
     // adds it to the user's limits and shows it; asks for the file when
     // `path` is empty.  A bad file is told in a box and adds nothing.
     bool ImportEmiLimitFile(QString path = QString());
+
+    // ---- the animation slider (graphwndscope.cpp) ---------------------------------
+    // Moves the animation cursor to `row` and stops it following the last
+    // row; true when it moved.
+    bool SetAnimationRow(int row);
     const CStepCounts &StepCounts() const { return m_stepCounts; }
 
     // Members, in the order of the window's state.
@@ -248,6 +253,9 @@ private:
     void wheelScroll(int axis, int delta);
     bool onObjectCommand(int id);
     bool onEmiCommand(int id);
+    // A press on the slider's track or a move while it is held; true when
+    // the slider took it.
+    bool sliderMouse(QPoint point, bool press);
     void addEmiMenu(QMenu &menu);
     // Tools 8 to 10 on a left press; true when the press was theirs.
     bool startPlacing(int tool, QPoint point, Qt::KeyboardModifiers keys);
@@ -270,4 +278,5 @@ private:
     QByteArray m_undoObjects;    // the objects before the last edit
     QByteArray m_pendingUndo;    // before a move or resize that may not happen
     bool m_haveUndo = false;
+    bool m_sliderDrag = false;
 };

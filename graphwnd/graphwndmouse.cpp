@@ -233,7 +233,7 @@ void CGraphWnd::mousePressEvent(QMouseEvent *event)
         }
         return;
     }
-    if (event->button() == Qt::LeftButton)
+    if (event->button() == Qt::LeftButton && !sliderMouse(point, true))
         onLeftDown(point, event->modifiers());
 }
 
@@ -334,6 +334,7 @@ void CGraphWnd::onLeftDown(QPoint point, Qt::KeyboardModifiers keys)
 
 void CGraphWnd::mouseReleaseEvent(QMouseEvent *event)
 {
+    m_sliderDrag = false;
     if (m_activeTrack)
         m_activeTrack->HandleEvent(event);
 }
@@ -346,6 +347,8 @@ void CGraphWnd::mouseMoveEvent(QMouseEvent *event)
     }
     const QPoint point = event->position().toPoint();
     if (!m_graphData)
+        return;
+    if (m_sliderDrag && (event->buttons() & Qt::LeftButton) && sliderMouse(point, false))
         return;
     if (Tool() == 11 && m_cursorObject) {
         m_cursorObject->OnCursorEvent(this, point, int(event->modifiers()) | int(event->buttons()),

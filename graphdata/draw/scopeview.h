@@ -16,6 +16,7 @@
 
 #include "graphdata/draw/drawjobs.h"
 #include "graphdata/graphrange.h"
+#include "graphdata/scopegraph.h"
 
 #include <QRect>
 #include <vector>
@@ -24,10 +25,6 @@ class QPainter;
 class CGraphCurve;
 struct CDrawPass;
 struct CGraphLayout;
-
-// Divisions of the oscilloscope screen.
-constexpr int kScopeDivisionsX = 10;
-constexpr int kScopeDivisionsY = 8;
 
 // The rows an oscilloscope graph of `rowCount` rows shows: all, or in roll
 // mode the last rollLength (all when that is 0).

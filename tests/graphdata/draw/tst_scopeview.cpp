@@ -16,7 +16,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <chrono>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -230,6 +232,74 @@ TEST_F(ScopeView, TheAnimationCursorStopsTheRows)
     }
     g.m_displayFlags |= CGraphCurve::DisplaySliderAtEnd;
     EXPECT_EQ(AnimationRow(g, 100), 99);
+}
+
+// ---- scope graphs of data at hand -------------------------------------------------
+
+TEST(ScopeStep, RoundsUpToOneTwoOrFive)
+{
+    const double cases[][2] = {{1, 1},     {1.01, 2}, {2, 2},       {2.5, 5},    {0.3, 0.5}, {7, 10},
+                               {0.04, 0.05}, {1e-9, 1e-9}, {123, 200}, {0, 1},      {-3, 1},    {INFINITY, 1}};
+    for (const auto &c : cases)
+        EXPECT_NEAR(ScopeStep(c[0]), c[1], c[1] * 1e-12) << c[0];
+}
+
+// A file shown as a scope: all rows on the 10 divisions, each channel's
+// largest magnitude within 4 of them, rows as they were.
+TEST_F(ScopeView, DataAtHandBecomeAScopeGraph)
+{
+    CGraphData data;
+    data.Create(1, 3, 0, 0);
+    for (int i = 0; i <= 70; ++i) {
+        const double row[3] = {i * 0.001, 3.0 * std::sin(i * 0.1), -0.12 * i / 70};
+        data.AppendRows(row, nullptr, 0, 3, i, 1);
+    }
+    std::unique_ptr<CGraphCurve> g(MakeScopeGraph(data));
+    ASSERT_TRUE(g->m_data.IsScope());
+    EXPECT_EQ(g->m_data.RowCount(), 71);
+    EXPECT_DOUBLE_EQ(g->m_data->AsScope()->m_secsPerDiv, 0.01); // 70 ms over 10 divisions
+    ASSERT_EQ(g->CurveCount(), 2);
+    EXPECT_DOUBLE_EQ(g->Curve(0)->m_scopeScale, 1);   // 3 over 4 divisions
+    EXPECT_DOUBLE_EQ(g->Curve(1)->m_scopeScale, 0.05); // 0.12 over 4
+    EXPECT_EQ(g->m_data.GetColumn(1)->m_values[5], data.GetColumn(1)->m_values[5]);
+    draw(*g);
+    for (int c = 0; c < 2; ++c)
+        for (const QPoint &p : points(*g, c))
+            EXPECT_TRUE(kPlot.contains(p)) << c;
+}
+
+// The live writer feeds a data set while roll mode draws its last rows.
+TEST_F(ScopeView, RollModeKeepsUpWithTheWriter)
+{
+    auto g = std::make_unique<CGraphCurve>(2);
+    g->m_data.Create(2, 5, 1000, 0);
+    CScopeData_Data &scope = *g->m_data->AsScope();
+    scope.m_secsPerDiv = 0.001;
+    scope.m_rollMode = 1;
+    scope.m_rollLength = 500;
+    bool changed;
+    for (int c = 1; c <= 4; ++c)
+        g->AddCurve(c, 0, false, changed);
+    CScopeSignalWriter writer(g->m_data, 50000);
+    writer.Start();
+    int drawn = 0;
+    for (int wait = 0; wait < 2000 && writer.RowsWritten() < 3000; ++wait) {
+        draw(*g);
+        ++drawn;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    writer.Stop();
+    const int rows = g->m_data.RowCount();
+    ASSERT_GE(rows, 3000);
+    draw(*g);
+    // the screen starts 500 rows before the end, whose times the writer set
+    double expected[5];
+    CScopeSignalWriter::SignalRow(rows - 500, 50000, 4, expected);
+    EXPECT_DOUBLE_EQ(g->m_xViewMin, expected[0]);
+    CScopeSignalWriter::SignalRow(rows - 1, 50000, 4, expected);
+    EXPECT_DOUBLE_EQ(g->m_data.GetColumn(0)->m_values[rows - 1], expected[0]);
+    EXPECT_DOUBLE_EQ(g->m_data.GetColumn(2)->m_values[rows - 1], expected[2]);
+    EXPECT_GT(drawn, 1);
 }
 
 } // namespace
