@@ -10,6 +10,7 @@
 // than half a second.  The options set up the view, so that every kind
 // of picture can be looked at (and saved with --screenshot); --spectrum and
 // --export are graphviewexchange.h's, --scope and --live graphviewscope.h's.
+#include "graphviewcurves.h"
 #include "graphviewdata.h"
 #include "graphviewexchange.h"
 #include "graphviewload.h"
@@ -19,6 +20,7 @@
 #include "graphviewscope.h"
 
 #include "graphdata/graphcurve.h"
+#include "graphwnd/formulacurvedialog.h"
 #include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphcursors.h"
 #include "graphwnd/graphwnd.h"
@@ -103,6 +105,7 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     CGraphviewExchange exchange(parser);
     CGraphviewScope scope(parser);
+    CGraphviewCurves curves(parser);
     CGraphViewOptions options;
     QString optionText;
     switch (ParseGraphViewOptions(parser, arguments, options, optionText)) {
@@ -126,6 +129,7 @@ int main(int argc, char **argv)
         return 1;
     }
     LoadGraphCursors();
+    InstallFormulaCurveProgress();
 
     const bool screenshot = !options.screenshot.isEmpty();
     CSilentPrompts silent;
@@ -160,11 +164,16 @@ int main(int argc, char **argv)
         CGraphCurve &graph = *graphWnd->GetGraphData();
         if (!scope.Scope())
             applyViewOptions(graph, options, demonstration);
+        if (const int code = curves.Apply(*graphWnd, exchange.Headless() || screenshot); code >= 0) {
+            QApplication::exit(code);
+            return;
+        }
         if (const int code = exchange.Run(graph, shown); code >= 0) {
             QApplication::exit(code);
             return;
         }
         exchange.SetUpWindow(window, *graphWnd, shown);
+        CGraphviewCurves::SetUpWindow(window, *graphWnd);
         graphWnd->StoreDefaultView();
         graphWnd->Redraw(1);
         if (screenshot) {
