@@ -454,6 +454,19 @@ bool CRpnParser::useVariable(CRpnNode *node)
     return true;
 }
 
+// A word that a call taking bare words reads by its name: a variable, or
+// `variable = variable`.
+static bool isBareWord(CRpnNode *operand)
+{
+    if (operand->IsVariable())
+        return true;
+    if (!operand->IsPlainAssignment())
+        return false;
+    CRpnNode *left = operand->GetOperand(0);
+    CRpnNode *right = operand->GetOperand(1);
+    return left && right && left->IsVariable() && right->IsVariable();
+}
+
 bool CRpnParser::checkStructure(CRpnNode *node)
 {
     if (!node)
@@ -492,8 +505,12 @@ bool CRpnParser::checkStructure(CRpnNode *node)
         return checkStructure(left);
     }
     const int places = GetOperandPlaces(node);
+    const bool bareWords = node->TakesBareWords();
     for (int i = 0; i < places; ++i) {
-        if (!checkStructure(node->GetOperand(i)))
+        CRpnNode *operand = node->GetOperand(i);
+        if (bareWords && operand && isBareWord(operand))
+            continue;
+        if (!checkStructure(operand))
             return false;
     }
     return true;

@@ -520,7 +520,8 @@ public:
 
 // --- inspection -----------------------------------------------------------------------------
 
-// IsEmpty(x), IsNull(x): INT 1 for the null value, else 0.
+// IsEmpty(x), IsNull(x): INT 1 for the null value or the shared empty XML
+// element, else 0.  A failed operand gives 1 with the status left failed.
 class CNodeIsNull : public CNodeSingleOperand
 {
 public:
@@ -528,16 +529,19 @@ public:
     QString GetName() const override { return QStringLiteral("IsEmpty"); }
     std::uint64_t GetTraits() const override { return CNodeSingleOperand::GetTraits() | RPN_TRAIT_LOGICAL; }
     CRpnNode *CreateSame() const override { return new CNodeIsNull; }
+    void Evaluate(CRpnData &result, unsigned char &status) override;
     void Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status) override;
 };
 
-// TypeName(x): the name of the value's kind.
+// TypeName(x): the name of the value's kind as the language writes it
+// ("REAL", "ARRAY_R", ...; "" for the empty value); null when x fails.
 class CNodeTypeName : public CNodeSingleOperand
 {
 public:
     int GetKind() const override { return RPN_NODE_TYPE_NAME; }
     QString GetName() const override { return QStringLiteral("TypeName"); }
     CRpnNode *CreateSame() const override { return new CNodeTypeName; }
+    void Evaluate(CRpnData &result, unsigned char &status) override;
     void Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status) override;
 };
 
