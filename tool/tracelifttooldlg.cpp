@@ -359,6 +359,7 @@ void CTraceliftToolDlg::connectControls()
     connect(m_canvas, &CTraceliftWnd::clicked, this, &CTraceliftToolDlg::onCanvasClicked);
     connect(m_canvas, &CTraceliftWnd::valueUnderMouse, this, &CTraceliftToolDlg::onValueUnderMouse);
     connect(m_canvas, &CTraceliftWnd::pictureFileOffered, this, &CTraceliftToolDlg::OfferPictureFile);
+    connect(m_canvas, &CTraceliftWnd::pointDragged, this, &CTraceliftToolDlg::DragPointTo);
 }
 
 void CTraceliftToolDlg::createPlot()

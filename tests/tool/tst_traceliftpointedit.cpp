@@ -179,8 +179,8 @@ TEST_F(TraceliftTest, TraceAnotherCurveKeepsPictureCornersAndValues)
     EXPECT_EQ(text(IdXAtSecond), xAtSecond);
     EXPECT_EQ(text(IdYAtSecond), yAtSecond);
     const CaptureCalibration &now = canvas()->m_capture.m_calibration;
-    EXPECT_EQ(QRect(QPoint(now.firstCornerX, now.firstCornerY), QPoint(now.secondCornerX, now.secondCornerY)),
-              QRect(QPoint(before.firstCornerX, before.firstCornerY), QPoint(before.secondCornerX, before.secondCornerY)));
+    EXPECT_EQ(QRectF(QPointF(now.firstCornerX, now.firstCornerY), QPointF(now.secondCornerX, now.secondCornerY)),
+              QRectF(QPointF(before.firstCornerX, before.firstCornerY), QPointF(before.secondCornerX, before.secondCornerY)));
     EXPECT_TRUE(now.pictureLoaded && now.pictureShown);
     EXPECT_EQ(dialog->Records().Size(), records + 1);
     EXPECT_EQ(dialog->Records().CheckInvariant(), QString());
@@ -200,4 +200,111 @@ TEST_F(TraceliftTest, TraceAnotherCurveKeepsPictureCornersAndValues)
     for (int i = 0; i + 1 < dialog->Records().Size(); ++i)
         withPoints += dialog->Records().At(i)->GetPointCount() > 0;
     EXPECT_EQ(withPoints, 2);
+}
+
+TEST_F(TraceliftTest, AFamilyTracedCurveByCurveSavesAndLoadsBack)
+{
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
+    reach(ModeTrace, g);
+    ASSERT_EQ(mode(), ModeTrace);
+    // Three curves over the same X range: the drawn one and two below it.
+    QStringList traced;
+    for (int curve = 0; curve < 3; ++curve) {
+        if (curve > 0) {
+            ASSERT_TRUE(dialog->OnTraceAnotherCurve()) << curve;
+        }
+        for (int i : {2, 5, 8})
+            click(g.vertices[i] + QPoint(0, 25 * curve));
+        traced << text(IdPoints);
+        next();
+        ASSERT_EQ(mode(), ModePlotted) << curve;
+    }
+
+    QStringList paths;
+    for (int i = 0; i < 3; ++i)
+        paths << files.filePath(QStringLiteral("curve%1.txt").arg(i));
+    prompts.fileNames = paths;
+    control<QPushButton>(CTraceliftToolDlg::IdOk)->click();
+    ASSERT_TRUE(prompts.messages.isEmpty()) << qPrintable(prompts.MessageTexts().join(u'|'));
+    EXPECT_EQ(prompts.filePrompts.size(), 3);
+
+    // Each file holds one of the curves; read back, each gives its points.
+    QStringList loaded;
+    for (const QString &path : paths) {
+        dialog = std::make_unique<CTraceliftToolDlg>();
+        dialog->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog.get()));
+        prompts.fileNames = {path};
+        control<QPushButton>(IdLoad)->click();
+        ASSERT_TRUE(prompts.messages.isEmpty()) << qPrintable(prompts.MessageTexts().join(u'|'));
+        loaded << FormatPointText(canvas()->m_capture.m_points.pairs.GetData(), canvas()->m_capture.m_points.count);
+    }
+    for (const QString &t : traced) {
+        int count = 0;
+        CMyDoubleArray pairs;
+        ParsePointText(t, count, pairs, true);
+        EXPECT_TRUE(loaded.contains(FormatPointText(pairs.GetData(), count))) << qPrintable(t);
+    }
+}
+
+TEST_F(TraceliftTest, APointDraggedWithTheMouseMovesByTheDragAndUndoesAsOneStep)
+{
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
+    reach(ModeTrace, g);
+    ASSERT_EQ(mode(), ModeTrace);
+    const QPoint clicks[] = {g.vertices[2], g.vertices[5], g.vertices[8]};
+    for (const QPoint &p : clicks)
+        click(p);
+    const QString clicked = text(IdPoints);
+    const QList<QPointF> base = pixelsOf(clicked, g);
+    ASSERT_EQ(base.size(), 3);
+
+    struct Case {
+        const char *name;
+        int at;          // the point pressed near, or -1 for a spot far from all
+        QPoint grab;     // where, from that point
+        QList<QPoint> moves; // the path of the mouse from the press
+        int moved;       // the point that moves, or -1 when a point is added
+    };
+    const Case cases[] = {
+        {"on the point", 1, {0, 0}, {{5, 0}, {10, -20}}, 1},
+        {"beside the first", 0, {3, -2}, {{-4, 4}, {-8, 12}}, 0},
+        {"the last, back and forth", 2, {-2, 2}, {{30, 0}, {-6, 9}}, 2},
+        {"a wobble is a click", 1, {1, 1}, {{1, 0}, {2, 0}}, -1},
+        {"far from any point", -1, {0, 0}, {{10, 10}}, -1},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        ASSERT_EQ(text(IdPoints), clicked);
+        const QPoint from = c.at >= 0 ? base[c.at].toPoint() + c.grab : QPoint(300, 60);
+        QTest::mousePress(canvas(), Qt::LeftButton, {}, from);
+        for (const QPoint &m : c.moves)
+            QTest::mouseMove(canvas(), from + m);
+        QTest::mouseRelease(canvas(), Qt::LeftButton, {}, from + c.moves.last());
+
+        const QList<QPointF> got = pixelsOf(text(IdPoints), g);
+        QList<QPointF> expected = base;
+        if (c.moved >= 0)
+            expected[c.moved] += QPointF(c.moves.last());
+        else
+            expected << QPointF(from);
+        ASSERT_EQ(got.size(), expected.size()) << qPrintable(text(IdPoints));
+        for (int i = 0; i < got.size(); ++i) {
+            // A moved point keeps its place under the mouse to five digits;
+            // an added one lies within the pixel clicked.
+            const double tolerance = c.moved >= 0 || i < base.size() ? 0.01 : 1.0;
+            EXPECT_NEAR(got[i].x(), expected[i].x(), tolerance) << i;
+            EXPECT_NEAR(got[i].y(), expected[i].y(), tolerance) << i;
+        }
+        EXPECT_EQ(canvas()->m_capture.m_points.count, got.size());
+        // However many moves, the drag is one step of undo.
+        QTest::keyClick(canvas(), Qt::Key_Z, Qt::ControlModifier);
+        EXPECT_EQ(text(IdPoints), clicked);
+    }
 }
