@@ -99,7 +99,9 @@ CTarnResult CTarnCalculator::Run(const QString &text, const QString &sourceName)
         return r;
     }
     r.ok = true;
-    r.isNull = value.IsNull();
     r.value = value.GetText(std::uint32_t(m_tree.m_defaultPrecision));
+    // Nothing to show: the empty value, or a block of statements that had
+    // no value (a loop of Print calls).  An empty text is still shown.
+    r.isNull = value.IsNull() || (r.value.isEmpty() && !value.IsString());
     return r;
 }

@@ -12,7 +12,7 @@
 
 struct CTarnResult {
     bool ok = false;
-    bool isNull = true;  // the value is the empty value (nothing to print)
+    bool isNull = true;  // nothing to print: the empty value, or a value without text that is no String
     QString value;       // the value's text with the tree's precision
     QString error;       // the error: message line, then where it stands
     QStringList warnings;

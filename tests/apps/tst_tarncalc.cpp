@@ -200,6 +200,8 @@ INSTANTIATE_TEST_SUITE_P(Cases, TarnCalcPrompt, ::testing::Values(
     SessionCase{"print", {{"Print(\"hi\", 1)\n", "hi1\r\n> "}, {"ScriptOption(PRECISION = 3)\n", "> "},
                           {"pi\n", "3.14\r\n> "}}},
     SessionCase{"open brackets", {{"f = {1,\n", ". "}, {"2}\n", "{1,2}\r\n> "}}},
+    SessionCase{"block of prints", {{"if (1) {\n", ". "}, {"Print(\"in\")\n", ". "}, {"}\n", "in\r\n> "},
+                                    {"\"\"\n", "\r\n> "}}},
     SessionCase{"error", {{"1 +\n", "Error: "}, {"", "  1 | 1 +\r\n    |   ^\r\n> "}, {"5\n", "5\r\n> "}}},
     SessionCase{"message box", {{"MessageBox(\"Go on?\", BUTTON = YESNOCANCEL)\n", "[Y]es [N]o [C]ancel? "},
                                 {"n\n", "NO\r\n> "}}}));
