@@ -9,7 +9,7 @@
 namespace {
 
 // Messages of this file.
-constexpr int kMsgLogFileFailed = 43770;
+constexpr int kMsgLogFileFailed = 43786;
 
 std::mutex g_defaultHandlerLock;
 CRpnMessageBoxHandler g_defaultHandler;

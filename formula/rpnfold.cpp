@@ -467,6 +467,24 @@ static bool isBareWord(CRpnNode *operand)
     return left && right && left->IsVariable() && right->IsVariable();
 }
 
+namespace {
+
+// Whether operand i of a call is a name rather than a value when it is a
+// variable: the names of Replace, ReplaceF, EvalM and EvalVars, and of the
+// pairs of Eval.
+bool operandIsName(const CRpnNode *call, int i)
+{
+    if (i < 1 || !call->GetOperand(i) || !call->GetOperand(i)->IsVariable())
+        return false;
+    switch (call->GetKind()) {
+    case 142: return i % 2 == 1;             // Eval(f, name, value, ...)
+    case 143: case 144: case 145: case 160: return true;
+    default: return false;
+    }
+}
+
+} // namespace
+
 bool CRpnParser::checkStructure(CRpnNode *node)
 {
     if (!node)
@@ -475,6 +493,16 @@ bool CRpnParser::checkStructure(CRpnNode *node)
         return fail(node, kMsgTooDeep, {});
     if (node->IsVariable())
         return useVariable(node);
+    if (node->IsFormula()) {
+        // The expression of a formula names values to come.
+        const std::int32_t free = m_tree->m_freeVariables;
+        m_tree->m_freeVariables = 1;
+        bool ok = true;
+        for (int i = 0; ok && i < node->GetOperandCount(); ++i)
+            ok = checkStructure(node->GetOperand(i));
+        m_tree->m_freeVariables = free;
+        return ok;
+    }
     if (node->IsAssignmentLike() && !node->IsBinary()) {
         // SETVALUE and SETTEXT name their target: it need not hold a value.
         CRpnNode *target = node->GetOperand(0);
@@ -508,7 +536,7 @@ bool CRpnParser::checkStructure(CRpnNode *node)
     const bool bareWords = node->TakesBareWords();
     for (int i = 0; i < places; ++i) {
         CRpnNode *operand = node->GetOperand(i);
-        if (bareWords && operand && isBareWord(operand))
+        if (operandIsName(node, i) || (bareWords && operand && isBareWord(operand)))
             continue;
         if (!checkStructure(operand))
             return false;

@@ -46,6 +46,7 @@ public:
         IdPlot = 10101,
         IdCopyPoints = 27598,
         IdTraceAnother = 27600,
+        IdSaveFamily = 27621,
     };
 
     explicit CTraceliftToolDlg(QWidget *parent = nullptr);
@@ -67,6 +68,9 @@ public:
     void OnApplyTypedCurve();
     void OnOk();
     void OnLoad();
+    // Every finished curve in one CSV file: a shared X column, a column per
+    // curve interpolated at those X values.  False when nothing was written.
+    bool OnSaveFamilyCsv();
     void OnPaste();
     // A picture that did not come from the clipboard (a dropped or chosen
     // file), taken while the canvas waits for a picture as a paste would be.

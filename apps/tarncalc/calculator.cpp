@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr int kMsgSilentFailure = 43774;
-constexpr int kMsgNoReason = 43775;
+constexpr int kMsgSilentFailure = 43790;
+constexpr int kMsgNoReason = 43791;
 
 } // namespace
 

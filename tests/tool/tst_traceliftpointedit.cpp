@@ -308,3 +308,67 @@ TEST_F(TraceliftTest, APointDraggedWithTheMouseMovesByTheDragAndUndoesAsOneStep)
         EXPECT_EQ(text(IdPoints), clicked);
     }
 }
+
+TEST_F(TraceliftTest, AFamilySavedAsOneCsvReadsBackAtSharedX)
+{
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
+    const QString path = files.filePath(QStringLiteral("family.csv"));
+    prompts.fileNames = {path};
+    EXPECT_FALSE(dialog->OnSaveFamilyCsv()); // nothing finished yet
+    EXPECT_EQ(prompts.messages.size(), 1);
+    prompts.messages.clear();
+
+    reach(ModeTrace, g);
+    type(IdXName, QStringLiteral("VCE"));
+    type(IdYName, QStringLiteral("IC"));
+    // The second curve is clicked at other X values than the first.
+    const QList<QList<int>> clicked = {{2, 5, 8}, {3, 7}};
+    QList<QList<QPointF>> values;
+    for (int curve = 0; curve < clicked.size(); ++curve) {
+        if (curve > 0) {
+            ASSERT_TRUE(dialog->OnTraceAnotherCurve());
+        }
+        for (int i : clicked[curve])
+            click(g.vertices[i] + QPoint(0, 30 * curve));
+        QList<QPointF> v;
+        const TracedPoints &p = canvas()->m_capture.m_points;
+        for (int k = 0; k < p.count; ++k)
+            v << QPointF(p.pairs[2 * k], p.pairs[2 * k + 1]);
+        values << v;
+        next();
+    }
+    prompts.fileNames = {path};
+    ASSERT_TRUE(dialog->OnSaveFamilyCsv()) << qPrintable(prompts.MessageTexts().join(u'|'));
+
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QStringList lines = QString::fromUtf8(file.readAll()).split(QStringLiteral("\r\n"));
+    ASSERT_EQ(lines.takeLast(), QString());
+    ASSERT_EQ(lines.takeFirst(), QStringLiteral("VCE,IC 1,IC 2"));
+    ASSERT_EQ(lines.size(), 5); // the three X of the first curve and the two of the second
+    // Every row against the curves read as straight lines between their points.
+    auto at = [](const QList<QPointF> &c, double x) {
+        for (int k = 1; k < c.size(); ++k)
+            if (x >= c[k - 1].x() && x <= c[k].x())
+                return c[k - 1].y() + (x - c[k - 1].x()) * (c[k].y() - c[k - 1].y()) / (c[k].x() - c[k - 1].x());
+        return double(NAN);
+    };
+    double previous = -INFINITY;
+    for (const QString &line : lines) {
+        const QStringList cells = line.split(u',');
+        ASSERT_EQ(cells.size(), 3) << qPrintable(line);
+        const double x = cells[0].toDouble();
+        EXPECT_GT(x, previous);
+        previous = x;
+        for (int c = 0; c < 2; ++c) {
+            const double want = at(values[c], x);
+            if (std::isnan(want))
+                EXPECT_TRUE(cells[c + 1].isEmpty()) << qPrintable(line);
+            else
+                EXPECT_NEAR(cells[c + 1].toDouble(), want, 1e-9 * (1 + std::fabs(want))) << qPrintable(line);
+        }
+    }
+}
