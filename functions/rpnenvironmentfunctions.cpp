@@ -16,9 +16,9 @@ namespace {
 
 // Messages of these functions that the language file holds.
 constexpr int kMsgLoadScriptCompile = 43188;
-constexpr int kMsgFolderUnreadable = 43787;
-constexpr int kMsgScriptNotText = 43788;
-constexpr int kMsgScriptLoadsItself = 43789;
+constexpr int kMsgFolderUnreadable = 43801;
+constexpr int kMsgScriptNotText = 43802;
+constexpr int kMsgScriptLoadsItself = 43803;
 
 constexpr int kDigits = 16;
 

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr int kMsgSilentFailure = 43790;
-constexpr int kMsgNoReason = 43791;
+constexpr int kMsgSilentFailure = 43804;
+constexpr int kMsgNoReason = 43805;
 
 } // namespace
 
