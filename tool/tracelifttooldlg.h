@@ -47,6 +47,7 @@ public:
         IdCopyPoints = 27598,
         IdTraceAnother = 27600,
         IdSaveFamily = 27621,
+        IdCalibrateFromPicture = 27641,
     };
 
     explicit CTraceliftToolDlg(QWidget *parent = nullptr);
@@ -100,6 +101,12 @@ public:
     // kept, so that the new curve is traced at once.  Does nothing (false)
     // unless a curve of a calibrated picture is finished.
     bool OnTraceAnotherCurve();
+    // Reads the calibration off the shown picture: the frame, the grid and
+    // the tick labels.  A proposal places the two corners and fills the axis
+    // fields as clicks and typing would (Back and the fields work as after
+    // them); where the picture leaves doubt, the hint says what was found
+    // and the corners are left to the user.  False when nothing was proposed.
+    bool OnCalibrateFromPicture();
 
     // The fields to the record and back (save true), or back only.  The
     // rules of what the record keeps are CCurveRecords'.
@@ -177,6 +184,7 @@ private:
     QToolBar *m_toolBar = nullptr;
     QAction *m_backAction = nullptr;
     QAction *m_nextAction = nullptr;
+    QAction *m_calibrateAction = nullptr;
     CExEditCtrl *m_pointsEdit = nullptr;
     QLabel *m_hint = nullptr;
     QComboBox *m_xUnitCombo = nullptr;

@@ -146,6 +146,7 @@ bool CTraceliftWnd::CopyBitmap(const QImage &source)
     m_pictureWidth = m_bitmap.width();
     m_pictureHeight = m_bitmap.height();
     m_dragging = false;
+    m_overlay = CProposalOverlay();
     m_capture.PicturePasted();
     updateCursor();
     update();
@@ -204,6 +205,9 @@ void CTraceliftWnd::Paint(QPainter &painter, const QSize &size) const
         painter.setPen(framePen);
         drawFrame(painter, frame);
     }
+
+    if (pictureShown && !m_overlay.IsEmpty() && mode >= ModePicturePlaced && mode <= ModeValuesAwaited)
+        paintOverlay(painter);
 
     // While the second corner is awaited, a small cross shows where the first
     // one was placed.
@@ -317,6 +321,46 @@ void CTraceliftWnd::paintGrid(QPainter &painter, const QRect &frameRect, bool pi
         drawLabel(frame.left() - w - 2, yi - fm.height() / 2, label, w);
     }
     painter.setPen(gridPen);
+}
+
+void CTraceliftWnd::SetProposalOverlay(const CProposalOverlay &overlay)
+{
+    m_overlay = overlay;
+    update();
+}
+
+void CTraceliftWnd::paintOverlay(QPainter &painter) const
+{
+    const CaptureCalibration &c = m_capture.m_calibration;
+    painter.save();
+    painter.translate(-c.panX, -c.panY);
+    const QColor found(0, 150, 60);
+    QPen dotted(found, 1, Qt::DotLine);
+    painter.setPen(dotted);
+    const QRectF f = m_overlay.frame;
+    for (double x : m_overlay.xLines)
+        painter.drawLine(QPointF(x + 0.5, f.top() - 6), QPointF(x + 0.5, f.bottom() + 6));
+    for (double y : m_overlay.yLines)
+        painter.drawLine(QPointF(f.left() - 6, y + 0.5), QPointF(f.right() + 6, y + 0.5));
+    QFont small = m_font;
+    small.setPixelSize(10);
+    painter.setFont(small);
+    const QFontMetrics fm(small);
+    for (qsizetype i = 0; i < m_overlay.labelBoxes.size(); ++i) {
+        const QRect &box = m_overlay.labelBoxes[i];
+        painter.setPen(QPen(found, 1));
+        painter.drawRect(box.adjusted(-1, -1, 0, 0));
+        const QString text = m_overlay.labelTexts.value(i);
+        if (text.isEmpty())
+            continue;
+        const QRect where(box.right() + 2, box.top() - fm.height() + 2, fm.horizontalAdvance(text) + 4, fm.height());
+        painter.fillRect(where, QColor(235, 255, 240));
+        painter.drawText(where, Qt::AlignCenter, text);
+    }
+    painter.setPen(QPen(QColor(220, 0, 0), 2));
+    for (const QPoint &p : m_overlay.corners)
+        painter.drawEllipse(QPointF(p.x() + 0.5, p.y() + 0.5), 6, 6);
+    painter.restore();
 }
 
 void CTraceliftWnd::paintEvent(QPaintEvent *)

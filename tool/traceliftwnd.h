@@ -14,6 +14,19 @@
 class CTraceliftZoom;
 class QPainter;
 
+// What the calibration read off the picture found, drawn over it until the
+// trace begins: the lines along each axis, the labels with what was read
+// in them, and the two proposed corners.  In picture pixels.
+struct CProposalOverlay {
+    QList<double> xLines;
+    QList<double> yLines;
+    QRectF frame;
+    QList<QRect> labelBoxes;
+    QStringList labelTexts;
+    QList<QPoint> corners;
+    bool IsEmpty() const { return frame.isNull(); }
+};
+
 class CTraceliftWnd : public QWidget
 {
     Q_OBJECT
@@ -34,6 +47,11 @@ public:
     // for a null picture.
     bool CopyBitmap(const QImage &source);
     const QImage &Bitmap() const { return m_bitmap; }
+
+    // The overlay of a proposed calibration; an empty one removes it, and so
+    // does a new picture.
+    void SetProposalOverlay(const CProposalOverlay &overlay);
+    const CProposalOverlay &ProposalOverlay() const { return m_overlay; }
 
     // Draws the canvas as it stands into any painter of the given size.
     void Paint(QPainter &painter, const QSize &size) const;
@@ -97,6 +115,7 @@ private:
     void updateCursor();
     void endPointDrag(QPointF at);
     void paintGrid(QPainter &painter, const QRect &frame, bool pictureShown) const;
+    void paintOverlay(QPainter &painter) const;
     void choosePictureFile();
 
     QImage m_bitmap;
@@ -113,4 +132,5 @@ private:
     QPointF m_grabbedAt;
     QPointF m_grabbedPointPixel; // where the grabbed point was drawn
     bool m_pointDragging = false;
+    CProposalOverlay m_overlay;
 };
