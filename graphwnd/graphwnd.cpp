@@ -2,9 +2,12 @@
 // the pop-up menu are in graphwndmouse.cpp.
 #include "graphwnd/graphwnd.h"
 
+#include "graphwnd/formulacurvedialog.h"
+
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/graphdraw.h"
+#include "graphdata/draw/objectstore.h"
 #include "graphdata/grapherrors.h"
 #include "graphdata/pages/options2dlg.h"
 #include "graphwnd/grapherrorbox.h"
@@ -127,6 +130,11 @@ void CGraphWnd::SetGraphDataCopy(const CGraphData &data)
     for (int c = 1; c < data.ColumnCount(); ++c)
         graph->AddCurve(c, 0, false, changed);
     graph->FitRanges();
+    // Drawing objects that came with the data from a graph file.
+    const QByteArray &objects = data->m_fileBlocks[0];
+    QString message;
+    if (IsObjectsBlock(objects) && !RestoreObjects(objects, graph->m_textObjects, message))
+        ShowMessage(this, message);
     SetGraphData(graph, 0, true);
 }
 
@@ -302,6 +310,8 @@ void CGraphWnd::paintEvent(QPaintEvent *event)
     for (CTextnLine *object : m_selection)
         p.drawRect(object->LastRect());
     p.restore();
+    for (CTextnLine *object : m_selection)
+        object->DrawHandles(p);
     if (m_activeTrack && m_activeTrack->m_feedbackShown)
         m_activeTrack->PaintFeedback(p);
 }
@@ -416,6 +426,8 @@ void CGraphWnd::openOptions(int page)
 
 bool CGraphWnd::OnCommand(int id)
 {
+    if (onObjectCommand(id))
+        return true;
     switch (id) {
     case CmdToolSelect:
         SetTool(1);
@@ -455,6 +467,11 @@ bool CGraphWnd::OnCommand(int id)
     if (!m_graphData)
         return id >= CmdFullView && id <= CmdZoomOut;
     switch (id) {
+    case CmdComputedCurve: {
+        CFormulaCurveDialog dialog(*this);
+        dialog.exec();
+        return true;
+    }
     case CmdFullView:
         RestoreView(*m_graphData, m_defaultView);
         Redraw(1);
@@ -480,6 +497,7 @@ void CGraphWnd::deleteSelection()
 {
     if (!m_graphData || m_selection.empty())
         return;
+    RememberObjects();
     QRect dirty;
     for (CTextnLine *object : m_selection) {
         dirty = dirty.united(object->LastRect());

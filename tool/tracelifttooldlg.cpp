@@ -49,6 +49,8 @@ enum : int {
     TextClose = 27584,
     TextCopyPoints = 27597,
     TextTraceAnother = 27599,
+    TextSaveFamily = 27620,
+    TextCalibrateFromPicture = 27640,
 };
 
 // The canvas and the plot lie over each other and always get the same
@@ -150,6 +152,11 @@ void CTraceliftToolDlg::buildControls()
     m_nextAction = m_toolBar->addAction(style()->standardIcon(QStyle::SP_ArrowForward), LanguageString(TextNext));
     named(m_nextAction, IdNext);
     m_backAction->setEnabled(false);
+    m_calibrateAction = m_toolBar->addAction(style()->standardIcon(QStyle::SP_FileDialogContentsView),
+                                             LanguageString(TextCalibrateFromPicture));
+    named(m_calibrateAction, IdCalibrateFromPicture);
+    m_calibrateAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_K));
+    m_calibrateAction->setShortcutContext(Qt::WindowShortcut);
 
     m_hint = new QLabel(this);
     m_hint->setObjectName(QString::number(IdHint));
@@ -282,6 +289,8 @@ void CTraceliftToolDlg::buildControls()
     m_fileName->setReadOnly(true);
     m_fileName->setFocusPolicy(Qt::NoFocus);
     m_loadButton = button(TextLoad, IdLoad);
+    QPushButton *saveFamily = button(TextSaveFamily, IdSaveFamily);
+    connect(saveFamily, &QPushButton::clicked, this, &CTraceliftToolDlg::OnSaveFamilyCsv);
     m_okButton = named(new QPushButton(LanguageString(TextSave), this), IdOk);
     m_okButton->setDefault(true);
     m_cancelButton = button(TextClose, IdCancel);
@@ -289,6 +298,7 @@ void CTraceliftToolDlg::buildControls()
     bottom->addWidget(label(TextFile, m_fileName));
     bottom->addWidget(m_fileName, 1);
     bottom->addWidget(m_loadButton);
+    bottom->addWidget(saveFamily);
     bottom->addSpacing(12);
     bottom->addWidget(m_okButton);
     bottom->addWidget(m_cancelButton);
@@ -334,6 +344,7 @@ void CTraceliftToolDlg::connectControls()
 {
     connect(m_nextAction, &QAction::triggered, this, &CTraceliftToolDlg::OnNext);
     connect(m_backAction, &QAction::triggered, this, &CTraceliftToolDlg::OnBack);
+    connect(m_calibrateAction, &QAction::triggered, this, &CTraceliftToolDlg::OnCalibrateFromPicture);
     connect(m_addCurveButton, &QPushButton::clicked, this, &CTraceliftToolDlg::OnAddCurve);
     connect(m_traceAnotherButton, &QPushButton::clicked, this, &CTraceliftToolDlg::OnTraceAnotherCurve);
     connect(findChild<QPushButton *>(QString::number(IdApplyTyped)), &QPushButton::clicked, this,
@@ -359,6 +370,7 @@ void CTraceliftToolDlg::connectControls()
     connect(m_canvas, &CTraceliftWnd::clicked, this, &CTraceliftToolDlg::onCanvasClicked);
     connect(m_canvas, &CTraceliftWnd::valueUnderMouse, this, &CTraceliftToolDlg::onValueUnderMouse);
     connect(m_canvas, &CTraceliftWnd::pictureFileOffered, this, &CTraceliftToolDlg::OfferPictureFile);
+    connect(m_canvas, &CTraceliftWnd::pointDragged, this, &CTraceliftToolDlg::DragPointTo);
 }
 
 void CTraceliftToolDlg::createPlot()

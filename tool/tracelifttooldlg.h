@@ -46,6 +46,8 @@ public:
         IdPlot = 10101,
         IdCopyPoints = 27598,
         IdTraceAnother = 27600,
+        IdSaveFamily = 27621,
+        IdCalibrateFromPicture = 27641,
     };
 
     explicit CTraceliftToolDlg(QWidget *parent = nullptr);
@@ -67,11 +69,18 @@ public:
     void OnApplyTypedCurve();
     void OnOk();
     void OnLoad();
+    // Every finished curve in one CSV file: a shared X column, a column per
+    // curve interpolated at those X values.  False when nothing was written.
+    bool OnSaveFamilyCsv();
     void OnPaste();
     // A picture that did not come from the clipboard (a dropped or chosen
     // file), taken while the canvas waits for a picture as a paste would be.
     void OfferPicture(const QImage &picture);
     void OfferPictureFile(const QString &path);
+    // A picture file to work on (the command line's): a new capture is
+    // started as Next starts one, and the file is offered to it.  False, with
+    // a message, when it is no picture; the canvas then waits for one.
+    bool OpenPictureFile(const QString &path);
 
     // Point edits while a curve is traced; each rewrites the point text and
     // applies the fields as a click does.  Undo and redo step through the
@@ -82,6 +91,9 @@ public:
     bool OnRedoPoint();
     bool MoveLastPoint(double dxPixels, double dyPixels);
     bool DeletePointNear(double px, double py);
+    // Point `index` taken to a canvas position by a drag; the whole drag is
+    // one step of undo.  False when the position maps to no value.
+    bool DragPointTo(int index, double px, double py, bool finished);
     // The points of the curve to the clipboard as two tab-separated columns.
     void OnCopyPoints();
     // After a curve of a picture is finished: a new curve is added as Add
@@ -89,6 +101,12 @@ public:
     // kept, so that the new curve is traced at once.  Does nothing (false)
     // unless a curve of a calibrated picture is finished.
     bool OnTraceAnotherCurve();
+    // Reads the calibration off the shown picture: the frame, the grid and
+    // the tick labels.  A proposal places the two corners and fills the axis
+    // fields as clicks and typing would (Back and the fields work as after
+    // them); where the picture leaves doubt, the hint says what was found
+    // and the corners are left to the user.  False when nothing was proposed.
+    bool OnCalibrateFromPicture();
 
     // The fields to the record and back (save true), or back only.  The
     // rules of what the record keeps are CCurveRecords'.
@@ -166,6 +184,7 @@ private:
     QToolBar *m_toolBar = nullptr;
     QAction *m_backAction = nullptr;
     QAction *m_nextAction = nullptr;
+    QAction *m_calibrateAction = nullptr;
     CExEditCtrl *m_pointsEdit = nullptr;
     QLabel *m_hint = nullptr;
     QComboBox *m_xUnitCombo = nullptr;
@@ -181,6 +200,7 @@ private:
     QStringList m_undoTexts;
     QStringList m_redoTexts;
     QString m_editedText;
+    bool m_pointDragUnderWay = false; // its undo step is taken
     QString m_xName;
     QString m_yName;
     int m_minTrackWidth = 50;
