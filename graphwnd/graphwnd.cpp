@@ -426,7 +426,7 @@ void CGraphWnd::openOptions(int page)
 
 bool CGraphWnd::OnCommand(int id)
 {
-    if (onObjectCommand(id))
+    if (onObjectCommand(id) || onEmiCommand(id))
         return true;
     switch (id) {
     case CmdToolSelect:
