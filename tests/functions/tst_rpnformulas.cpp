@@ -94,6 +94,7 @@ TEST(RpnFormulas, ReplaceSubstitutesWholeVariables)
         {"f = ReplaceF(Formula(a*b), a, 2, b, a); a = 5", "f", "FORMULA:2*a"},
         {"f = ReplaceF(Formula(a*b), a, 2, b, a); a = 5", "Eval(f)", "REAL:10"},
         {"", "ReplaceF(Formula(a), \"a\", 2.5)", "FORMULA:2.5"},
+        {"", "ReplaceF(Formula(a+b), \"a\", \"\")", "FORMULA:NULL+b"},
         {"", "ReplaceF(Formula(a), \"a\", \"1+\")", Inner(Message(43031), 1, 1)},
         {"", "ReplaceF(5, \"a\", 1)", QuietFailure()},
         {"f = Formula(a+b)", "ReplaceF(f, \"a\")", FunctionMessage("ReplaceF is missing its parameter 3.")},
