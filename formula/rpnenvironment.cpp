@@ -9,7 +9,7 @@
 namespace {
 
 // Messages of this file.
-constexpr int kMsgLogFileFailed = 43800;
+constexpr int kMsgLogFileFailed = 43900;
 
 std::mutex g_defaultHandlerLock;
 CRpnMessageBoxHandler g_defaultHandler;

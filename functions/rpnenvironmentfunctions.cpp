@@ -16,9 +16,9 @@ namespace {
 
 // Messages of these functions that the language file holds.
 constexpr int kMsgLoadScriptCompile = 43188;
-constexpr int kMsgFolderUnreadable = 43801;
-constexpr int kMsgScriptNotText = 43802;
-constexpr int kMsgScriptLoadsItself = 43803;
+constexpr int kMsgFolderUnreadable = 43901;
+constexpr int kMsgScriptNotText = 43902;
+constexpr int kMsgScriptLoadsItself = 43903;
 
 constexpr int kDigits = 16;
 

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr int kMsgSilentFailure = 43804;
-constexpr int kMsgNoReason = 43805;
+constexpr int kMsgSilentFailure = 43904;
+constexpr int kMsgNoReason = 43905;
 
 } // namespace
 
