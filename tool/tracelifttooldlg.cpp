@@ -274,6 +274,7 @@ void CTraceliftToolDlg::buildControls()
     QPushButton *startOver = button(TextStartOver, IdStartOver);
     QPushButton *copyPoints = button(TextCopyPoints, IdCopyPoints);
     auto *toolsRow = new QHBoxLayout;
+    pointsRow->addWidget(buildAutoTraceControls());
     toolsRow->addWidget(label(TextPosition, m_readout));
     toolsRow->addWidget(m_readout);
     toolsRow->addSpacing(12);
@@ -371,6 +372,7 @@ void CTraceliftToolDlg::connectControls()
     connect(m_canvas, &CTraceliftWnd::valueUnderMouse, this, &CTraceliftToolDlg::onValueUnderMouse);
     connect(m_canvas, &CTraceliftWnd::pictureFileOffered, this, &CTraceliftToolDlg::OfferPictureFile);
     connect(m_canvas, &CTraceliftWnd::pointDragged, this, &CTraceliftToolDlg::DragPointTo);
+    connect(m_canvas, &CTraceliftWnd::curvePicked, this, &CTraceliftToolDlg::PickCurveAt);
 }
 
 void CTraceliftToolDlg::createPlot()

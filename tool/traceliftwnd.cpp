@@ -31,6 +31,7 @@ constexpr int TextPictureFilter = 27583;
 constexpr quint32 CurveColour = 0x8080ff; // the traced curve
 constexpr quint32 FrameColour = 0xff8080; // frame and grid
 constexpr quint32 LabelColour = 0xff0000; // labels when no picture is shown
+constexpr quint32 ProposalColour = 0x00a000; // points proposed by automatic tracing
 
 QColor colourOf(quint32 bgr)
 {
@@ -236,6 +237,16 @@ void CTraceliftWnd::Paint(QPainter &painter, const QSize &size) const
             }
         }
     }
+    // A proposal of automatic tracing: small rings joined by a thin line.
+    if (!m_proposal.isEmpty()) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(colourOf(ProposalColour), 1));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPolyline(m_proposal.constData(), int(m_proposal.size()));
+        painter.setPen(QPen(colourOf(ProposalColour), 1.5));
+        for (const QPointF &p : m_proposal)
+            painter.drawEllipse(p, 3.0, 3.0);
+    }
     painter.restore();
 }
 
@@ -407,6 +418,10 @@ void CTraceliftWnd::mousePressEvent(QMouseEvent *event)
         updateCursor();
         return;
     }
+    if (isTraceMode(m_capture.m_mode) && (event->modifiers() & Qt::ShiftModifier)) {
+        emit curvePicked(event->position().x(), event->position().y());
+        return;
+    }
     if (isTraceMode(m_capture.m_mode)) {
         double distance = 0;
         const int nearest = NearestPoint(event->position().x(), event->position().y(), &distance);
@@ -422,6 +437,12 @@ void CTraceliftWnd::mousePressEvent(QMouseEvent *event)
     }
     const QPointF at = pixelCentre(event->position());
     ClickAt(at.x(), at.y());
+}
+
+void CTraceliftWnd::SetProposal(const QList<QPointF> &points)
+{
+    m_proposal = points;
+    update();
 }
 
 int CTraceliftWnd::NearestPoint(double px, double py, double *distance) const

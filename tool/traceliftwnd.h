@@ -84,6 +84,11 @@ public:
     // The value under a canvas position to the read-out, when it maps.
     void ReadOut(double px, double py);
 
+    // A proposal of automatic tracing, in canvas positions: drawn as marks
+    // over the picture until it is accepted or dropped.
+    void SetProposal(const QList<QPointF> &points);
+    const QList<QPointF> &Proposal() const { return m_proposal; }
+
     // The picture is a clipboard's or a dropped file's; both count.
     static bool ClipboardHasPicture();
     static QImage ClipboardPicture();
@@ -96,6 +101,9 @@ signals:
     void valueUnderMouse(double x, double y);
     // A picture file was dropped or chosen while the canvas waits for a picture.
     void pictureFileOffered(const QString &path);
+    // Shift and the left button in trace mode: follow the curve there
+    // (canvas position).
+    void curvePicked(double px, double py);
     // A traced point is dragged with the left button: the point's new canvas
     // position (where it was, moved as far as the mouse moved since the
     // press), as each move brings it; `finished` on the release.
@@ -128,6 +136,7 @@ private:
     bool m_dragging = false;
     // A press near a traced point grabs it; it is dragged once the mouse
     // moves away from where it was pressed, else the press is a plain click.
+    QList<QPointF> m_proposal;
     int m_grabbedPoint = -1;
     QPointF m_grabbedAt;
     QPointF m_grabbedPointPixel; // where the grabbed point was drawn
