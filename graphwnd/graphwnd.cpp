@@ -412,7 +412,7 @@ void CGraphWnd::notAvailable()
 
 bool CGraphWnd::OnCommand(int id)
 {
-    if (onObjectCommand(id))
+    if (onObjectCommand(id) || onEmiCommand(id))
         return true;
     switch (id) {
     case CmdToolSelect:
