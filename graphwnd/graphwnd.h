@@ -250,6 +250,8 @@ private:
     void updateCursor(QPoint point);
     void deleteSelection();
     void notAvailable();
+    // The option dialog on `page` (-1: the page used last); redraws when accepted.
+    void openOptions(int page);
     void syncToolBar();
     void wheelScroll(int axis, int delta);
     bool onObjectCommand(int id);
