@@ -65,7 +65,11 @@ CCurve2List::CCurve2List(QWidget *parent) : QTableWidget(0, ColumnCount, parent)
                                LanguageString(TextSymbol), LanguageString(TextConnect), QStringLiteral("Y-Axis")});
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::SingleSelection);
+    // The editors take what they need; the label the rest, and at least
+    // room for a few words.
+    horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     horizontalHeader()->setSectionResizeMode(ColLabel, QHeaderView::Stretch);
+    horizontalHeader()->setMinimumSectionSize(fontMetrics().averageCharWidth() * 6);
     verticalHeader()->setVisible(false);
     setTabKeyNavigation(false);
 }

@@ -54,7 +54,7 @@ COptions2_Dlg::COptions2_Dlg(CGraphCurve &graph, int startPage, QWidget *parent)
     if (width > 100 && height > 100)
         resize(width, height);
     else
-        resize(640, 460);
+        resize(760, 480);
     int page = startPage >= 0 ? m_tabs->indexOf(Page(COptionsFault::Page(startPage))) : -1;
     if (!pageAt(page))
         page = int(RegistryGetDword(key, QStringLiteral("Page"), 0));
