@@ -55,12 +55,20 @@ int SwitchSpectrumMode(QWidget *parent, CGraphCurve &graph, bool on, const QStri
         return 0;
     QApplication::setOverrideCursor(Qt::WaitCursor);
     int result;
+    std::vector<CSpectrumFailure> failures;
     {
         CSpectrumProgress progress(parent);
-        result = SetSpectrumMode(graph, on, progress.Factory());
+        result = SetSpectrumMode(graph, on, progress.Factory(), &failures);
     }
     QApplication::restoreOverrideCursor();
-    if (on && !result)
+    if (on && !result) {
         ShowMessage(parent, LanguageString(TextNoSpectrum).arg(shownName));
+    } else if (!failures.empty()) {
+        // One box for all the curves that were left without a spectrum.
+        QStringList texts;
+        for (const CSpectrumFailure &failure : failures)
+            texts << SpectrumFailureText(failure);
+        ShowMessage(parent, texts.join(QLatin1Char('\n')));
+    }
     return result;
 }

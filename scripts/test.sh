@@ -5,7 +5,8 @@
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
 
-tarn_install_missing "${TARN_BUILD_PACKAGES[@]}"
+# SciPy reads the exported mat-files back the way engineers open them.
+tarn_install_missing "${TARN_BUILD_PACKAGES[@]}" python3-scipy
 pch=(); [ -n "${TARN_PCH:-}" ] && pch=(-DTARN_PCH="$TARN_PCH")
 tarn_build "$TARN_ROOT/build" -DCMAKE_BUILD_TYPE=Release -DTARN_BUILD_TESTS=ON "${pch[@]}"
 cd "$TARN_ROOT/build"

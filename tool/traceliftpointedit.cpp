@@ -125,7 +125,7 @@ bool CTraceliftToolDlg::OnTraceAnotherCurve()
     // axis fields as they are, and the canvas keeps the picture and corners.
     if (m_records.m_currentCurve)
         UpdateData(true);
-    m_records.AddCurve(ReadFields());
+    m_records.AddFamilyCurve(ReadFields());
     UpdateData(false);
     m_pointsEdit->clear();
     m_pointsEdit->setEnabled(true);

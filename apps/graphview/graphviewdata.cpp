@@ -21,8 +21,12 @@ enum : int {
     TextEmptyCells = 43632,
     TextExtraCells = 43633,
     TextBadCells = 43634,
+    TextBadCellsOneLine = 43639,
     TextStopped = 43638,
 };
+
+// From a count's text to the one for a single cell.
+const int kOneCell = 10;
 
 // Marks the data as ordered when X rises all the way.
 void markOrder(CGraphData &data)
@@ -88,18 +92,23 @@ QString BadCellsText(const QString &fileName, const CTextImportReport &report)
     if (!report.HasBadCells())
         return QString();
     QStringList parts;
-    if (report.invalidCells > 0)
-        parts << LanguageString(TextInvalidCells).arg(report.invalidCells);
-    if (report.missingCells > 0)
-        parts << LanguageString(TextEmptyCells).arg(report.missingCells);
-    if (report.extraCells > 0)
-        parts << LanguageString(TextExtraCells).arg(report.extraCells);
+    // Each count has a text for one cell and one for several.
+    auto count = [&parts](std::int64_t n, int text) {
+        if (n == 1)
+            parts << LanguageString(text + kOneCell);
+        else if (n > 1)
+            parts << LanguageString(text).arg(n);
+    };
+    count(report.invalidCells, TextInvalidCells);
+    count(report.missingCells, TextEmptyCells);
+    count(report.extraCells, TextExtraCells);
     QStringList lines;
     for (std::int64_t line : report.firstBadLines)
         lines << QString::number(line);
     if (report.firstBadLines.size() == CTextImportReport::kBadLinesKept)
         lines.back() += QStringLiteral(", ...");
-    return LanguageString(TextBadCells).arg(fileName, parts.join(QStringLiteral("; ")), lines.join(QStringLiteral(", ")));
+    const int text = lines.size() == 1 ? TextBadCellsOneLine : TextBadCells;
+    return LanguageString(text).arg(fileName, parts.join(QStringLiteral("; ")), lines.join(QStringLiteral(", ")));
 }
 
 QString ImportFailureText(const QString &path, TextImport result, const CTextImportReport &report)

@@ -83,10 +83,13 @@ int CGraphviewExchange::Run(CGraphCurve &graph, const QString &shownName)
                          qPrintable(m_parser.value(m_to)));
             return 2;
         }
-        if (!SetSpectrumMode(graph, true)) {
+        std::vector<CSpectrumFailure> failures;
+        if (!SetSpectrumMode(graph, true, {}, &failures)) {
             std::fprintf(stderr, "%s\n", qPrintable(LanguageString(TextNoSpectrum).arg(shownName)));
             return 1;
         }
+        for (const CSpectrumFailure &failure : failures)
+            std::fprintf(stderr, "%s\n", qPrintable(SpectrumFailureText(failure)));
     }
     if (!m_parser.isSet(m_export))
         return -1;

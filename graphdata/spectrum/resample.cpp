@@ -110,9 +110,11 @@ int ResampleGrid(CGraphColumn *x, int rows, double start, double end, int &first
 }
 
 int ResampleOnto(const CGraphColumn *x, const CGraphColumn *y, int rows, const CGraphColumn *grid,
-                 CGraphColumnPtr &column)
+                 CGraphColumnPtr &column, int *invalidRow)
 {
     column.reset();
+    if (invalidRow)
+        *invalidRow = -1;
     if (!x || !y || !grid || grid->m_count < 1)
         return 0;
     rows = std::min({rows, x->m_count, y->m_count});
@@ -120,8 +122,11 @@ int ResampleOnto(const CGraphColumn *x, const CGraphColumn *y, int rows, const C
     int r0 = -1, r1 = -1;
     auto nextUsable = [&](int from) {
         for (int r = from; r < rows; ++r) {
-            if (x->m_valid[r] == 2 || y->m_valid[r] == 2)
+            if (x->m_valid[r] == 2 || y->m_valid[r] == 2) {
+                if (invalidRow)
+                    *invalidRow = r;
                 return -2;
+            }
             if (x->m_valid[r] == 1 && y->m_valid[r] == 1)
                 return r;
         }

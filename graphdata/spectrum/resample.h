@@ -25,8 +25,9 @@ int ResampleGrid(CGraphColumn *x, int rows, double start, double end, int &first
 // are passed over, values before the first or after the last such row
 // follow the nearest line.  Fails at any invalid row, or with fewer than 2
 // usable rows.  The result has the grid's length, all valid, and y's name.
+// When given, invalidRow receives the invalid row that stopped it, or -1.
 int ResampleOnto(const CGraphColumn *x, const CGraphColumn *y, int rows, const CGraphColumn *grid,
-                 CGraphColumnPtr &column);
+                 CGraphColumnPtr &column, int *invalidRow = nullptr);
 
 // The M = (N - 1) / 2 + 1 bins of a transform of length N: k / (x[last] -
 // x[first]), all valid, kind KindSpectrum, named "Frequency".  Fails for a

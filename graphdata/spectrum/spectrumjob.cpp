@@ -6,6 +6,7 @@
 #include "graphdata/graphsnapshot.h"
 #include "graphdata/spectrum/resample.h"
 #include "graphdata/spectrum/spectrumtransform.h"
+#include "support/languagestring.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +16,13 @@
 namespace {
 
 const double kDegreesPerRadian = 57.29577951308232;
+
+enum : int {
+    TextInvalidRow = 43621,
+    TextTooFewRows = 43622,
+    TextOutOfMemory = 43623,
+    TextInvalidRowNoX = 43624,
+};
 
 // The transform of the last length used, shared by the curves of a graph
 // (they all have the grid's length).  The user-interface thread alone runs
@@ -112,7 +120,21 @@ int PrepareSpectrum(CGraphCurve &graph)
     return 1;
 }
 
-int CurveSpectrum(CGraphCurve &graph, CCurveInfo &curve, const CFourierTransform::Progress &progress)
+QString SpectrumFailureText(const CSpectrumFailure &failure)
+{
+    switch (failure.reason) {
+    case CSpectrumFailure::InvalidRow:
+        if (!std::isfinite(failure.x))
+            return LanguageString(TextInvalidRowNoX).arg(failure.name).arg(failure.row + 1);
+        return LanguageString(TextInvalidRow).arg(failure.name).arg(failure.row + 1).arg(failure.x, 0, 'g', 10);
+    case CSpectrumFailure::OutOfMemory: return LanguageString(TextOutOfMemory).arg(failure.name);
+    case CSpectrumFailure::TooFewRows: break;
+    }
+    return LanguageString(TextTooFewRows).arg(failure.name);
+}
+
+int CurveSpectrum(CGraphCurve &graph, CCurveInfo &curve, const CFourierTransform::Progress &progress,
+                  CSpectrumFailure *failure)
 {
     if (curve.m_spectrumMagnitude)
         return 1;
@@ -151,19 +173,34 @@ int CurveSpectrum(CGraphCurve &graph, CCurveInfo &curve, const CFourierTransform
 
     const int bins = graph.m_frequencyColumn->m_count;
     int result = 0;
+    bool cancelled = false;
+    CSpectrumFailure why;
+    why.name = name;
     try {
         CGraphColumnPtr samples;
-        if (x && y && ResampleOnto(x, y, rows, graph.m_resampledX.Get(), samples)) {
+        int invalidRow = -1;
+        if (x && y && ResampleOnto(x, y, rows, graph.m_resampledX.Get(), samples, &invalidRow)) {
             samples->m_name = name;
             CFourierTransform *transform = transformFor(graph.m_spectrumLength);
+            CFourierTransform::Progress watched;
+            if (progress)
+                watched = [&](double f) { return !(cancelled = !progress(f)); };
             const int done = Spectrum(0, graph.m_spectrumLength, graph.m_spectrumStep, samples.Get(),
                                       curve.m_spectrumMagnitude, curve.m_spectrumAngle, curve.m_spectrumReal,
-                                      curve.m_spectrumImag, progress, transform);
+                                      curve.m_spectrumImag, watched, transform);
             result = done >= 0 ? 1 : 0;
+        } else if (invalidRow >= 0) {
+            why.reason = CSpectrumFailure::InvalidRow;
+            why.row = invalidRow;
+            why.x = x && invalidRow < x->m_count && x->m_valid[invalidRow] == 1 ? x->m_values[invalidRow]
+                                                                                 : std::nan("");
         }
     } catch (const std::bad_alloc &) {
+        why.reason = CSpectrumFailure::OutOfMemory;
         result = 0;
     }
+    if (!result && !cancelled && failure)
+        *failure = why;
     if (!result) {
         lastTransform().reset();
         EmptySpectrum(bins, name, curve.m_spectrumMagnitude, curve.m_spectrumAngle, curve.m_spectrumReal,
@@ -173,7 +210,8 @@ int CurveSpectrum(CGraphCurve &graph, CCurveInfo &curve, const CFourierTransform
     return result;
 }
 
-int AllCurveSpectra(CGraphCurve &graph, const SpectrumProgressFactory &progress)
+int AllCurveSpectra(CGraphCurve &graph, const SpectrumProgressFactory &progress,
+                    std::vector<CSpectrumFailure> *failures)
 {
     int ok = 1;
     for (CCurveInfo *curve : graph.m_curves) {
@@ -185,11 +223,14 @@ int AllCurveSpectra(CGraphCurve &graph, const SpectrumProgressFactory &progress)
         CFourierTransform::Progress watched;
         if (report)
             watched = [&](double f) { return (cancelled = !report(f)) == false; };
-        const int r = CurveSpectrum(graph, *curve, watched);
+        CSpectrumFailure why;
+        const int r = CurveSpectrum(graph, *curve, watched, &why);
         if (r == 0)
             ok = 0;
         if (cancelled)
             break;
+        if (r == 0 && failures)
+            failures->push_back(why);
     }
     return ok;
 }
@@ -284,13 +325,14 @@ void FitSpectrumRanges(CGraphCurve &graph)
     }
 }
 
-int SetSpectrumMode(CGraphCurve &graph, bool on, const SpectrumProgressFactory &progress)
+int SetSpectrumMode(CGraphCurve &graph, bool on, const SpectrumProgressFactory &progress,
+                    std::vector<CSpectrumFailure> *failures)
 {
     if (on) {
         if (!PrepareSpectrum(graph))
             return 0;
         graph.m_spectrumMode = 1;
-        AllCurveSpectra(graph, progress);
+        AllCurveSpectra(graph, progress, failures);
         graph.m_xAxisName = QStringLiteral("Frequency");
         FitSpectrumRanges(graph);
     } else {

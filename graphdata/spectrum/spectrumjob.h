@@ -13,10 +13,24 @@
 
 #include <QString>
 #include <functional>
+#include <vector>
 
 class CGraphCurve;
 class CCurveInfo;
 class CGraphColumn;
+
+// Why a curve got no spectrum, for the message that tells the user.
+struct CSpectrumFailure
+{
+    enum Reason { InvalidRow, TooFewRows, OutOfMemory };
+    QString name;   // the transformed column
+    Reason reason = TooFewRows;
+    int row = -1;   // the invalid row (from 0), for InvalidRow
+    double x = 0;   // X at that row, when it has one
+};
+
+// The user's text for a failure.
+QString SpectrumFailureText(const CSpectrumFailure &failure);
 
 // Makes the progress callback for the transform of one curve, given the
 // name of the column being transformed; an empty function reports nothing.
@@ -36,12 +50,16 @@ int PrepareSpectrum(CGraphCurve &graph);
 // columns of the frequency's length stand in, so that the curve shows
 // nothing without trying again.  Returns 1 computed (or already there),
 // 0 failed or cancelled, -1 when skipped (limit line, no grid, or another
-// transform running).
-int CurveSpectrum(CGraphCurve &graph, CCurveInfo &curve, const CFourierTransform::Progress &progress = {});
+// transform running).  A failure other than a cancel is described in
+// `failure` when given.
+int CurveSpectrum(CGraphCurve &graph, CCurveInfo &curve, const CFourierTransform::Progress &progress = {},
+                  CSpectrumFailure *failure = nullptr);
 
 // Every curve's results; 0 when any failed or was cancelled (a cancel stops
 // the rest, which keep no results and are tried again on the next pass).
-int AllCurveSpectra(CGraphCurve &graph, const SpectrumProgressFactory &progress = {});
+// The curves that failed other than by a cancel are added to `failures`.
+int AllCurveSpectra(CGraphCurve &graph, const SpectrumProgressFactory &progress = {},
+                    std::vector<CSpectrumFailure> *failures = nullptr);
 
 // The column a curve shows in spectrum mode: its component (magnitude,
 // angle in radians or degrees, sine or cosine amplitude), in the log or dB
@@ -55,8 +73,10 @@ const CGraphColumn *SpectrumXColumn(const CGraphCurve &graph);
 
 // Enters (on) or leaves spectrum mode: the spectra are computed on entry,
 // the axes fitted again, and the X label becomes "Frequency" or "Time".
-// Returns 0 when entering failed (the graph stays in time mode).
-int SetSpectrumMode(CGraphCurve &graph, bool on, const SpectrumProgressFactory &progress = {});
+// Returns 0 when entering failed (the graph stays in time mode).  Curves
+// whose own spectrum failed on entry are added to `failures`.
+int SetSpectrumMode(CGraphCurve &graph, bool on, const SpectrumProgressFactory &progress = {},
+                    std::vector<CSpectrumFailure> *failures = nullptr);
 
 // Fits the axes of a graph in spectrum mode to its frequency and results.
 void FitSpectrumRanges(CGraphCurve &graph);

@@ -201,3 +201,51 @@ TEST_F(TraceliftTest, TraceAnotherCurveKeepsPictureCornersAndValues)
         withPoints += dialog->Records().At(i)->GetPointCount() > 0;
     EXPECT_EQ(withPoints, 2);
 }
+
+TEST_F(TraceliftTest, AFamilyTracedCurveByCurveSavesAndLoadsBack)
+{
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
+    reach(ModeTrace, g);
+    ASSERT_EQ(mode(), ModeTrace);
+    // Three curves over the same X range: the drawn one and two below it.
+    QStringList traced;
+    for (int curve = 0; curve < 3; ++curve) {
+        if (curve > 0) {
+            ASSERT_TRUE(dialog->OnTraceAnotherCurve()) << curve;
+        }
+        for (int i : {2, 5, 8})
+            click(g.vertices[i] + QPoint(0, 25 * curve));
+        traced << text(IdPoints);
+        next();
+        ASSERT_EQ(mode(), ModePlotted) << curve;
+    }
+
+    QStringList paths;
+    for (int i = 0; i < 3; ++i)
+        paths << files.filePath(QStringLiteral("curve%1.txt").arg(i));
+    prompts.fileNames = paths;
+    control<QPushButton>(CTraceliftToolDlg::IdOk)->click();
+    ASSERT_TRUE(prompts.messages.isEmpty()) << qPrintable(prompts.MessageTexts().join(u'|'));
+    EXPECT_EQ(prompts.filePrompts.size(), 3);
+
+    // Each file holds one of the curves; read back, each gives its points.
+    QStringList loaded;
+    for (const QString &path : paths) {
+        dialog = std::make_unique<CTraceliftToolDlg>();
+        dialog->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog.get()));
+        prompts.fileNames = {path};
+        control<QPushButton>(IdLoad)->click();
+        ASSERT_TRUE(prompts.messages.isEmpty()) << qPrintable(prompts.MessageTexts().join(u'|'));
+        loaded << FormatPointText(canvas()->m_capture.m_points.pairs.GetData(), canvas()->m_capture.m_points.count);
+    }
+    for (const QString &t : traced) {
+        int count = 0;
+        CMyDoubleArray pairs;
+        ParsePointText(t, count, pairs, true);
+        EXPECT_TRUE(loaded.contains(FormatPointText(pairs.GetData(), count))) << qPrintable(t);
+    }
+}

@@ -247,7 +247,7 @@ bool CCurveRecords::SaveFields(const CToolFields &fields)
         p[2 * i + 1] = pairs[2 * i + 1 - a];
     }
     // A curve with points is finished; one without is fresh again.
-    const QString tj = count > 0 ? QString::fromLatin1(FinishedCurveTemperature) : QString();
+    const QString tj = count > 0 ? finishedTemperature(current) : QString();
     if (current->ConditionValue(conditionName()) != tj) {
         SetTemperature(current, tj);
         Sort();
@@ -284,6 +284,38 @@ bool CCurveRecords::AddCurve(const CToolFields &fields)
     return Size() > m_curveCount + 1;
 }
 
+bool CCurveRecords::AddFamilyCurve(const CToolFields &fields)
+{
+    const bool further = AddCurve(fields);
+    if (m_currentCurve && !m_currentCurve->IsTemplate())
+        m_currentCurve->flags |= CGraphInfoData::FlagFamilyCurve;
+    return further;
+}
+
+QString CCurveRecords::finishedTemperature(const CGraphInfoData *curve) const
+{
+    const QString finished = QString::fromLatin1(FinishedCurveTemperature);
+    if (!(curve->flags & CGraphInfoData::FlagFamilyCurve))
+        return finished;
+    // Once finished, a family curve keeps its temperature.
+    const QString own = curve->ConditionValue(conditionName());
+    if (!own.isEmpty())
+        return own;
+    auto taken = [&](std::int64_t key) {
+        for (int i = 0; i < Size(); ++i) {
+            const CGraphInfoData *r = At(i);
+            if (r != curve && !r->IsTemplate() && r->sortKey == key)
+                return true;
+        }
+        return false;
+    };
+    for (int t = finished.toInt();; ++t) {
+        const QString text = QString::number(t);
+        if (!taken(SortKeyFromText(text)))
+            return text;
+    }
+}
+
 bool CCurveRecords::insertFreshCurve()
 {
     CArrayOfPtr *list = List();
@@ -291,7 +323,7 @@ bool CCurveRecords::insertFreshCurve()
     if (!list || !templ)
         return false;
     auto *curve = new CGraphInfoData(*templ);
-    curve->flags &= ~std::uint32_t(CGraphInfoData::FlagTemplate);
+    curve->flags &= ~std::uint32_t(CGraphInfoData::FlagTemplate | CGraphInfoData::FlagFamilyCurve);
     curve->RemoveAllPoints();
     SetTemperature(curve, QString());
     int index = Size() - 1;

@@ -115,6 +115,13 @@ public:
     // picture, which goes straight to entering values (mode 14).
     bool AddCurve(const CToolFields &fields);
 
+    // A further curve of the same picture: added as AddCurve adds one, and
+    // flagged so that, once it has points, it is keyed by the lowest whole
+    // temperature from 25 up that no other real curve holds (26 beside a
+    // first curve at 25, then 27, ...).  Every curve of a family so has a key
+    // of its own, and the family passes the key check of saving.
+    bool AddFamilyCurve(const CToolFields &fields);
+
     // The record side of a finished trace (and of an applied typed curve):
     // save the fields (which keys the curve "25" when it has points) and
     // remove empty records.
@@ -154,4 +161,6 @@ private:
     // A copy of the template, emptied, keyed 0 and made current, inserted
     // before the first record whose key is not negative.
     bool insertFreshCurve();
+    // The TJ a curve with points is finished at.
+    QString finishedTemperature(const CGraphInfoData *curve) const;
 };

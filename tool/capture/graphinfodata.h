@@ -50,6 +50,9 @@ public:
     enum : std::uint32_t {
         FlagAxesExchanged = 0x1000, // written with X and Y crossed
         FlagTemplate = 0x10000,     // the template at the end of the curve list
+        // A further curve of a picture's family (Trace another curve): it is
+        // finished at a temperature of its own, so that the family saves.
+        FlagFamilyCurve = 0x20000,
     };
 
     double xMin = 0.0;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <matio.h>
@@ -137,4 +138,59 @@ TEST(MatExport, ReadBackBitForBit)
     EXPECT_EQ(s.data[2], 5e-324);
     EXPECT_EQ(s.data[3], std::numeric_limits<double>::infinity());
     EXPECT_EQ(mapped.at("Time").data[0], 3e-3);
+}
+
+// The file as an engineer's tool sees it: SciPy's loadmat, when the machine
+// has it, finds each column as a double column vector under its name with
+// the same bits.
+TEST(MatExport, SciPyReadsTheColumns)
+{
+    const QString python = u"/usr/bin/python3"_qs;
+    QProcess probe;
+    probe.start(python, {u"-c"_qs, u"import scipy.io"_qs});
+    if (!probe.waitForFinished(60000) || probe.exitStatus() != QProcess::NormalExit || probe.exitCode() != 0)
+        GTEST_SKIP() << "SciPy is not installed";
+
+    std::vector<double> t, u;
+    for (int i = 0; i < 100; ++i) {
+        t.push_back(i * 1e-3);
+        u.push_back(std::sin(i * 0.7) * std::pow(2.0, i % 64 - 32));
+    }
+    CGraphColumnPtr a = makeColumn(t, {}, u"Time"_qs), b = makeColumn(u, {}, u"V(out)"_qs);
+    const CGraphColumn *list[] = {a.Get(), b.Get()};
+    QTemporaryDir dir;
+    const QString path = dir.filePath(u"cols.mat"_qs);
+    QString error;
+    ASSERT_EQ(SaveAsText(path, list, 2, 100, ExportMatFile, nullptr, &error), 1) << error.toStdString();
+
+    // One line per variable: name, shape, class, then every value in the
+    // shortest form that reads back to the same double.
+    const QString script = uR"(
+import sys, scipy.io
+m = scipy.io.loadmat(sys.argv[1])
+for k in sorted(k for k in m if not k.startswith('__')):
+    v = m[k]
+    print(k, str(v.shape).replace(' ', ''), v.dtype, ' '.join(repr(float(x)) for x in v.ravel()))
+)"_qs;
+    QProcess reader;
+    reader.start(python, {u"-c"_qs, script, path});
+    ASSERT_TRUE(reader.waitForFinished(60000));
+    ASSERT_EQ(reader.exitCode(), 0) << reader.readAllStandardError().toStdString();
+    const QStringList lines = QString::fromUtf8(reader.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2);
+    const struct
+    {
+        const char *head;
+        const std::vector<double> *values;
+    } expected[] = {{"Time (100,1) float64", &t}, {"V_out (100,1) float64", &u}};
+    for (int i = 0; i < 2; ++i) {
+        SCOPED_TRACE(expected[i].head);
+        const QStringList words = lines[i].split(u' ');
+        ASSERT_EQ(words.size(), 3 + int(expected[i].values->size()));
+        EXPECT_EQ(words.mid(0, 3).join(u' ').toStdString(), expected[i].head);
+        for (std::size_t r = 0; r < expected[i].values->size(); ++r) {
+            const double read = std::strtod(words[3 + int(r)].toLatin1().constData(), nullptr);
+            ASSERT_TRUE(sameBits(read, (*expected[i].values)[r])) << r << ": " << words[3 + int(r)].toStdString();
+        }
+    }
 }

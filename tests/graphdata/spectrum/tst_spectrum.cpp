@@ -3,6 +3,7 @@
 #include "graphdata/spectrum/resample.h"
 #include "graphdata/spectrum/spectrumjob.h"
 #include "graphdata/spectrum/spectrumtransform.h"
+#include "support/languagestring.h"
 
 #include <gtest/gtest.h>
 
@@ -340,6 +341,57 @@ TEST(SpectrumMode, EnteringComputesEveryCurveAndLeavingReturnsToTime)
     EXPECT_EQ(graph.m_spectrumMode, 0);
     EXPECT_EQ(graph.m_xAxisName, u"Time"_qs);
     EXPECT_GE(graph.m_xViewMax, 1023);
+}
+
+TEST(SpectrumMode, CurvesLeftWithoutSpectrumAreNamedWithTheirRow)
+{
+    ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG)));
+    const struct
+    {
+        const char *name;
+        int invalidRow;     // in U2
+        double start, end;  // the span asked for
+        int failedRow;      // -1: U2 gets its spectrum
+    } cases[] = {
+        {"invalid row inside the span", 10, 0, 0, 10},
+        {"invalid row before the span is still read", 5, 20, 50, 5},
+        {"invalid row past the span is never read", 90, 0, 50, -1},
+        {"no invalid row", -1, 0, 0, -1},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        CGraphCurve graph;
+        fillGraph(graph, 100, false);
+        if (c.invalidRow >= 0)
+            graph.m_data.GetColumn(2)->m_valid[c.invalidRow] = 2;
+        graph.m_spectrumStart = c.start;
+        graph.m_spectrumEnd = c.end;
+        std::vector<CSpectrumFailure> failures;
+        ASSERT_EQ(SetSpectrumMode(graph, true, {}, &failures), 1);
+        if (c.failedRow < 0) {
+            EXPECT_TRUE(failures.empty());
+            EXPECT_EQ(graph.Curve(1)->m_spectrumMagnitude->m_valid[1], 1);
+            continue;
+        }
+        ASSERT_EQ(failures.size(), 1u);
+        const CSpectrumFailure &f = failures[0];
+        EXPECT_EQ(f.name, u"U2"_qs);
+        EXPECT_EQ(f.reason, CSpectrumFailure::InvalidRow);
+        EXPECT_EQ(f.row, c.failedRow);
+        EXPECT_EQ(f.x, c.failedRow);
+        // The text names the curve and the row as the user counts them.
+        const QString text = SpectrumFailureText(f);
+        EXPECT_TRUE(text.contains(u"U2"_qs)) << text.toStdString();
+        EXPECT_TRUE(text.contains(QString::number(c.failedRow + 1))) << text.toStdString();
+    }
+
+    // A cancel is the user's choice, not a failure to report.
+    CGraphCurve graph;
+    fillGraph(graph, 1 << 12, true);
+    ASSERT_EQ(PrepareSpectrum(graph), 1);
+    std::vector<CSpectrumFailure> failures;
+    AllCurveSpectra(graph, [](const QString &) { return [](double) { return false; }; }, &failures);
+    EXPECT_TRUE(failures.empty());
 }
 
 TEST(SpectrumMode, LogAndDecibelFormsAndTheDcRow)

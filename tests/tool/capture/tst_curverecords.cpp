@@ -193,6 +193,48 @@ TEST(CurveRecords, SavingChecks)
     }
 }
 
+TEST(CurveRecords, FurtherCurvesOfAFamilyGetKeysOfTheirOwn)
+{
+    // Each step adds a curve and finishes it with points: 'A' as Add curve
+    // does, 'F' as a further curve of a family; 'R' starts the current curve
+    // over and finishes it again.
+    const struct { const char *steps; S order; int message; } cases[] = {
+        {"AFF", {"25", "26", "27", "T"}, 0},
+        {"F", {"25", "T"}, 0},
+        {"AA", {"25", "25", "T"}, 27534}, // Add curve alone keeps every curve at 25
+        {"AFA", {"25", "25", "26", "T"}, 27534},
+        {"AFFR", {"25", "26", "27", "T"}, 0}, // the restarted curve takes its old key again
+        {"AFRF", {"25", "26", "27", "T"}, 0},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.steps);
+        Records rec({});
+        CToolFields fields;
+        fields.xAtFirst = "0";
+        fields.xAtSecond = "10";
+        fields.yAtFirst = "0";
+        fields.yAtSecond = "1";
+        for (const char *step = c.steps; *step; ++step) {
+            fields.points = "(0,1)(10,2)";
+            if (*step == 'R') {
+                rec.r.ResetCurrentCurve();
+                fields.points.clear();
+                rec.r.SaveFields(fields);
+                EXPECT_EQ(rec.r.m_currentCurve->sortKey, 0);
+                fields.points = "(0,1)(10,2)";
+            } else if (*step == 'F') {
+                rec.r.AddFamilyCurve(fields);
+            } else {
+                rec.r.AddCurve(fields);
+            }
+            rec.r.FinishTrace(fields);
+            EXPECT_EQ(rec.r.CheckInvariant(), QString());
+        }
+        EXPECT_EQ(rec.Order(), c.order);
+        EXPECT_EQ(rec.r.PrepareSaving(fields).messageId, c.message);
+    }
+}
+
 TEST(CurveRecords, SavedFieldsCrossWhenAxesAreExchanged)
 {
     Records rec({});
