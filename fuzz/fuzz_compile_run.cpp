@@ -12,18 +12,16 @@
 #include "formula/rpnexception.h"
 #include "formula/rpnseries.h"
 #include "formula/rpntree.h"
+#include "fuzzwatchdog.h"
 
 #include <QString>
 #include <chrono>
-#include <condition_variable>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <string>
-#include <mutex>
-#include <thread>
 
 namespace {
 
@@ -33,46 +31,9 @@ void check(bool ok)
         std::abort();
 }
 
-// Stops the tree being run once it has run too long.
-class Watchdog
+CFuzzWatchdog &watchdog()
 {
-public:
-    Watchdog()
-        : m_thread([this] { watch(); })
-    {
-        m_thread.detach(); // lives as long as the process
-    }
-    void Begin(CEquationTree *tree)
-    {
-        std::lock_guard guard(m_lock);
-        m_tree = tree;
-        m_started = std::chrono::steady_clock::now();
-    }
-    void End()
-    {
-        std::lock_guard guard(m_lock);
-        m_tree = nullptr;
-    }
-
-private:
-    void watch()
-    {
-        for (;;) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-            std::lock_guard guard(m_lock);
-            if (m_tree && std::chrono::steady_clock::now() - m_started > std::chrono::milliseconds(100))
-                m_tree->Stop();
-        }
-    }
-    std::mutex m_lock;
-    CEquationTree *m_tree = nullptr;
-    std::chrono::steady_clock::time_point m_started;
-    std::thread m_thread;
-};
-
-Watchdog &watchdog()
-{
-    static Watchdog *dog = new Watchdog;
+    static CFuzzWatchdog *dog = new CFuzzWatchdog(std::chrono::milliseconds(100), std::chrono::milliseconds(10));
     return *dog;
 }
 

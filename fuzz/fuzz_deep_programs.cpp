@@ -12,13 +12,12 @@
 #include "functions/rpnfunctions.h"
 #include "formula/rpnexception.h"
 #include "formula/rpntree.h"
+#include "fuzzwatchdog.h"
 
 #include <QString>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
-#include <mutex>
-#include <thread>
 
 namespace {
 
@@ -28,45 +27,9 @@ void check(bool ok)
         std::abort();
 }
 
-class Watchdog
+CFuzzWatchdog &watchdog()
 {
-public:
-    Watchdog()
-        : m_thread([this] { watch(); })
-    {
-        m_thread.detach(); // lives as long as the process
-    }
-    void Begin(CEquationTree *tree)
-    {
-        std::lock_guard guard(m_lock);
-        m_tree = tree;
-        m_started = std::chrono::steady_clock::now();
-    }
-    void End()
-    {
-        std::lock_guard guard(m_lock);
-        m_tree = nullptr;
-    }
-
-private:
-    void watch()
-    {
-        for (;;) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            std::lock_guard guard(m_lock);
-            if (m_tree && std::chrono::steady_clock::now() - m_started > std::chrono::seconds(2))
-                m_tree->Stop();
-        }
-    }
-    std::mutex m_lock;
-    CEquationTree *m_tree = nullptr;
-    std::chrono::steady_clock::time_point m_started;
-    std::thread m_thread;
-};
-
-Watchdog &watchdog()
-{
-    static Watchdog *dog = new Watchdog;
+    static CFuzzWatchdog *dog = new CFuzzWatchdog(std::chrono::milliseconds(2000), std::chrono::milliseconds(20));
     return *dog;
 }
 

@@ -120,7 +120,7 @@ public:
     CGraphColumn **m_logColumns = nullptr;
     std::uint32_t m_dataFlags = 0;
     std::int32_t m_generation = 0;
-    QByteArray m_fileBlocks[3];
+    QByteArray m_fileBlocks[3]; // blocks of the file the data came from; 0: its first attachment
     CGraphAttachment *m_attachment = nullptr;
     std::int32_t m_globalSlot = 0;
     QString m_messageText;

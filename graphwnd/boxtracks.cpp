@@ -2,6 +2,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace {
 
 // The frame inverts what lies under it, so that it shows on any picture
@@ -66,6 +68,7 @@ void CPartialBoxTrackGraph::OnMouseMove(QPoint point, Qt::KeyboardModifiers keys
     if (m_feedbackShown)
         DrawFeedback();
     point.setX(std::clamp(point.x(), m_clientRect.left(), m_clientRect.right()));
+    point.setY(std::clamp(point.y(), std::min(m_top, m_bottom), std::max(m_top, m_bottom)));
     m_current = point;
     if (m_running)
         DrawFeedback();
@@ -73,6 +76,8 @@ void CPartialBoxTrackGraph::OnMouseMove(QPoint point, Qt::KeyboardModifiers keys
 
 QRect CPartialBoxTrackGraph::BoxRect() const
 {
+    if (!m_spanOnly)
+        return QRect(m_start, m_current).normalized();
     return QRect(QPoint(std::min(m_start.x(), m_current.x()), m_top),
                  QPoint(std::max(m_start.x(), m_current.x()), m_bottom));
 }

@@ -34,7 +34,8 @@ public:
 };
 
 // A box over the plot's whole height between the start's X and the
-// mouse's: a span of X.
+// mouse's: a span of X.  With m_spanOnly clear the box follows the mouse
+// in Y as well, held inside m_top..m_bottom.
 class CPartialBoxTrackGraph : public CActionMouseTrack
 {
 public:
@@ -45,4 +46,5 @@ public:
 
     // the plot's height, set by the window before it starts the track
     int m_top = 0, m_bottom = 0;
+    bool m_spanOnly = true;
 };

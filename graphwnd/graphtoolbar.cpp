@@ -124,6 +124,23 @@ QIcon drawIcon(int command)
         p.drawEllipse(QPointF(10, 10), 2.2, 2.2);
         break;
     }
+    case CmdToolLine:
+        p.setPen(QPen(QColor(190, 30, 30), 1.5, Qt::SolidLine, Qt::RoundCap));
+        p.drawLine(QPointF(17, 17), QPointF(5, 5));
+        arrowHead(QPointF(3, 3), QPointF(-1, -1) / std::sqrt(2.0));
+        break;
+    case CmdToolRect:
+        p.setPen(QPen(QColor(190, 30, 30), 1.5));
+        p.drawRect(QRectF(3, 5, 14, 10));
+        break;
+    case CmdToolText: {
+        QFont f = p.font();
+        f.setPixelSize(15);
+        f.setBold(true);
+        p.setFont(f);
+        p.drawText(QRectF(0, 0, kIconSize, kIconSize), Qt::AlignCenter, QStringLiteral("A"));
+        break;
+    }
     case CmdSaveAs:
         p.setBrush(QColor(90, 120, 180));
         p.drawRoundedRect(QRectF(3, 3, 14, 14), 1.5, 1.5);
@@ -161,6 +178,9 @@ CGraphToolBar::CGraphToolBar(QWidget *parent) : QToolBar(parent)
     add(CmdToolPan, true);
     add(CmdToolZoomBox, true);
     add(CmdToolZoomPath, true);
+    add(CmdToolLine, true);
+    add(CmdToolRect, true);
+    add(CmdToolText, true);
     addSeparator();
     add(CmdFullView, false);
     add(CmdAutoscale, false);
@@ -184,9 +204,10 @@ QAction *CGraphToolBar::ActionFor(int command) const
 
 void CGraphToolBar::ShowTool(int tool)
 {
-    static const int commands[] = {CmdToolSelect, CmdToolPan, CmdToolZoomBox, CmdToolZoomPath};
-    for (int i = 0; i < 4; ++i) {
-        if (QAction *action = ActionFor(commands[i]))
-            action->setChecked(tool == i + 1);
+    static const int commands[][2] = {{CmdToolSelect, 1}, {CmdToolPan, 2},  {CmdToolZoomBox, 3}, {CmdToolZoomPath, 4},
+                                      {CmdToolLine, 8},   {CmdToolRect, 9}, {CmdToolText, 10}};
+    for (const auto &c : commands) {
+        if (QAction *action = ActionFor(c[0]))
+            action->setChecked(tool == c[1]);
     }
 }

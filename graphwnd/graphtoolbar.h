@@ -14,7 +14,8 @@ class CGraphToolBar : public QToolBar
 public:
     explicit CGraphToolBar(QWidget *parent = nullptr);
 
-    // Checks the button of `tool` (1 select, 2 pan, 3 and 4 zoom); other
+    // Checks the button of `tool` (1 select, 2 pan, 3 and 4 zoom, 8 line,
+    // 9 rectangle, 10 text); other
     // tools leave none checked.
     void ShowTool(int tool);
     QAction *ActionFor(int command) const;

@@ -5,6 +5,7 @@
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/graphdraw.h"
+#include "graphdata/draw/objectstore.h"
 #include "graphdata/grapherrors.h"
 #include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphsaveas.h"
@@ -126,6 +127,11 @@ void CGraphWnd::SetGraphDataCopy(const CGraphData &data)
     for (int c = 1; c < data.ColumnCount(); ++c)
         graph->AddCurve(c, 0, false, changed);
     graph->FitRanges();
+    // Drawing objects that came with the data from a graph file.
+    const QByteArray &objects = data->m_fileBlocks[0];
+    QString message;
+    if (IsObjectsBlock(objects) && !RestoreObjects(objects, graph->m_textObjects, message))
+        ShowMessage(this, message);
     SetGraphData(graph, 0, true);
 }
 
@@ -301,6 +307,8 @@ void CGraphWnd::paintEvent(QPaintEvent *event)
     for (CTextnLine *object : m_selection)
         p.drawRect(object->LastRect());
     p.restore();
+    for (CTextnLine *object : m_selection)
+        object->DrawHandles(p);
     if (m_activeTrack && m_activeTrack->m_feedbackShown)
         m_activeTrack->PaintFeedback(p);
 }
@@ -402,6 +410,8 @@ void CGraphWnd::notAvailable()
 
 bool CGraphWnd::OnCommand(int id)
 {
+    if (onObjectCommand(id))
+        return true;
     switch (id) {
     case CmdToolSelect:
         SetTool(1);
@@ -461,6 +471,7 @@ void CGraphWnd::deleteSelection()
 {
     if (!m_graphData || m_selection.empty())
         return;
+    RememberObjects();
     QRect dirty;
     for (CTextnLine *object : m_selection) {
         dirty = dirty.united(object->LastRect());

@@ -11,9 +11,12 @@
 //
 // Mouse tools: 1 select and move objects, 2 pan (on an axis: scroll that
 // axis), 3 and 4 zoom box, 5 zoom by dragging an edge, 6 zoom along X,
-// 7 zoom along Y, 11 events go to the host's cursor object.
+// 7 zoom along Y, 8 draw a line (an arrow), 9 draw a rectangle (with Shift
+// a span of X over the plot's height), 10 place a text, 11 events go to the
+// host's cursor object.
 
 #include "graphdata/draw/bitmapscreendraw.h"
+#include "graphdata/draw/drawobjects.h"
 #include "graphdata/graphcurve.h"
 #include "graphwnd/boxtracks.h"
 #include "graphwnd/graphviewops.h"
@@ -47,6 +50,10 @@ enum GraphCommand : int {
     CmdYAxis = 14010,
     CmdOptions = 14011,
     CmdSaveAs = 14012,
+    CmdToolLine = 14020,
+    CmdToolRect = 14021,
+    CmdToolText = 14022,
+    CmdUndoObject = 14023,
     CmdThicknessNone = 16000, // 16001 to 16006: thickness 1 to 6
     CmdCurveProperties = 16010,
     CmdDelete = 16011,
@@ -97,7 +104,8 @@ public:
     virtual void SetGraphData(CGraphCurve *graph, int kind = 0, bool owns = true, const QFont *font = nullptr,
                               int printFlags = 0);
     // A new graph of its own over `data`: column 0 as X, a curve for every
-    // other column, the view fitted to the data.
+    // other column, the view fitted to the data, with the drawing objects
+    // that came with the data from a graph file (its m_fileBlocks[0]).
     virtual void SetGraphDataCopy(const CGraphData &data);
 
     // ---- commands and drawing --------------------------------------------------
@@ -154,6 +162,21 @@ public:
     // -2 nothing, -1 the X axis, 0.. the Y axis under the point.
     int AxisAt(QPoint point) const;
     CGraphToolBar *ToolBar() const { return m_toolBar; }
+
+    // ---- drawing objects (graphwndobjects.cpp) ----------------------------------
+    // Keeps the objects as they are now, for UndoObjectEdit; each edit of
+    // objects calls it first.
+    void RememberObjects();
+    // Brings back the objects as they were before the last edit; false when
+    // there is nothing to undo.
+    bool UndoObjectEdit();
+    bool CanUndoObjectEdit() const { return m_haveUndo; }
+    // The text of a new text object, asked for at `point`; empty to place
+    // none.  A host or a test may replace the question.
+    std::function<QString(CGraphWnd &, QPoint)> m_askObjectText;
+    // The style of new lines and rectangles.
+    CLogPen m_newPen{0, 1, 0, 0x000000C0};
+    int m_newArrowStyle = CDrawLines::ArrowFilled;
     const CStepCounts &StepCounts() const { return m_stepCounts; }
 
     // Members, in the order of the window's state.
@@ -209,6 +232,11 @@ private:
     void notAvailable();
     void syncToolBar();
     void wheelScroll(int axis, int delta);
+    bool onObjectCommand(int id);
+    // Tools 8 to 10 on a left press; true when the press was theirs.
+    bool startPlacing(int tool, QPoint point, Qt::KeyboardModifiers keys);
+    // The end of a track that places or edits objects; true when it was one.
+    bool objectTrackEnded(CActionMouseTrack *track, int result);
 
     CGraphToolBar *m_toolBar = nullptr;
     std::vector<CTextnLine *> m_selection; // not owned: the graph owns its objects
@@ -223,4 +251,7 @@ private:
     CViewRanges m_defaultView;
     CStepCounts m_stepCounts;
     CWheelSteps m_wheelSteps; // parts of a notch from fine wheels
+    QByteArray m_undoObjects;    // the objects before the last edit
+    QByteArray m_pendingUndo;    // before a move or resize that may not happen
+    bool m_haveUndo = false;
 };

@@ -1,7 +1,9 @@
 // The graph window's data file: the Save command writes the columns and held
-// curves of the shown graph to a graph data file (.mrd).
+// curves of the shown graph to a graph data file (.mrd), with its drawing
+// objects.
 #include "graphwnd/graphwnd.h"
 
+#include "graphdata/draw/objectstore.h"
 #include "graphdata/file/graphfilesave.h"
 #include "support/controls/userprompts.h"
 #include "support/languagestring.h"
@@ -31,7 +33,11 @@ bool CGraphWnd::SaveDataFile(QString path)
             return false;
     }
     QString message;
-    if (!SaveGraphData(path, m_graphData->m_data, &m_graphData->m_holds, &message)) {
+    // The drawing objects go with the columns, as an attachment block.
+    std::vector<QByteArray> attachments;
+    if (!m_graphData->m_textObjects.IsEmpty())
+        attachments.push_back(StoreObjects(m_graphData->m_textObjects));
+    if (!SaveGraphData(path, m_graphData->m_data, &m_graphData->m_holds, &message, attachments)) {
         ShowMessage(this, message, PromptButtons::Ok, PromptIcon::Stop);
         return false;
     }

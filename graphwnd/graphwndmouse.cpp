@@ -3,6 +3,7 @@
 #include "graphwnd/graphwnd.h"
 
 #include "graphdata/draw/drawtools.h"
+#include "graphdata/draw/objectstore.h"
 #include "graphdata/draw/polylinecache.h"
 #include "graphwnd/graphcursorbase.h"
 #include "graphwnd/graphcursors.h"
@@ -148,6 +149,8 @@ QString CGraphWnd::PositionTextAt(QPoint point) const
 bool CGraphWnd::startTrack(CActionMouseTrack &track, QPoint point, bool buttonsSwapped)
 {
     track.m_buttonsSwapped = buttonsSwapped ? 1 : 0;
+    if (&track == &m_moveTrack || &track == &m_resizeTrack)
+        m_pendingUndo = StoreObjects(m_graphData->m_textObjects);
     m_activeTrack = &track;
     if (!track.Track(this, point)) {
         m_activeTrack = nullptr;
@@ -165,7 +168,9 @@ void CGraphWnd::TrackEnded(CActionMouseTrack *track, int result)
     }
     CGraphCurve &g = *m_graphData;
     // The track has decided; the edits are the graph's operations.
-    if (track == &m_zoomBoxTrack) {
+    if (objectTrackEnded(track, result)) {
+        // placed, moved or resized objects
+    } else if (track == &m_zoomBoxTrack) {
         if (result == 1 && ZoomToFrame(g, track->DragRect())) {
             Redraw(1);
             notifyChanged();
@@ -195,11 +200,6 @@ void CGraphWnd::TrackEnded(CActionMouseTrack *track, int result)
         if (result == 1 && m_titleBoxTrack.Current() != m_titleBoxTrack.Start()
             && MoveLegendTo(g, m_titleBoxTrack.MovedRect()))
             Redraw(1);
-    } else if (track == &m_moveTrack || track == &m_resizeTrack) {
-        if (result == 1 && track->Current() != track->Start()) {
-            Redraw(1);
-            notifyChanged();
-        }
     }
     update();
 }
@@ -258,6 +258,8 @@ void CGraphWnd::onLeftDown(QPoint point, Qt::KeyboardModifiers keys)
     }
     const bool control = keys & Qt::ControlModifier;
     const QRect plot = EdgesToQRect(g.m_plotRect);
+    if (startPlacing(tool, point, keys))
+        return;
     if (tool == 1 && EdgesToQRect(g.m_titleRect).contains(point)) {
         m_titleBoxTrack.m_titleRect = EdgesToQRect(g.m_titleRect);
         startTrack(m_titleBoxTrack, point);
@@ -367,6 +369,11 @@ void CGraphWnd::updateCursor(QPoint point)
             role = handle == 10 ? CursorMove : (handle % 2 ? CursorSizeFDiag : CursorSizeBDiag);
         break;
     }
+    case 8:
+    case 9:
+    case 10:
+        role = inPlot ? CursorCross : CursorArrow;
+        break;
     case 2: {
         const int axis = AxisAt(point);
         role = axis == -1 ? CursorSizeHorizontal : axis >= 0 ? CursorSizeVertical : inPlot ? CursorHand : CursorArrow;
@@ -402,6 +409,8 @@ void CGraphWnd::keyPressEvent(QKeyEvent *event)
         m_activeTrack->HandleEvent(event);
         return;
     }
+    if (event->matches(QKeySequence::Undo) && UndoObjectEdit())
+        return;
     if (event->key() == Qt::Key_Delete && Tool() == 1 && m_graphData && m_graphData->m_drawLock == 0) {
         deleteSelection();
         return;
@@ -508,6 +517,7 @@ void CGraphWnd::BuildContextMenu(QPoint point, QMenu &menu)
         for (int t = 0; t <= 6; ++t)
             addItem(*widths, CmdThicknessNone + t, ThicknessName(t));
         addItem(menu, CmdDelete, LanguageString(TextDelete), !m_selection.empty());
+        addItem(menu, CmdUndoObject, LanguageString(CmdUndoObject), CanUndoObjectEdit());
         QMenu *columns = menu.addMenu(LanguageString(TextAddCurve));
         CCS_helper guard(g.m_data.Lock());
         for (int c = 0; c < g.m_data.ColumnCount(); ++c) {
@@ -581,6 +591,7 @@ void CGraphWnd::OnContextCommand(int id, QPoint point)
             return;
         case CmdDelete:
             if (object >= 0) {
+                RememberObjects();
                 CTextnLine *o = g.m_textObjects.GetAt(object);
                 m_selection.erase(std::remove(m_selection.begin(), m_selection.end(), o), m_selection.end());
                 g.m_textObjects.DeleteAt(object);
@@ -641,8 +652,10 @@ void CGraphWnd::OnContextCommand(int id, QPoint point)
             }
             break;
         case CmdLockObject:
-            if (object >= 0)
+            if (object >= 0) {
+                RememberObjects();
                 g.m_textObjects.GetAt(object)->m_flags ^= CTextnLine::FlagLocked;
+            }
             break;
         case CmdCopyPicture:
             QApplication::clipboard()->setImage(RenderImage(ClientRect().size()));

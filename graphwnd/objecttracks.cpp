@@ -1,6 +1,6 @@
 #include "graphwnd/objecttracks.h"
 
-#include "graphdata/textnline.h"
+#include "graphdata/draw/drawobjects.h"
 #include "graphwnd/graphwnd.h"
 
 #include <QPainter>
@@ -22,8 +22,13 @@ int CMoveTrackGraph::EndTrack(int result)
     const QPoint delta = m_current - m_start;
     const int r = CActionMouseTrack::EndTrack(result);
     if (r == 1 && !delta.isNull() && m_window) {
-        for (CTextnLine *object : m_objects)
-            object->MoveBy(delta, m_window->ObjectFrame(object->m_yAxisIndex));
+        for (CTextnLine *object : m_objects) {
+            // A rectangle moves by its handle 10, both corners together.
+            if (dynamic_cast<CDrawRect *>(object))
+                object->MoveHandle(10, delta, m_window->ObjectFrame(object->m_yAxisIndex));
+            else
+                object->MoveBy(delta, m_window->ObjectFrame(object->m_yAxisIndex));
+        }
     }
     return r;
 }
@@ -50,8 +55,13 @@ void CMoveTrackGraph::PaintFeedback(QPainter &painter)
     if (!m_window)
         return;
     beginInverted(painter);
-    for (CTextnLine *object : m_objects)
-        object->DrawMoved(painter, m_current - m_start, m_window->ObjectFrame(object->m_yAxisIndex));
+    for (CTextnLine *object : m_objects) {
+        const CObjectFrame frame = m_window->ObjectFrame(object->m_yAxisIndex);
+        if (dynamic_cast<CDrawRect *>(object))
+            object->DrawResized(painter, 10, m_current - m_start, frame);
+        else
+            object->DrawMoved(painter, m_current - m_start, frame);
+    }
     painter.restore();
 }
 

@@ -23,6 +23,9 @@ bool LoadGraphDataFile(const QString &path, CGraphData &data, QString &message)
     if (!ReadGraphFile(path, content, message))
         return false;
     data = content.data;
+    // The window finds its drawing objects there, when it stored them.
+    if (!content.attachments1.empty())
+        data->m_fileBlocks[0] = content.attachments1.front();
     return true;
 }
 

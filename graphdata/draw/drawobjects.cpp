@@ -36,32 +36,40 @@ QPen penOf(const CLogPen &record, int printing)
 }
 
 // Cuts the segment (x1,y1)-(x2,y2) to `box`; false when nothing is left.
+// An end outside is moved onto the edge it lies beyond, along the line as
+// seen from the other end: a far end (1e300 pixels out) then does not wash
+// the near one away in rounding.
 bool clipSegment(const QRectF &box, double &x1, double &y1, double &x2, double &y2)
 {
-    double t0 = 0, t1 = 1;
-    const double dx = x2 - x1, dy = y2 - y1;
-    const double p[4] = {-dx, dx, -dy, dy};
-    const double q[4] = {x1 - box.left(), box.right() - x1, y1 - box.top(), box.bottom() - y1};
-    for (int i = 0; i < 4; ++i) {
-        if (p[i] == 0) {
-            if (q[i] < 0)
-                return false;
-            continue;
-        }
-        const double t = q[i] / p[i];
-        if (p[i] < 0)
-            t0 = std::max(t0, t);
-        else
-            t1 = std::min(t1, t);
-        if (t0 > t1)
+    enum { Left = 1, Right = 2, Top = 4, Bottom = 8 };
+    auto code = [&](double x, double y) {
+        return (x < box.left() ? Left : x > box.right() ? Right : 0) |
+               (y < box.top() ? Top : y > box.bottom() ? Bottom : 0);
+    };
+    for (int round = 0; round < 8; ++round) {
+        const int c1 = code(x1, y1), c2 = code(x2, y2);
+        if (!(c1 | c2))
+            return true;
+        if (c1 & c2)
             return false;
+        const bool first = c1 != 0;
+        double &x = first ? x1 : x2, &y = first ? y1 : y2;
+        const double ax = first ? x2 : x1, ay = first ? y2 : y1;
+        const int c = first ? c1 : c2;
+        double nx, ny;
+        if (c & (Left | Right)) {
+            nx = c & Left ? box.left() : box.right();
+            ny = ay + (nx - ax) * ((y - ay) / (x - ax));
+        } else {
+            ny = c & Top ? box.top() : box.bottom();
+            nx = ax + (ny - ay) * ((x - ax) / (y - ay));
+        }
+        if (!std::isfinite(nx) || !std::isfinite(ny))
+            return false;
+        x = nx;
+        y = ny;
     }
-    const double ax = x1 + t0 * dx, ay = y1 + t0 * dy;
-    x2 = x1 + t1 * dx;
-    y2 = y1 + t1 * dy;
-    x1 = ax;
-    y1 = ay;
-    return true;
+    return code(x1, y1) == 0 && code(x2, y2) == 0;
 }
 
 QRectF clipBox(const CObjectFrame &frame)
@@ -166,6 +174,15 @@ bool ObjectPixel(const CObjectFrame &frame, double x, double y, double &px, doub
     return std::isfinite(px) && std::isfinite(py);
 }
 
+bool ObjectValue(const CObjectFrame &frame, int px, int py, double &x, double &y)
+{
+    if (!(frame.xScale != 0) || !(frame.yScale != 0) || !std::isfinite(frame.xScale) || !std::isfinite(frame.yScale))
+        return false;
+    x = frame.xMin + (px - frame.plotRect.left() + 0.5) / frame.xScale;
+    y = frame.yMin + (frame.plotRect.bottom() - py + 0.5) / frame.yScale;
+    return std::isfinite(x) && std::isfinite(y);
+}
+
 bool ObjectsStoreAxis(const CBufferIO &io, int fileFormat)
 {
     return fileFormat >= 12 || (fileFormat == 11 && io.m_versionB >= 1);
@@ -178,7 +195,8 @@ void CDrawLines::Draw(QPainter &painter, bool withHandles, const CObjectFrame &f
     double ax, ay, bx, by;
     if (!ObjectPixel(frame, m_x1, m_y1, ax, ay) || !ObjectPixel(frame, m_x2, m_y2, bx, by))
         return;
-    if (toPoint(ax, ay) == toPoint(bx, by))
+    // Compared as doubles: far ends do not fit an int.
+    if (ax == bx && ay == by)
         return;
     // The arrow's direction comes from the whole line, before clipping.
     const double length = std::hypot(bx - ax, by - ay);

@@ -26,6 +26,10 @@ static_assert(sizeof(CLogPen) == 16);
 // xScale), plotBottom - floor((y - yMin) * yScale), in doubles so that a far
 // value stays representable.  False when either is not finite.
 bool ObjectPixel(const CObjectFrame &frame, double x, double y, double &px, double &py);
+// The graph value whose pixel on `frame` is (px, py): aimed at the middle
+// of the pixel, so that ObjectPixel gives that pixel back.  False when the
+// frame has no scale.
+bool ObjectValue(const CObjectFrame &frame, int px, int py, double &x, double &y);
 // Whether the graph file of `fileFormat` stores the Y axis index of objects.
 bool ObjectsStoreAxis(const CBufferIO &io, int fileFormat);
 

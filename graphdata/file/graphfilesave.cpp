@@ -359,7 +359,8 @@ int SaveColumns(int mode, const QString &path, CGraphColumn *const *columns, int
     return 1;
 }
 
-int SaveGraphData(const QString &path, const CGraphData &data, const CCurveHoldList *heldSets, QString *message)
+int SaveGraphData(const QString &path, const CGraphData &data, const CCurveHoldList *heldSets, QString *message,
+                  const std::vector<QByteArray> &attachments)
 {
     // The columns and row count as they are now, taken under the data lock:
     // a producer may go on appending while the rows below are written.
@@ -368,5 +369,6 @@ int SaveGraphData(const QString &path, const CGraphData &data, const CCurveHoldL
     std::vector<CGraphColumn *> columns;
     for (int i = 0; i < snapshot.Size(); ++i)
         columns.push_back(const_cast<CGraphColumn *>(snapshot.Column(i)));
-    return SaveColumns(4, path, columns.data(), int(columns.size()), snapshot.RowCount(), {}, {}, heldSets, message);
+    return SaveColumns(4, path, columns.data(), int(columns.size()), snapshot.RowCount(), attachments, {}, heldSets,
+                       message);
 }

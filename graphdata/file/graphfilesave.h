@@ -25,5 +25,6 @@ int SaveColumns(int mode, const QString &path, CGraphColumn *const *columns, int
                 const CCurveHoldList *heldSets, QString *message = nullptr);
 
 // The columns and rows of a data set, in mode 4.
+// `attachments` go into the first list of attachment blocks.
 int SaveGraphData(const QString &path, const CGraphData &data, const CCurveHoldList *heldSets = nullptr,
-                  QString *message = nullptr);
+                  QString *message = nullptr, const std::vector<QByteArray> &attachments = {});

@@ -5,31 +5,17 @@
 #include "graphdata/graphsnapshot.h"
 #include "graphdata/opendatatable.h"
 
+#include "tests/graphdata/columnfixture.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <vector>
 
-namespace {
-
-// A column holding `values`; NaN stands for an invalid row (byte 2) and
-// infinity for a missing one (byte 0).
-CGraphColumnPtr makeColumn(const std::vector<double> &values, const QString &name = QString())
-{
-    CGraphColumnPtr column = CGraphColumnPtr::Adopt(CGraphColumn::Create(int(values.size()), name));
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const double v = values[i];
-        column->m_values[i] = std::isfinite(v) ? v : 0;
-        column->m_valid[i] = std::isnan(v) ? 2 : std::isinf(v) ? 0 : 1;
-    }
-    return column;
-}
-
-const double NaN = std::numeric_limits<double>::quiet_NaN();
-const double Missing = std::numeric_limits<double>::infinity();
-
-} // namespace
+using columnfixture::makeColumn;
+using columnfixture::Missing;
+using columnfixture::NaN;
 
 TEST(GraphColumn, FindOrderOnCraftedColumns)
 {

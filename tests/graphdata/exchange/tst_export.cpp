@@ -4,6 +4,8 @@
 #include "graphdata/graphcurve.h"
 #include "graphdata/spectrum/spectrumjob.h"
 
+#include "tests/graphdata/columnfixture.h"
+
 #include <gtest/gtest.h>
 
 #include <QBuffer>
@@ -18,21 +20,11 @@
 #include <sys/resource.h>
 #include <vector>
 
+using columnfixture::makeColumn;
+using columnfixture::Missing;
+using columnfixture::NaN;
+
 namespace {
-
-const double NaN = std::numeric_limits<double>::quiet_NaN();
-const double Missing = std::numeric_limits<double>::infinity();
-
-CGraphColumnPtr makeColumn(const std::vector<double> &values, const QString &name = QString())
-{
-    CGraphColumnPtr column = CGraphColumnPtr::Adopt(CGraphColumn::Create(int(values.size()), name));
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const double v = values[i];
-        column->m_values[i] = std::isfinite(v) ? v : 0;
-        column->m_valid[i] = std::isnan(v) ? 2 : std::isinf(v) ? 0 : 1;
-    }
-    return column;
-}
 
 QByteArray readAll(const QString &path)
 {

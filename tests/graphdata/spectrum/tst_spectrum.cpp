@@ -5,6 +5,8 @@
 #include "graphdata/spectrum/spectrumtransform.h"
 #include "support/languagestring.h"
 
+#include "tests/graphdata/columnfixture.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,23 +14,13 @@
 #include <numbers>
 #include <vector>
 
+using columnfixture::makeColumn;
+using columnfixture::Missing;
+using columnfixture::NaN;
+
 namespace {
 
-const double NaN = std::numeric_limits<double>::quiet_NaN();
-const double Missing = std::numeric_limits<double>::infinity();
 const double Pi = std::numbers::pi;
-
-// NaN stands for an invalid row (byte 2), infinity for a missing one (0).
-CGraphColumnPtr makeColumn(const std::vector<double> &values, const QString &name = QString())
-{
-    CGraphColumnPtr column = CGraphColumnPtr::Adopt(CGraphColumn::Create(int(values.size()), name));
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const double v = values[i];
-        column->m_values[i] = std::isfinite(v) ? v : 0;
-        column->m_valid[i] = std::isnan(v) ? 2 : std::isinf(v) ? 0 : 1;
-    }
-    return column;
-}
 
 std::vector<double> wave(int n, double offset, double amplitude, double cycles, double phase)
 {
