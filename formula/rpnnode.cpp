@@ -115,7 +115,7 @@ CNodeConstant *CRpnNode::AsConstant()
 
 CNodeVariable *CRpnNode::AsVariable()
 {
-    return Has(RPN_TRAIT_VARIABLE) ? static_cast<CNodeVariable *>(this) : nullptr;
+    return m_variableNode ? static_cast<CNodeVariable *>(this) : nullptr;
 }
 
 CRpnNodeList *CRpnNode::AsList()
@@ -254,6 +254,10 @@ void PrepareFastPath(CRpnNode *root)
         }
         node->m_fastValue = fastValue;
         node->m_fastPath = fast;
+        if (node->GetKind() == RPN_NODE_ASSIGN) {
+            const CRpnNode *left = node->GetOperand(0), *right = node->GetOperand(1);
+            node->m_plainStore = left && right && left->m_variableNode && right->m_fastValue && right->IsOperation();
+        }
     }
 }
 

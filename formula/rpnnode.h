@@ -299,6 +299,11 @@ public:
     bool m_fastPath = false;
     bool m_fastValue = false;
     std::int8_t m_realPath = RPN_REAL_PATH_NONE;
+    // Set by PrepareFastPath on a plain `=` whose left side is a variable and
+    // whose right side is an operation that may give a double.
+    bool m_plainStore = false;
+    // The node is a CNodeVariable (AsVariable without a virtual call).
+    bool m_variableNode = false;
 };
 
 // --- walks -----------------------------------------------------------------------------

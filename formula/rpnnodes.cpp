@@ -94,13 +94,14 @@ void CNodeVariable::SerializeNode(CRpnBuffer &buffer)
 CRpnData *CNodeVariable::mainEntry(CMapStringToRpnData *main)
 {
     if (m_mainLayout == main->GetLayout())
-        return &main->GetValueAt(m_mainIndex);
+        return m_mainSlot;
     const int at = main->IndexOf(m_name);
     if (at < 0)
         return nullptr;
     m_mainLayout = main->GetLayout();
     m_mainIndex = at;
-    return &main->GetValueAt(at);
+    m_mainSlot = &main->GetValueAt(at);
+    return m_mainSlot;
 }
 
 CRpnData *CNodeVariable::FindStorage()
@@ -121,7 +122,7 @@ CRpnData *CNodeVariable::FindStorage()
     }
     CMapStringToRpnData *main = tree->GetVariables();
     if (m_mainLayout == main->GetLayout())
-        return &main->GetValueAt(m_mainIndex);
+        return m_mainSlot;
     return mainEntry(main);
 }
 
@@ -264,6 +265,7 @@ CRpnData CNodeVariable::SetValue(const CRpnData &value, int row, unsigned char &
     }
     m_mainIndex = main->SetAtIndex(m_name, value);
     m_mainLayout = main->GetLayout();
+    m_mainSlot = &main->GetValueAt(m_mainIndex);
     return m_value;
 }
 

@@ -749,15 +749,15 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         result.SetNull();
         return;
     }
-    if (m_right->m_fastValue && m_right->IsOperation() && GetKind() == RPN_NODE_ASSIGN && !IsStopping()) {
+    if (m_plainStore && !IsStopping()) {
         // A variable with a place of its own given the double of an
         // operation on numbers: the variable, the node's copy and the result
         // each take the number in their own payload, overwritten where it
         // lies when no one else holds it.
         double x;
-        CNodeVariable *variable = m_left->AsVariable();
+        CNodeVariable *variable = static_cast<CNodeVariable *>(m_left);
         CRpnData *slot = nullptr;
-        if (variable && m_right->EvaluateFast(x) && (slot = variable->FindStorage()) != nullptr) {
+        if (m_right->EvaluateFast(x) && (slot = variable->FindStorage()) != nullptr) {
             slot->SetDouble(x);
             variable->m_value.SetDouble(x);
             result.SetDouble(x);

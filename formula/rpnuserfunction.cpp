@@ -40,10 +40,9 @@ void CRpnCallFrame::Clear()
 {
     // The values go now, not when the frame is next used: an array that a
     // finished call held must not stay shared (an assignment would copy it).
-    static thread_local const CRpnData empty;
     for (std::size_t i = 0; i < m_slots.size(); ++i) {
         if (m_set[i]) {
-            m_slots[i] = empty;
+            m_slots[i].SetNull();
             m_set[i] = 0;
         }
     }
