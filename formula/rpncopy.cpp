@@ -104,6 +104,7 @@ void CRpnData::DeepCopy(const CRpnData &from)
     case RPN_TARNPART:
     case RPN_FUNCTION:
     case RPN_TABLE:
+    case RPN_LOOKUP_TABLE:
     case RPN_XML:
         copy = from; // shared
         break;

@@ -174,6 +174,11 @@ void CRpnData::SetTable(CRpnObject *table)
     reset(RPN_TABLE)->m_object = table;
 }
 
+void CRpnData::SetLookupTable(CRpnObject *table)
+{
+    reset(RPN_LOOKUP_TABLE)->m_object = table;
+}
+
 void CRpnData::SetFormula(CEquationTree *tree)
 {
     reset(RPN_FORMULA)->m_tree = tree;

@@ -67,7 +67,7 @@ struct CRpnPayload
         CMapStringToRpnData *m_map;
         CEquationTree *m_tree;
         CRpnUserFunction *m_function;
-        CRpnObject *m_object; // DOCUMENT, CURVE, table
+        CRpnObject *m_object; // DOCUMENT, CURVE, table, lookup table
         CXmlElement *m_xml;
     };
     double m_imag;           // imaginary part of COMPLEX
@@ -289,6 +289,8 @@ public:
     void SetText(const char *narrow); // widened from UTF-8
     void SetXml(CXmlElement *element);
     void SetTable(CRpnObject *table);
+    // Owns `table`, an object of the host that Lookup_table interpolates in.
+    void SetLookupTable(CRpnObject *table);
     void SetFormula(CEquationTree *tree);
     void SetFormulaBorrowed(CEquationTree *tree);
     void SetFunction(CRpnUserFunction *function);

@@ -21,6 +21,7 @@ enum RpnKind : std::uint32_t {
     RPN_CURVE = 64,      // curve reference of a graph
     RPN_TABLE = 128,     // table record of ReadTable
     RPN_XML = 256,       // counted XML element
+    RPN_LOOKUP_TABLE = 512, // owned table object that a host gives to Lookup_table
 };
 
 // Payload flags.

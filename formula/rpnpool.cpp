@@ -220,6 +220,7 @@ void destroyOwned(CRpnPayload *p)
     case RPN_DOCUMENT:
     case RPN_CURVE:
     case RPN_TABLE:
+    case RPN_LOOKUP_TABLE:
         if (!borrowed)
             delete p->m_object;
         break;

@@ -595,8 +595,12 @@ int CLookup_table::DoFunction(CRpnData &result, QString &errorText)
     CRpnData first;
     if (!EvaluateOperand(0, first))
         return 0;
-    // A table object value has no maker in this program; only a bound table serves.
-    const CRpnLookupTable *table = first.IsString() ? m_table.get() : nullptr;
+    // `first` keeps a table value alive until the call is over.
+    const CRpnLookupTable *table = nullptr;
+    if (first.IsString())
+        table = m_table.get();
+    else if (first.GetKind() == RPN_LOOKUP_TABLE)
+        table = dynamic_cast<const CRpnLookupTable *>(first.GetObject());
     if (!table) {
         errorText = threeCoordinates;
         return 0;
@@ -630,6 +634,39 @@ int CLookup_table::DoFunction(CRpnData &result, QString &errorText)
     }
     result.SetDouble(outputs[0]);
     return 1;
+}
+
+// --- the grid table ------------------------------------------------------------------------
+
+bool CRpnLookupGrid::Assign(std::vector<std::vector<double>> axes, std::vector<std::vector<double>> columns)
+{
+    if (axes.empty() || axes.size() > 4)
+        return false;
+    std::size_t points = 1;
+    for (const std::vector<double> &axis : axes) {
+        if (axis.empty() || axis.size() > std::size_t(RpnMaxTableCells))
+            return false;
+        points *= axis.size();
+        if (points > std::size_t(RpnMaxTableCells))
+            return false;
+    }
+    for (const std::vector<double> &column : columns) {
+        if (column.size() != points)
+            return false;
+    }
+    m_axes = std::move(axes);
+    m_columns = std::move(columns);
+    return true;
+}
+
+double CRpnLookupGrid::GetCell(int column, const int *indices) const
+{
+    std::size_t at = 0, stride = 1;
+    for (std::size_t d = 0; d < m_axes.size(); ++d) {
+        at += std::size_t(indices[d]) * stride;
+        stride *= m_axes[d].size();
+    }
+    return m_columns[std::size_t(column)][at];
 }
 
 // --- reserved names ------------------------------------------------------------------------

@@ -50,17 +50,36 @@ bool ParseTableText(std::string_view text, int type, CRpnTableRecord &table, QSt
 // fraction towards the next one, both ends clamped (index -1 for no points).
 void LocateOnAxis(const double *axis, int n, double v, int &index, double &fraction);
 
-// A table that a host binds to Lookup_table: output columns over a grid of
-// one to four axes.
-class CRpnLookupTable
+// A table that a host gives to Lookup_table, bound to the call or as a value
+// (SetLookupTable): output columns over a grid of one to four axes.
+class CRpnLookupTable : public CRpnObject
 {
 public:
-    virtual ~CRpnLookupTable() = default;
     virtual int GetOutputCount() const = 0;
     virtual int GetDimension() const = 0;
     virtual const std::vector<double> &GetAxis(int dimension) const = 0;
     // The cell of output `column` at the grid point `indices` (GetDimension of them).
     virtual double GetCell(int column, const int *indices) const = 0;
+};
+
+// A lookup table held in memory: the cells of each output column over the
+// grid, the first axis running fastest.
+class CRpnLookupGrid : public CRpnLookupTable
+{
+public:
+    // `axes` holds one to four axes; `columns` one vector of cells for each
+    // output, each with as many cells as the grid has points.  False (and
+    // nothing kept) when the sizes do not fit.
+    bool Assign(std::vector<std::vector<double>> axes, std::vector<std::vector<double>> columns);
+
+    int GetOutputCount() const override { return int(m_columns.size()); }
+    int GetDimension() const override { return int(m_axes.size()); }
+    const std::vector<double> &GetAxis(int dimension) const override { return m_axes[std::size_t(dimension)]; }
+    double GetCell(int column, const int *indices) const override;
+
+private:
+    std::vector<std::vector<double>> m_axes;
+    std::vector<std::vector<double>> m_columns;
 };
 
 // ReadTable(filepath, type)
@@ -83,8 +102,8 @@ public:
     int DoFunction(CRpnData &result, QString &errorText) override;
 };
 
-// Lookup_table(table, x, y, z, a): the table is the one bound to the node
-// (given as a text); the variable _Lookup_Options_ switches extrapolation
+// Lookup_table(table, x, y, z, a): the table is a lookup table value, or the
+// one bound to the node when a text stands in its place; the variable _Lookup_Options_ switches extrapolation
 // below (bit 1) and above (bit 2) the axes on.
 class CLookup_table : public CNodeScriptFunction
 {

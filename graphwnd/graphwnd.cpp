@@ -2,6 +2,8 @@
 // the pop-up menu are in graphwndmouse.cpp.
 #include "graphwnd/graphwnd.h"
 
+#include "graphwnd/formulacurvedialog.h"
+
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/graphdraw.h"
@@ -446,6 +448,11 @@ bool CGraphWnd::OnCommand(int id)
     if (!m_graphData)
         return id >= CmdFullView && id <= CmdZoomOut;
     switch (id) {
+    case CmdComputedCurve: {
+        CFormulaCurveDialog dialog(*this);
+        dialog.exec();
+        return true;
+    }
     case CmdFullView:
         RestoreView(*m_graphData, m_defaultView);
         Redraw(1);

@@ -58,6 +58,7 @@ enum GraphCommand : int {
     CmdCurveProperties = 16010,
     CmdDelete = 16011,
     CmdAddCurve = 16012,
+    CmdComputedCurve = 16013, // a curve from a formula over the columns
     CmdOwnAxis = 16021,
     CmdHighlight = 16022,
     CmdCurveTitle = 16023,

@@ -40,6 +40,7 @@ enum : int {
     TextAddCurve = 43229,
     TextLocked = 43245,
     TextLineWidth = 43604,
+    TextComputedCurve = 43779,
 };
 
 // A curve line counts as hit this close to the mouse.
@@ -531,6 +532,7 @@ void CGraphWnd::BuildContextMenu(QPoint point, QMenu &menu)
         }
         columns->addSeparator();
         addItem(*columns, CmdAllColumns, LanguageString(TextAllColumns));
+        addItem(*columns, CmdComputedCurve, LanguageString(TextComputedCurve));
     }
     menu.addSeparator();
     addItem(menu, CmdCopyPicture, LanguageString(TextCopyPicture));

@@ -264,6 +264,16 @@ void CTraceliftToolDlg::OfferPictureFile(const QString &path)
     OfferPicture(picture);
 }
 
+bool CTraceliftToolDlg::OpenPictureFile(const QString &path)
+{
+    if (m_canvas->Mode() < ModeWaitPicture)
+        nextStep(nullptr);
+    if (m_canvas->Mode() != ModeWaitPicture)
+        return false;
+    OfferPictureFile(path);
+    return m_canvas->Mode() == ModePicturePlaced;
+}
+
 void CTraceliftToolDlg::markDirty()
 {
     m_fieldsDirty = true;

@@ -4,6 +4,8 @@
 #include "tool/tracelifttooldlg.h"
 
 #include "support/languagestring.h"
+#include "tool/capture/familytable.h"
+#include "tool/capture/filereplace.h"
 #include "tool/capture/pointtextfile.h"
 #include "tool/traceliftwnd.h"
 
@@ -20,6 +22,8 @@ constexpr int SaveWhileTracingMessage = 27592;
 constexpr int LineNotAPairMessage = 27593;
 constexpr int OnlyCommentsMessage = 27594;
 constexpr int WriteFailedMessage = 27596;
+constexpr int TextSaveFamilyCaption = 27622;
+constexpr int NoFinishedCurveMessage = 27623;
 
 // While a curve is captured its points are not in the record yet, and the
 // dialog's load half would drop the mode under the shown canvas.
@@ -142,4 +146,64 @@ void CTraceliftToolDlg::OnLoad()
     m_canvas->SetMode(ModeIdle);
     m_lastFileName = path;
     m_fileName->setText(path);
+}
+
+bool CTraceliftToolDlg::OnSaveFamilyCsv()
+{
+    if (capturing(m_canvas->Mode())) {
+        showMessage(SaveWhileTracingMessage);
+        return false;
+    }
+    StoreFields();
+    // The records hold the points as they are written to the curve files,
+    // crossed when X and Y are exchanged; so do the names and the log flags.
+    const CToolFields f = ReadFields();
+    const CGraphInfoData *templ = m_records.Template();
+    std::vector<CCurvePoints> curves;
+    for (int i = 0; i + 1 < m_records.Size(); ++i) {
+        const CGraphInfoData *curve = m_records.At(i);
+        if (curve->IsTemplate() || curve->GetPointCount() == 0)
+            continue;
+        CCurvePoints points;
+        for (int k = 0; k < curve->GetPointCount(); ++k) {
+            double x = 0, y = 0;
+            curve->GetPoint(k, x, y);
+            points.emplace_back(x, y);
+        }
+        curves.push_back(std::move(points));
+    }
+    if (curves.empty() || !templ) {
+        showMessage(NoFinishedCurveMessage);
+        return false;
+    }
+    const QString xName = (f.exchangeXY ? f.yName : f.xName).trimmed();
+    const QString yName = (f.exchangeXY ? f.xName : f.yName).trimmed();
+    QStringList names;
+    for (std::size_t c = 1; c <= curves.size(); ++c)
+        names << QStringLiteral("%1 %2").arg(yName.isEmpty() ? QStringLiteral("Y") : yName).arg(c);
+    const CFamilyTable table = MakeFamilyTable(curves, templ->xLog != 0, templ->yLog != 0);
+    const std::string csv = FamilyCsvText(table, xName.isEmpty() ? QStringLiteral("X") : xName, names);
+
+    CFilePrompt prompt;
+    prompt.parent = this;
+    prompt.save = true;
+    prompt.caption = LanguageString(TextSaveFamilyCaption);
+    const QFileInfo last(OfferedFileName(m_lastFileName, QCoreApplication::applicationFilePath()));
+    prompt.fileName = last.suffix().compare(QLatin1String("txt"), Qt::CaseInsensitive) == 0
+        ? last.path() + u'/' + last.completeBaseName() + QStringLiteral(".csv")
+        : last.filePath();
+    prompt.filter = QStringLiteral("CSV files (*.csv);;All files (*)");
+    prompt.defaultSuffix = QStringLiteral("csv");
+    const QString path = AskFileName(prompt);
+    if (path.isEmpty())
+        return false;
+    QString reason;
+    if (!ReplaceFileContents(path, csv, reason)) {
+        ShowMessage(this, LanguageString(WriteFailedMessage).arg(path, reason), PromptButtons::Ok,
+                    PromptIcon::Stop);
+        return false;
+    }
+    m_lastFileName = path;
+    m_fileName->setText(path);
+    return true;
 }

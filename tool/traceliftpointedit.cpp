@@ -86,20 +86,34 @@ bool CTraceliftToolDlg::DeletePointNear(double px, double py)
     if (!tracing())
         return false;
     ApplyFields();
-    const TracedPoints &points = m_canvas->m_capture.m_points;
-    const CPixelMapping map = m_canvas->m_capture.PixelMapping();
-    int nearest = -1;
-    double best = std::numeric_limits<double>::infinity();
-    for (int i = 0; i < points.count; ++i) {
-        const double d = std::hypot(map.PixelX(points.pairs[2 * i]) - px, map.PixelY(points.pairs[2 * i + 1]) - py);
-        if (d < best) {
-            best = d;
-            nearest = i;
-        }
-    }
+    const int nearest = m_canvas->NearestPoint(px, py);
     if (nearest < 0)
         return false;
     editPoints(RemovePointFromText(m_pointsEdit->text(), nearest));
+    return true;
+}
+
+bool CTraceliftToolDlg::DragPointTo(int index, double px, double py, bool finished)
+{
+    const bool first = !m_pointDragUnderWay;
+    double x = 0, y = 0;
+    if (!tracing() || index < 0 || index >= m_canvas->m_capture.m_points.count
+        || !std::isfinite(px) || !std::isfinite(py) || !m_canvas->m_capture.MapPixelToValue(px, py, x, y)) {
+        if (finished)
+            m_pointDragUnderWay = false;
+        return false;
+    }
+    m_pointDragUnderWay = !finished;
+    const QString text = ReplacePointInText(m_pointsEdit->text(), index, x, y);
+    if (first || m_pointsEdit->text() != m_editedText) {
+        editPoints(text);
+        return true;
+    }
+    // Later moves of the same drag rewrite the text under the one undo step.
+    m_editedText = text;
+    m_pointsEdit->setText(text);
+    ApplyFields();
+    m_canvas->update();
     return true;
 }
 

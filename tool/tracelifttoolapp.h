@@ -2,9 +2,19 @@
 // CTraceliftToolApp: the start of the digitiser.  It needs the application
 // object (QApplication) to exist already.
 
+#include <QString>
+#include <QStringList>
+
 class CTraceliftToolApp
 {
 public:
+    // The command line: `tracelift [picture]`.  A picture file given opens
+    // at once, as if it had been pasted.  False, with the text to print in
+    // `usage`, for --help or anything else than one optional file name;
+    // m_exitCode then says how the program ends (0 for --help, 2 else).
+    bool ParseArguments(const QStringList &arguments, QString &usage);
+    QString m_pictureFile;
+
     // Names the settings ("HELIOMAR", "Tracelift"), loads the language texts
     // from the program's folder (without en.lang it shows a stop box and
     // ends), and runs the dialog modally.  Returns false in every case: all

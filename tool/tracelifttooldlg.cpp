@@ -49,6 +49,7 @@ enum : int {
     TextClose = 27584,
     TextCopyPoints = 27597,
     TextTraceAnother = 27599,
+    TextSaveFamily = 27620,
 };
 
 // The canvas and the plot lie over each other and always get the same
@@ -282,6 +283,8 @@ void CTraceliftToolDlg::buildControls()
     m_fileName->setReadOnly(true);
     m_fileName->setFocusPolicy(Qt::NoFocus);
     m_loadButton = button(TextLoad, IdLoad);
+    QPushButton *saveFamily = button(TextSaveFamily, IdSaveFamily);
+    connect(saveFamily, &QPushButton::clicked, this, &CTraceliftToolDlg::OnSaveFamilyCsv);
     m_okButton = named(new QPushButton(LanguageString(TextSave), this), IdOk);
     m_okButton->setDefault(true);
     m_cancelButton = button(TextClose, IdCancel);
@@ -289,6 +292,7 @@ void CTraceliftToolDlg::buildControls()
     bottom->addWidget(label(TextFile, m_fileName));
     bottom->addWidget(m_fileName, 1);
     bottom->addWidget(m_loadButton);
+    bottom->addWidget(saveFamily);
     bottom->addSpacing(12);
     bottom->addWidget(m_okButton);
     bottom->addWidget(m_cancelButton);
@@ -359,6 +363,7 @@ void CTraceliftToolDlg::connectControls()
     connect(m_canvas, &CTraceliftWnd::clicked, this, &CTraceliftToolDlg::onCanvasClicked);
     connect(m_canvas, &CTraceliftWnd::valueUnderMouse, this, &CTraceliftToolDlg::onValueUnderMouse);
     connect(m_canvas, &CTraceliftWnd::pictureFileOffered, this, &CTraceliftToolDlg::OfferPictureFile);
+    connect(m_canvas, &CTraceliftWnd::pointDragged, this, &CTraceliftToolDlg::DragPointTo);
 }
 
 void CTraceliftToolDlg::createPlot()

@@ -46,6 +46,7 @@ public:
         IdPlot = 10101,
         IdCopyPoints = 27598,
         IdTraceAnother = 27600,
+        IdSaveFamily = 27621,
     };
 
     explicit CTraceliftToolDlg(QWidget *parent = nullptr);
@@ -67,11 +68,18 @@ public:
     void OnApplyTypedCurve();
     void OnOk();
     void OnLoad();
+    // Every finished curve in one CSV file: a shared X column, a column per
+    // curve interpolated at those X values.  False when nothing was written.
+    bool OnSaveFamilyCsv();
     void OnPaste();
     // A picture that did not come from the clipboard (a dropped or chosen
     // file), taken while the canvas waits for a picture as a paste would be.
     void OfferPicture(const QImage &picture);
     void OfferPictureFile(const QString &path);
+    // A picture file to work on (the command line's): a new capture is
+    // started as Next starts one, and the file is offered to it.  False, with
+    // a message, when it is no picture; the canvas then waits for one.
+    bool OpenPictureFile(const QString &path);
 
     // Point edits while a curve is traced; each rewrites the point text and
     // applies the fields as a click does.  Undo and redo step through the
@@ -82,6 +90,9 @@ public:
     bool OnRedoPoint();
     bool MoveLastPoint(double dxPixels, double dyPixels);
     bool DeletePointNear(double px, double py);
+    // Point `index` taken to a canvas position by a drag; the whole drag is
+    // one step of undo.  False when the position maps to no value.
+    bool DragPointTo(int index, double px, double py, bool finished);
     // The points of the curve to the clipboard as two tab-separated columns.
     void OnCopyPoints();
     // After a curve of a picture is finished: a new curve is added as Add
@@ -181,6 +192,7 @@ private:
     QStringList m_undoTexts;
     QStringList m_redoTexts;
     QString m_editedText;
+    bool m_pointDragUnderWay = false; // its undo step is taken
     QString m_xName;
     QString m_yName;
     int m_minTrackWidth = 50;

@@ -17,7 +17,9 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -40,6 +42,11 @@ bool isReadoutMode(CaptureMode mode)
     return mode == ModeTypedTrace || mode == ModePlotted || mode == ModeTrace;
 }
 
+bool isTraceMode(CaptureMode mode)
+{
+    return mode == ModeTypedTrace || mode == ModeTrace;
+}
+
 bool isDragMode(CaptureMode mode)
 {
     return mode == ModeIdle || mode == ModePicturePlaced;
@@ -56,6 +63,22 @@ bool cornersFrameMode(CaptureMode mode)
 void drawFrame(QPainter &painter, const QRect &r)
 {
     painter.drawRect(r.normalized().adjusted(0, 0, -1, -1));
+}
+
+// The pixel a canvas position lies in, pinned to the int range.
+int pixelOf(double p)
+{
+    if (!(p > double(INT_MIN)))
+        return INT_MIN;
+    if (p >= double(INT_MAX))
+        return INT_MAX;
+    return int(std::floor(p));
+}
+
+// A plain click stands for the centre of the pixel under the mouse.
+QPointF pixelCentre(QPointF p)
+{
+    return QPointF(std::floor(p.x()) + 0.5, std::floor(p.y()) + 0.5);
 }
 
 QString withLetter(const QString &label, const QString &letter)
@@ -150,7 +173,8 @@ QRect CTraceliftWnd::FrameRect(const QSize &size) const
 {
     const CaptureCalibration &c = m_capture.m_calibration;
     if (c.HasRectangle() && cornersFrameMode(m_capture.m_mode))
-        return QRect(QPoint(c.firstCornerX, c.secondCornerY), QPoint(c.secondCornerX, c.firstCornerY));
+        return QRect(QPoint(pixelOf(c.firstCornerX), pixelOf(c.secondCornerY)),
+                     QPoint(pixelOf(c.secondCornerX), pixelOf(c.firstCornerY)));
     const CCornerRect r = DefaultRectangle(size.width(), size.height(), LabelTextWidth());
     return QRect(QPoint(r.firstX, r.secondY), QPoint(r.secondX, r.firstY));
 }
@@ -185,7 +209,7 @@ void CTraceliftWnd::Paint(QPainter &painter, const QSize &size) const
     // one was placed.
     if (mode == ModeCorner2 || mode == ModeTypedCorner2) {
         painter.setPen(QPen(colourOf(CurveColour), 2));
-        const QPoint corner(c.firstCornerX, c.firstCornerY);
+        const QPoint corner(pixelOf(c.firstCornerX), pixelOf(c.firstCornerY));
         painter.drawLine(corner - QPoint(9, 0), corner + QPoint(9, 0));
         painter.drawLine(corner - QPoint(0, 9), corner + QPoint(0, 9));
     }
@@ -268,8 +292,8 @@ void CTraceliftWnd::paintGrid(QPainter &painter, const QRect &frameRect, bool pi
     const double yStep = ny >= 2 ? (m.gridHighY - m.gridLowY) / (ny - 1) : 0.0;
     const double yStepPx = yStep / m.valuePerPixelY;
     const double yFirst = (m.gridLowY - m.lowY) / m.valuePerPixelY + m.firstCornerY;
-    const int yMin = std::min(c.firstCornerY, c.secondCornerY);
-    const int yMax = std::max(c.firstCornerY, c.secondCornerY);
+    const int yMin = pixelOf(std::min(c.firstCornerY, c.secondCornerY));
+    const int yMax = pixelOf(std::max(c.firstCornerY, c.secondCornerY));
     for (int i = 0; i < ny; ++i) {
         const double y = yFirst + i * yStepPx;
         if (!pictureShown && c.yLog && i > 0) {
@@ -339,7 +363,41 @@ void CTraceliftWnd::mousePressEvent(QMouseEvent *event)
         updateCursor();
         return;
     }
-    ClickAt(event->position().x(), event->position().y());
+    if (isTraceMode(m_capture.m_mode)) {
+        double distance = 0;
+        const int nearest = NearestPoint(event->position().x(), event->position().y(), &distance);
+        if (nearest >= 0 && distance <= GrabRadius) {
+            const CPixelMapping map = m_capture.PixelMapping();
+            m_grabbedPoint = nearest;
+            m_grabbedAt = event->position();
+            m_grabbedPointPixel = QPointF(map.PixelX(m_capture.m_points.pairs[2 * nearest]),
+                                          map.PixelY(m_capture.m_points.pairs[2 * nearest + 1]));
+            m_pointDragging = false;
+            return;
+        }
+    }
+    const QPointF at = pixelCentre(event->position());
+    ClickAt(at.x(), at.y());
+}
+
+int CTraceliftWnd::NearestPoint(double px, double py, double *distance) const
+{
+    const TracedPoints &points = m_capture.m_points;
+    const CPixelMapping map = m_capture.PixelMapping();
+    int nearest = -1;
+    double best = std::numeric_limits<double>::infinity();
+    if (!map.drawable)
+        return -1;
+    for (int i = 0; i < points.count; ++i) {
+        const double d = std::hypot(map.PixelX(points.pairs[2 * i]) - px, map.PixelY(points.pairs[2 * i + 1]) - py);
+        if (d < best) {
+            best = d;
+            nearest = i;
+        }
+    }
+    if (distance)
+        *distance = best;
+    return nearest;
 }
 
 void CTraceliftWnd::ClickAt(double px, double py)
@@ -364,7 +422,22 @@ void CTraceliftWnd::mouseMoveEvent(QMouseEvent *event)
 {
     m_mouse = event->position();
     const CaptureMode mode = m_capture.m_mode;
-    if (isDragMode(mode) && m_dragging) {
+    if (m_grabbedPoint >= 0) {
+        if (!(event->buttons() & Qt::LeftButton) || !isTraceMode(mode)) {
+            // The button came up outside the window: the drag ends where it is.
+            endPointDrag(event->position());
+        } else {
+            // A few pixels of wobble still make a click.
+            constexpr double wobble = 2.0;
+            const QPointF d = event->position() - m_grabbedAt;
+            m_pointDragging = m_pointDragging || std::hypot(d.x(), d.y()) > wobble;
+            if (m_pointDragging) {
+                const QPointF to = m_grabbedPointPixel + d;
+                emit pointDragged(m_grabbedPoint, to.x(), to.y(), false);
+                ReadOut(to.x(), to.y());
+            }
+        }
+    } else if (isDragMode(mode) && m_dragging) {
         if (!(event->buttons() & Qt::LeftButton)) {
             // The button came up outside the window.
             m_dragging = false;
@@ -379,13 +452,34 @@ void CTraceliftWnd::mouseMoveEvent(QMouseEvent *event)
             }
         }
     } else if (isReadoutMode(mode)) {
-        ReadOut(event->position().x(), event->position().y());
+        // What a click here would give.
+        const QPointF at = pixelCentre(event->position());
+        ReadOut(at.x(), at.y());
     }
     updateCursor();
 }
 
+void CTraceliftWnd::endPointDrag(QPointF at)
+{
+    const int index = m_grabbedPoint;
+    const bool dragged = m_pointDragging;
+    const QPointF pressed = m_grabbedAt;
+    m_grabbedPoint = -1;
+    m_pointDragging = false;
+    if (dragged) {
+        const QPointF to = m_grabbedPointPixel + (at - pressed);
+        emit pointDragged(index, to.x(), to.y(), true);
+    }
+    else if (isTraceMode(m_capture.m_mode))
+        ClickAt(pixelCentre(pressed).x(), pixelCentre(pressed).y());
+}
+
 void CTraceliftWnd::mouseReleaseEvent(QMouseEvent *event)
 {
+    if (event->button() == Qt::LeftButton && m_grabbedPoint >= 0) {
+        endPointDrag(event->position());
+        return;
+    }
     if (event->button() == Qt::LeftButton && m_dragging) {
         m_dragging = false;
         update();

@@ -58,6 +58,11 @@ public:
     void ClickAt(double px, double py);
     // Where the mouse last was over the canvas.
     QPointF MousePosition() const { return m_mouse; }
+    // The traced point drawn nearest to a canvas position, or -1 when there
+    // is none; its distance in pixels goes to `distance` when given.
+    int NearestPoint(double px, double py, double *distance = nullptr) const;
+    // How near (in pixels) a press must come to a traced point to grab it.
+    static constexpr double GrabRadius = 5.0;
     // The value under a canvas position to the read-out, when it maps.
     void ReadOut(double px, double py);
 
@@ -73,6 +78,10 @@ signals:
     void valueUnderMouse(double x, double y);
     // A picture file was dropped or chosen while the canvas waits for a picture.
     void pictureFileOffered(const QString &path);
+    // A traced point is dragged with the left button: the point's new canvas
+    // position (where it was, moved as far as the mouse moved since the
+    // press), as each move brings it; `finished` on the release.
+    void pointDragged(int index, double px, double py, bool finished);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -86,6 +95,7 @@ protected:
 
 private:
     void updateCursor();
+    void endPointDrag(QPointF at);
     void paintGrid(QPainter &painter, const QRect &frame, bool pictureShown) const;
     void choosePictureFile();
 
@@ -97,4 +107,10 @@ private:
     QPoint m_dragLast;
     QPointF m_mouse;
     bool m_dragging = false;
+    // A press near a traced point grabs it; it is dragged once the mouse
+    // moves away from where it was pressed, else the press is a plain click.
+    int m_grabbedPoint = -1;
+    QPointF m_grabbedAt;
+    QPointF m_grabbedPointPixel; // where the grabbed point was drawn
+    bool m_pointDragging = false;
 };

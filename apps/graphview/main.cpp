@@ -10,6 +10,7 @@
 // than half a second.  The options set up the view, so that every kind
 // of picture can be looked at (and saved with --screenshot); --spectrum and
 // --export are graphviewexchange.h's.
+#include "graphviewcurves.h"
 #include "graphviewdata.h"
 #include "graphviewexchange.h"
 #include "graphviewload.h"
@@ -18,6 +19,7 @@
 #include "graphviewpicture.h"
 
 #include "graphdata/graphcurve.h"
+#include "graphwnd/formulacurvedialog.h"
 #include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphcursors.h"
 #include "graphwnd/graphwnd.h"
@@ -101,6 +103,7 @@ int main(int argc, char **argv)
         arguments << QString::fromLocal8Bit(argv[i]);
     QCommandLineParser parser;
     CGraphviewExchange exchange(parser);
+    CGraphviewCurves curves(parser);
     CGraphViewOptions options;
     QString optionText;
     switch (ParseGraphViewOptions(parser, arguments, options, optionText)) {
@@ -124,6 +127,7 @@ int main(int argc, char **argv)
         return 1;
     }
     LoadGraphCursors();
+    InstallFormulaCurveProgress();
 
     const bool screenshot = !options.screenshot.isEmpty();
     CSilentPrompts silent;
@@ -154,11 +158,16 @@ int main(int argc, char **argv)
         graphWnd->SetGraphDataCopy(data);
         CGraphCurve &graph = *graphWnd->GetGraphData();
         applyViewOptions(graph, options, demonstration);
+        if (const int code = curves.Apply(*graphWnd, exchange.Headless() || screenshot); code >= 0) {
+            QApplication::exit(code);
+            return;
+        }
         if (const int code = exchange.Run(graph, shown); code >= 0) {
             QApplication::exit(code);
             return;
         }
         exchange.SetUpWindow(window, *graphWnd, shown);
+        CGraphviewCurves::SetUpWindow(window, *graphWnd);
         graphWnd->StoreDefaultView();
         graphWnd->Redraw(1);
         if (screenshot) {

@@ -154,6 +154,48 @@ TEST(RpnTables, HeaderAndRowErrors)
     EXPECT_EQ(Eval("GetTableValue(t, 5)", &tree), "REAL:2");
 }
 
+namespace {
+// A host that knows no variable at all.
+void knowsNothing(CRpnData &, int, int, void *, void *, CRpnNode *, const QString &, int &found)
+{
+    found = 0;
+}
+} // namespace
+
+// Under a host's variables (in a tree that lets names go unassigned) a word
+// the host does not know names the type; a word that starts with a digit is
+// a number and a word, so such types are written as texts.
+TEST(RpnTables, BareWordTypesUnderAHost)
+{
+    TableFiles files;
+    const std::string ints = files.write("ints.txt", "1 2\n5 6\n").toStdString();
+    struct Case {
+        const char *type;
+        const char *args;
+        std::string expect;
+    } cases[] = {
+        {"XY", "1", "REAL:2"},
+        {"xy", "1", "REAL:2"},
+        {"\"2DI\"", "1, 2", "REAL:6"},
+        {"2DI", "1, 2", "unknown:2"},
+        {"DI", "1, 2", "unknown:DI"},
+    };
+    for (const Case &c : cases) {
+        CEquationTree tree;
+        tree.SetVariableAccess(knowsNothing, nullptr);
+        tree.m_freeVariables = 1;
+        const std::string read = "ReadTable(\"" + ints + "\", " + c.type + ")";
+        const std::string text = "GetTableValue(" + read + ", " + c.args + ")";
+        std::string expect = c.expect;
+        if (expect.rfind("unknown:", 0) == 0) {
+            const QString message = RpnMessage(43404, {"ReadTable", QString::fromStdString(expect.substr(8)),
+                                                       "XY , 2DInterpolation , 2DInteger , 3DInterpolation"});
+            expect = "E:" + text + " " + message.toStdString() + "@1,14";
+        }
+        EXPECT_EQ(Eval(text.c_str(), &tree), expect) << text;
+    }
+}
+
 TEST(RpnTables, GetTableValueMessages)
 {
     TableFiles files;
@@ -183,29 +225,22 @@ TEST(RpnTables, GetTableValueMessages)
 
 namespace {
 
-// A bound table of two output columns over one or two axes.
-class GridTable : public CRpnLookupTable
+// Two output columns over the grid: the cells given and those plus 1000.
+std::shared_ptr<CRpnLookupGrid> grid(std::vector<std::vector<double>> axes, std::vector<double> cells,
+                                     int outputs = 2)
 {
-public:
-    std::vector<std::vector<double>> axes;
-    std::vector<double> cells; // column-major over the grid, then the output column
-    int outputs = 2;
-
-    int GetOutputCount() const override { return outputs; }
-    int GetDimension() const override { return int(axes.size()); }
-    const std::vector<double> &GetAxis(int d) const override { return axes[std::size_t(d)]; }
-    double GetCell(int column, const int *indices) const override
-    {
-        std::size_t at = 0, stride = 1;
-        for (std::size_t d = 0; d < axes.size(); ++d) {
-            at += std::size_t(indices[d]) * stride;
-            stride *= axes[d].size();
-        }
-        return cells[at] + 1000.0 * column;
+    auto table = std::make_shared<CRpnLookupGrid>();
+    std::vector<std::vector<double>> columns;
+    for (int c = 0; c < outputs; ++c) {
+        columns.push_back(cells);
+        for (double &v : columns.back())
+            v += 1000.0 * c;
     }
-};
+    EXPECT_TRUE(table->Assign(std::move(axes), std::move(columns)));
+    return table;
+}
 
-void bindAll(CRpnNode *node, const std::shared_ptr<GridTable> &table)
+void bindAll(CRpnNode *node, const std::shared_ptr<CRpnLookupGrid> &table)
 {
     if (!node)
         return;
@@ -215,55 +250,102 @@ void bindAll(CRpnNode *node, const std::shared_ptr<GridTable> &table)
         bindAll(node->GetOperand(i), table);
 }
 
+// Runs `text` with the table bound to every Lookup_table call and, as a
+// value, in the variable `t`: "REAL:<value>" or "E:<message>@row,col".
+std::string lookUpIn(const std::shared_ptr<CRpnLookupGrid> &table, const char *text)
+{
+    CEquationTree tree;
+    CRpnData value; // without a table, `t` holds the null value
+    if (table)
+        value.SetLookupTable(new CRpnLookupGrid(*table));
+    tree.SetVariable(QStringLiteral("t"), value);
+    if (tree.Compile(QString::fromUtf8(text), nullptr, true) != 1)
+        return "E:" + tree.GetErrorMessage().toStdString();
+    bindAll(tree.GetRoot(), table);
+    const int ok = tree.Run(value);
+    if (value.IsArray()) // the statements' values: the last is the call's
+        value = value.GetAt(value.GetSize() - 1);
+    return ok ? "REAL:" + value.GetText().toStdString()
+              : "E:" + tree.GetErrorMessage().toStdString() + "@" + std::to_string(tree.GetErrorRow()) + ","
+            + std::to_string(tree.GetErrorCol());
+}
+
 } // namespace
 
-TEST(RpnTables, LookupTableOptionsAndDimensions)
+class RpnLookupTable : public ::testing::TestWithParam<const char *>
 {
-    auto line = std::make_shared<GridTable>();
-    line->axes = {{0, 1, 2, 4}};
-    line->cells = {0, 10, 20, 40};
-    auto square = std::make_shared<GridTable>();
-    square->axes = {{0, 1}, {0, 10}};
-    square->cells = {0, 1, 10, 11}; // (x, y): x + y
-    auto empty = std::make_shared<GridTable>();
-    empty->axes = {{0}};
-    empty->cells = {0};
-    empty->outputs = 0;
+};
+
+// Each case runs with the table as a value ("t") and bound to the call ("\"t\"").
+TEST_P(RpnLookupTable, OptionsAndDimensions)
+{
+    const auto line = grid({{0, 1, 2, 4}}, {0, 10, 20, 40});
+    const auto square = grid({{0, 1}, {0, 10}}, {0, 1, 10, 11}); // (x, y): x + y
+    const auto empty = grid({{0}}, {0}, 0);
+    auto replace = [](std::string text, const std::string &table) {
+        for (std::size_t at; (at = text.find('@')) != std::string::npos;)
+            text.replace(at, 1, table);
+        return text;
+    };
+    const std::string t = GetParam();
     struct Case {
-        std::shared_ptr<GridTable> table;
+        std::shared_ptr<CRpnLookupGrid> table;
         const char *text;
         std::string expect;
     } cases[] = {
-        {line, "Lookup_table(\"t\", 3)", "REAL:30"},
-        {line, "Lookup_table(\"t\", 2)", "REAL:20"},
-        {line, "Lookup_table(\"t\", -1)", "REAL:0"},                          // clamped
-        {line, "_Lookup_Options_ = 1; Lookup_table(\"t\", -1)", "REAL:-10"}, // extrapolated below
-        {line, "_Lookup_Options_ = 1; Lookup_table(\"t\", 6)", "REAL:40"},   // but not above
-        {line, "_Lookup_Options_ = 2; Lookup_table(\"t\", 6)", "REAL:60"},
-        {square, "Lookup_table(\"t\", 0.5, 5)", "REAL:5.5"},
-        {square, "_Lookup_Options_ = 3; Lookup_table(\"t\", 2, 20)", "REAL:22"},
-        {line, "Lookup_table(\"t\", 1, 2)", FunctionMessage("Lookup_table(\"t\", 1, 2) "
-                                                            + RpnMessage(43411).toStdString())},
-        {square, "Lookup_table(\"t\", 1)", FunctionMessage("Lookup_table(\"t\", 1) "
-                                                           + RpnMessage(43412).toStdString())},
-        {empty, "Lookup_table(\"t\", 1)", FunctionMessage("Lookup_table(\"t\", 1) "
-                                                          + RpnMessage(43410).toStdString())},
-        {nullptr, "Lookup_table(\"t\", 1)", FunctionMessage("Lookup_table(\"t\", 1) "
-                                                            + RpnMessage(43413).toStdString())},
+        {line, "Lookup_table(@, 3)", "REAL:30"},
+        {line, "Lookup_table(@, 2)", "REAL:20"},
+        {line, "Lookup_table(@, -1)", "REAL:0"},                          // clamped
+        {line, "_Lookup_Options_ = 1; Lookup_table(@, -1)", "REAL:-10"}, // extrapolated below
+        {line, "_Lookup_Options_ = 1; Lookup_table(@, 6)", "REAL:40"},   // but not above
+        {line, "_Lookup_Options_ = 2; Lookup_table(@, 6)", "REAL:60"},
+        {line, "_Lookup_Options_ = 2.995; Lookup_table(@, -1)", "REAL:-10"}, // the word is an integer: 3
+        {square, "Lookup_table(@, 0.5, 5)", "REAL:5.5"},
+        {square, "Lookup_table(@, 1, 10)", "REAL:11"},
+        {square, "_Lookup_Options_ = 3; Lookup_table(@, 2, 20)", "REAL:22"},
+        {line, "Lookup_table(@, 1, 2)", "43411"},
+        {square, "Lookup_table(@, 1)", "43412"},
+        {square, "Lookup_table(@, 1, 2, 3, 4, 5)", "43415"}, // five coordinates: the fifth is not read
+        {empty, "Lookup_table(@, 1)", "43410"},
+        {nullptr, "Lookup_table(@, 1)", "43413"},
+        {line, "Lookup_table(@)", "43413"},
+        {line, "Lookup_table(1, 2)", "43413"},              // neither a text nor a table
+        {line, "Lookup_table(Array(1), 2)", "43413"},
     };
     for (const Case &c : cases) {
-        CEquationTree tree;
-        ASSERT_EQ(tree.Compile(QString::fromUtf8(c.text), nullptr, true), 1) << c.text;
-        // Bind the table to every Lookup_table call of the tree.
-        bindAll(tree.GetRoot(), c.table);
-        CRpnData value;
-        const int ok = tree.Run(value);
-        if (value.IsArray()) // the statements' values: the last is the call's
-            value = value.GetAt(value.GetSize() - 1);
-        const std::string got = ok ? "REAL:" + value.GetText().toStdString()
-                                   : "E:" + tree.GetErrorMessage().toStdString() + "@" + std::to_string(tree.GetErrorRow())
-                + "," + std::to_string(tree.GetErrorCol());
-        EXPECT_EQ(got, c.expect) << c.text;
+        const std::string text = replace(c.text, t);
+        std::string expect = c.expect;
+        if (expect.rfind("REAL:", 0) != 0) {
+            const int number = std::stoi(expect);
+            // Five coordinates count as four against a two-axis table.
+            const QString message = RpnMessage(number == 43415 ? 43412 : number);
+            expect = FunctionMessage(text + " " + message.toStdString());
+        }
+        EXPECT_EQ(lookUpIn(c.table, text.c_str()), expect) << text;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(ValueAndBound, RpnLookupTable, ::testing::Values("t", "\"t\""));
+
+TEST(RpnTables, LookupGridRefusesSizesThatDoNotFit)
+{
+    struct Case {
+        std::vector<std::vector<double>> axes;
+        std::vector<std::vector<double>> columns;
+        bool ok;
+    } cases[] = {
+        {{{0, 1}}, {{5, 6}}, true},
+        {{{0, 1}, {0, 1, 2}}, {{1, 2, 3, 4, 5, 6}, {0, 0, 0, 0, 0, 0}}, true},
+        {{{0, 1}}, {}, true}, // no outputs: the call says the table is empty
+        {{}, {}, false},
+        {{{0}, {0}, {0}, {0}, {0}}, {{1}}, false},
+        {{{0, 1}, {}}, {{}}, false},
+        {{{0, 1}}, {{1, 2, 3}}, false},
+    };
+    for (const Case &c : cases) {
+        CRpnLookupGrid table;
+        EXPECT_EQ(table.Assign(c.axes, c.columns), c.ok) << c.axes.size();
+        EXPECT_EQ(table.GetDimension(), c.ok ? int(c.axes.size()) : 0);
     }
 }
 

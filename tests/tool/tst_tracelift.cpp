@@ -522,3 +522,62 @@ TEST(TraceliftApp, StartStopsWithoutTheEnglishTexts)
     qunsetenv("TARN_LANG_DIR");
     UnloadLanguageModule();
 }
+
+TEST(TraceliftArguments, OnePictureFileAtMost)
+{
+    const struct {
+        QStringList args;
+        bool run;
+        int exitCode;
+        const char *picture;
+    } cases[] = {
+        {{"tracelift"}, true, 0, ""},
+        {{"tracelift", "graph.png"}, true, 0, "graph.png"},
+        {{"tracelift", "--", "-odd name.png"}, true, 0, "-odd name.png"},
+        {{"tracelift", "-"}, true, 0, "-"},
+        {{"tracelift", "--help"}, false, 0, ""},
+        {{"tracelift", "a.png", "-h"}, false, 0, ""},
+        {{"tracelift", "a.png", "b.png"}, false, 2, ""},
+        {{"tracelift", "--picture=a.png"}, false, 2, ""},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(qPrintable(c.args.join(u' ')));
+        CTraceliftToolApp app;
+        QString usage;
+        EXPECT_EQ(app.ParseArguments(c.args, usage), c.run);
+        if (!c.run) {
+            EXPECT_EQ(app.m_exitCode, c.exitCode);
+            EXPECT_TRUE(usage.contains(QLatin1String("Usage: tracelift"))) << qPrintable(usage);
+        } else {
+            EXPECT_EQ(app.m_pictureFile, QString::fromLatin1(c.picture));
+        }
+    }
+}
+
+TEST_F(TraceliftTest, APictureFileOfTheCommandLineOpensReadyForItsCorners)
+{
+    const CGraphPicture g = MakeGraphPicture(false, saturation, samples());
+    const QString picture = files.filePath(QStringLiteral("graph.png"));
+    ASSERT_TRUE(g.image.save(picture));
+    const struct {
+        QString path;
+        bool opens;
+    } cases[] = {
+        {files.filePath(QStringLiteral("missing.png")), false},
+        {QString(settingsDir.path()), false}, // a folder
+        {picture, true},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(qPrintable(c.path));
+        dialog = std::make_unique<CTraceliftToolDlg>();
+        prompts.messages.clear();
+        EXPECT_EQ(dialog->OpenPictureFile(c.path), c.opens);
+        EXPECT_EQ(mode(), c.opens ? ModePicturePlaced : ModeWaitPicture);
+        EXPECT_EQ(prompts.messages.size(), c.opens ? 0 : 1);
+        if (c.opens) {
+            EXPECT_EQ(canvas()->Bitmap().size(), g.image.size());
+            next();
+            EXPECT_EQ(mode(), ModeCorner1);
+        }
+    }
+}

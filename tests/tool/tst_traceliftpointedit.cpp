@@ -179,8 +179,8 @@ TEST_F(TraceliftTest, TraceAnotherCurveKeepsPictureCornersAndValues)
     EXPECT_EQ(text(IdXAtSecond), xAtSecond);
     EXPECT_EQ(text(IdYAtSecond), yAtSecond);
     const CaptureCalibration &now = canvas()->m_capture.m_calibration;
-    EXPECT_EQ(QRect(QPoint(now.firstCornerX, now.firstCornerY), QPoint(now.secondCornerX, now.secondCornerY)),
-              QRect(QPoint(before.firstCornerX, before.firstCornerY), QPoint(before.secondCornerX, before.secondCornerY)));
+    EXPECT_EQ(QRectF(QPointF(now.firstCornerX, now.firstCornerY), QPointF(now.secondCornerX, now.secondCornerY)),
+              QRectF(QPointF(before.firstCornerX, before.firstCornerY), QPointF(before.secondCornerX, before.secondCornerY)));
     EXPECT_TRUE(now.pictureLoaded && now.pictureShown);
     EXPECT_EQ(dialog->Records().Size(), records + 1);
     EXPECT_EQ(dialog->Records().CheckInvariant(), QString());
@@ -247,5 +247,128 @@ TEST_F(TraceliftTest, AFamilyTracedCurveByCurveSavesAndLoadsBack)
         CMyDoubleArray pairs;
         ParsePointText(t, count, pairs, true);
         EXPECT_TRUE(loaded.contains(FormatPointText(pairs.GetData(), count))) << qPrintable(t);
+    }
+}
+
+TEST_F(TraceliftTest, APointDraggedWithTheMouseMovesByTheDragAndUndoesAsOneStep)
+{
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
+    reach(ModeTrace, g);
+    ASSERT_EQ(mode(), ModeTrace);
+    const QPoint clicks[] = {g.vertices[2], g.vertices[5], g.vertices[8]};
+    for (const QPoint &p : clicks)
+        click(p);
+    const QString clicked = text(IdPoints);
+    const QList<QPointF> base = pixelsOf(clicked, g);
+    ASSERT_EQ(base.size(), 3);
+
+    struct Case {
+        const char *name;
+        int at;          // the point pressed near, or -1 for a spot far from all
+        QPoint grab;     // where, from that point
+        QList<QPoint> moves; // the path of the mouse from the press
+        int moved;       // the point that moves, or -1 when a point is added
+    };
+    const Case cases[] = {
+        {"on the point", 1, {0, 0}, {{5, 0}, {10, -20}}, 1},
+        {"beside the first", 0, {3, -2}, {{-4, 4}, {-8, 12}}, 0},
+        {"the last, back and forth", 2, {-2, 2}, {{30, 0}, {-6, 9}}, 2},
+        {"a wobble is a click", 1, {1, 1}, {{1, 0}, {2, 0}}, -1},
+        {"far from any point", -1, {0, 0}, {{10, 10}}, -1},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        ASSERT_EQ(text(IdPoints), clicked);
+        const QPoint from = c.at >= 0 ? base[c.at].toPoint() + c.grab : QPoint(300, 60);
+        QTest::mousePress(canvas(), Qt::LeftButton, {}, from);
+        for (const QPoint &m : c.moves)
+            QTest::mouseMove(canvas(), from + m);
+        QTest::mouseRelease(canvas(), Qt::LeftButton, {}, from + c.moves.last());
+
+        const QList<QPointF> got = pixelsOf(text(IdPoints), g);
+        QList<QPointF> expected = base;
+        if (c.moved >= 0)
+            expected[c.moved] += QPointF(c.moves.last());
+        else
+            expected << QPointF(from);
+        ASSERT_EQ(got.size(), expected.size()) << qPrintable(text(IdPoints));
+        for (int i = 0; i < got.size(); ++i) {
+            // A moved point keeps its place under the mouse to five digits;
+            // an added one lies within the pixel clicked.
+            const double tolerance = c.moved >= 0 || i < base.size() ? 0.01 : 1.0;
+            EXPECT_NEAR(got[i].x(), expected[i].x(), tolerance) << i;
+            EXPECT_NEAR(got[i].y(), expected[i].y(), tolerance) << i;
+        }
+        EXPECT_EQ(canvas()->m_capture.m_points.count, got.size());
+        // However many moves, the drag is one step of undo.
+        QTest::keyClick(canvas(), Qt::Key_Z, Qt::ControlModifier);
+        EXPECT_EQ(text(IdPoints), clicked);
+    }
+}
+
+TEST_F(TraceliftTest, AFamilySavedAsOneCsvReadsBackAtSharedX)
+{
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
+    const QString path = files.filePath(QStringLiteral("family.csv"));
+    prompts.fileNames = {path};
+    EXPECT_FALSE(dialog->OnSaveFamilyCsv()); // nothing finished yet
+    EXPECT_EQ(prompts.messages.size(), 1);
+    prompts.messages.clear();
+
+    reach(ModeTrace, g);
+    type(IdXName, QStringLiteral("VCE"));
+    type(IdYName, QStringLiteral("IC"));
+    // The second curve is clicked at other X values than the first.
+    const QList<QList<int>> clicked = {{2, 5, 8}, {3, 7}};
+    QList<QList<QPointF>> values;
+    for (int curve = 0; curve < clicked.size(); ++curve) {
+        if (curve > 0) {
+            ASSERT_TRUE(dialog->OnTraceAnotherCurve());
+        }
+        for (int i : clicked[curve])
+            click(g.vertices[i] + QPoint(0, 30 * curve));
+        QList<QPointF> v;
+        const TracedPoints &p = canvas()->m_capture.m_points;
+        for (int k = 0; k < p.count; ++k)
+            v << QPointF(p.pairs[2 * k], p.pairs[2 * k + 1]);
+        values << v;
+        next();
+    }
+    prompts.fileNames = {path};
+    ASSERT_TRUE(dialog->OnSaveFamilyCsv()) << qPrintable(prompts.MessageTexts().join(u'|'));
+
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QStringList lines = QString::fromUtf8(file.readAll()).split(QStringLiteral("\r\n"));
+    ASSERT_EQ(lines.takeLast(), QString());
+    ASSERT_EQ(lines.takeFirst(), QStringLiteral("VCE,IC 1,IC 2"));
+    ASSERT_EQ(lines.size(), 5); // the three X of the first curve and the two of the second
+    // Every row against the curves read as straight lines between their points.
+    auto at = [](const QList<QPointF> &c, double x) {
+        for (int k = 1; k < c.size(); ++k)
+            if (x >= c[k - 1].x() && x <= c[k].x())
+                return c[k - 1].y() + (x - c[k - 1].x()) * (c[k].y() - c[k - 1].y()) / (c[k].x() - c[k - 1].x());
+        return double(NAN);
+    };
+    double previous = -INFINITY;
+    for (const QString &line : lines) {
+        const QStringList cells = line.split(u',');
+        ASSERT_EQ(cells.size(), 3) << qPrintable(line);
+        const double x = cells[0].toDouble();
+        EXPECT_GT(x, previous);
+        previous = x;
+        for (int c = 0; c < 2; ++c) {
+            const double want = at(values[c], x);
+            if (std::isnan(want))
+                EXPECT_TRUE(cells[c + 1].isEmpty()) << qPrintable(line);
+            else
+                EXPECT_NEAR(cells[c + 1].toDouble(), want, 1e-9 * (1 + std::fabs(want))) << qPrintable(line);
+        }
     }
 }

@@ -23,11 +23,18 @@ TEST_F(TraceliftTest, ADigitisingSessionFromClipboardToFileAndBack)
     ASSERT_EQ(canvas()->Bitmap().size(), g.image.size());
     ASSERT_TRUE(canvas()->rect().contains(QRect(QPoint(0, 0), g.image.size())));
 
-    // Calibration on the grid's corners, in millivolts and microamperes.
+    // Calibration on the grid's corners, in millivolts and microamperes.  The
+    // grid lines are drawn centred on the pixels' edges, so the corners are
+    // aimed at through the magnifier, as precisely as the points.
     next();
     ASSERT_EQ(mode(), ModeCorner1);
-    click(g.lowerLeft);
-    click(g.upperRight);
+    CTraceliftZoom *zoom = canvas()->Magnifier();
+    for (const QPoint corner : {g.lowerLeft, g.upperRight}) {
+        QTest::mouseClick(canvas(), Qt::RightButton, {}, corner);
+        ASSERT_TRUE(zoom->isVisible());
+        QTest::mouseClick(zoom, Qt::LeftButton, {}, QPoint(80, 80));
+    }
+    EXPECT_EQ(canvas()->m_capture.m_calibration.firstCornerX, g.lowerLeft.x());
     ASSERT_EQ(mode(), ModeCornersSet);
     type(IdXAtFirst, QStringLiteral("100"));
     type(IdXAtSecond, QStringLiteral("100000"));
@@ -45,7 +52,6 @@ TEST_F(TraceliftTest, ADigitisingSessionFromClipboardToFileAndBack)
     // Twenty points, each aimed at through the magnifier: the right button
     // opens it at the nearest whole pixel, the click lands on the eighth of a
     // pixel nearest to the curve.
-    CTraceliftZoom *zoom = canvas()->Magnifier();
     QList<QPointF> aimed;
     for (int i = 0; i < 20; ++i) {
         const double x = 120 * std::pow(80000 / 120.0, i / 19.0);

@@ -167,13 +167,15 @@ TEST(TraceliftWnd, DragsClicksAndReadout)
     EXPECT_EQ(canvas.m_capture.m_calibration.panX, 10);
     EXPECT_EQ(canvas.Mode(), ModePicturePlaced);
 
-    // Corners are whole pixels; trace clicks keep their fractions.
+    // A plain click stands for the centre of its pixel, for a corner as for
+    // a point.
     QSignalSpy clicks(&canvas, &CTraceliftWnd::clicked);
     canvas.SetMode(ModeCorner1);
     send(&canvas, QEvent::MouseButtonPress, {40, 260}, Qt::LeftButton, Qt::LeftButton);
     send(&canvas, QEvent::MouseButtonPress, {340, 60}, Qt::LeftButton, Qt::LeftButton);
     EXPECT_EQ(canvas.Mode(), ModeCornersSet);
-    EXPECT_EQ(canvas.m_capture.m_calibration.secondCornerY, 60);
+    EXPECT_EQ(canvas.m_capture.m_calibration.firstCornerX, 40.5);
+    EXPECT_EQ(canvas.m_capture.m_calibration.secondCornerY, 60.5);
     ASSERT_EQ(clicks.size(), 2);
     EXPECT_EQ(clicks[1][1].toInt(), int(ModeCorner2));
 
@@ -185,8 +187,8 @@ TEST(TraceliftWnd, DragsClicksAndReadout)
     ASSERT_EQ(clicks.size(), 3);
     const CClickResult r = clicks[2][0].value<CClickResult>();
     EXPECT_EQ(r.reaction, CClickResult::AppendPoint);
-    EXPECT_DOUBLE_EQ(r.x, 150.5);
-    EXPECT_DOUBLE_EQ(r.y, 99.75);
+    EXPECT_DOUBLE_EQ(r.x, 150.0);
+    EXPECT_DOUBLE_EQ(r.y, 100.0);
 
     QSignalSpy readout(&canvas, &CTraceliftWnd::valueUnderMouse);
     send(&canvas, QEvent::MouseMove, {40, 60}, Qt::NoButton, Qt::NoButton);

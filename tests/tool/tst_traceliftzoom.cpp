@@ -113,21 +113,20 @@ TEST_F(ZoomTest, ShowsThePatchEightTimesEnlarged)
     }
 }
 
-TEST_F(ZoomTest, AClickPlacesACornerOnAWholePixelAndAPointOnAnEighth)
+TEST_F(ZoomTest, AClickPlacesACornerAndAPointOnAnEighth)
 {
     const CGraphPicture g = MakeGraphPicture(false, saturation, samples());
     reach(ModeCorner1, g);
     ASSERT_EQ(mode(), ModeCorner1);
 
-    // Corners: the eighth-pixel position is truncated.
+    // Corners keep the eighths of a pixel, as points do.
     struct Corner {
         QPoint openAt;
         QPoint inWindow;
-        QPoint corner;
     };
     const Corner corners[] = {
-        {g.lowerLeft + QPoint(3, -2), QPoint(80 - 24 + 7, 80 + 16 + 5), g.lowerLeft},
-        {g.upperRight + QPoint(-1, 1), QPoint(80 + 8 + 6, 80 - 8 + 1), g.upperRight},
+        {g.lowerLeft + QPoint(3, -2), QPoint(80 - 24 + 7, 80 + 16 + 5)},
+        {g.upperRight + QPoint(-1, 1), QPoint(80 + 8 + 6, 80 - 8 + 1)},
     };
     for (const Corner &k : corners) {
         rightClick(k.openAt);
@@ -137,8 +136,8 @@ TEST_F(ZoomTest, AClickPlacesACornerOnAWholePixelAndAPointOnAnEighth)
     }
     ASSERT_EQ(mode(), ModeCornersSet);
     const CaptureCalibration &c = canvas()->m_capture.m_calibration;
-    EXPECT_EQ(QPoint(c.firstCornerX, c.firstCornerY), g.lowerLeft);
-    EXPECT_EQ(QPoint(c.secondCornerX, c.secondCornerY), g.upperRight);
+    EXPECT_EQ(QPointF(c.firstCornerX, c.firstCornerY), QPointF(g.lowerLeft) + QPointF(0.875, 0.625));
+    EXPECT_EQ(QPointF(c.secondCornerX, c.secondCornerY), QPointF(g.upperRight) + QPointF(0.75, 0.125));
 
     typeValues(g);
     next();
@@ -155,8 +154,9 @@ TEST_F(ZoomTest, AClickPlacesACornerOnAWholePixelAndAPointOnAnEighth)
     QTest::mouseMove(zoom(), inWindow);
     double x = 0, y = 0;
     ASSERT_TRUE(canvas()->m_capture.MapPixelToValue(expected.x(), expected.y(), x, y));
-    EXPECT_NEAR(x, g.XAt(expected.x()), 1e-9);
-    EXPECT_NEAR(y, g.YAt(expected.y()), 1e-9);
+    // ... on the scale the fractional corners set.
+    EXPECT_NEAR(x, g.xLow + (expected.x() - c.firstCornerX) * (g.xHigh - g.xLow) / (c.secondCornerX - c.firstCornerX), 1e-9);
+    EXPECT_NEAR(y, g.yLow + (expected.y() - c.firstCornerY) * (g.yHigh - g.yLow) / (c.secondCornerY - c.firstCornerY), 1e-9);
     EXPECT_EQ(text(IdReadout), readoutOf(x, y));
 
     zoomClick(inWindow);

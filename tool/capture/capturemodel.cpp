@@ -8,17 +8,10 @@
 
 namespace {
 
-// A click position as a stored corner: truncated toward zero, pinned to the
-// 32-bit range.
-std::int32_t cornerPixel(double p)
+// A click position as a stored corner; what is not finite gives 0.
+double cornerPosition(double p)
 {
-    if (p != p)
-        return 0;
-    if (p <= double(INT32_MIN))
-        return INT32_MIN;
-    if (p >= double(INT32_MAX))
-        return INT32_MAX;
-    return std::int32_t(p);
+    return std::isfinite(p) ? p : 0.0;
 }
 
 double axisEnd(double v, bool logarithmic)
@@ -85,9 +78,9 @@ bool CCaptureModel::MapPixelToValue(double px, double py, double &x, double &y) 
         else
             xUsable = false;
     }
-    const std::int64_t dx = std::int64_t(c.secondCornerX) - c.firstCornerX;
+    const double dx = c.secondCornerX - c.firstCornerX;
     if (xUsable && dx != 0) {
-        double v = (b - a) / double(dx) * (px - c.firstCornerX) + a;
+        double v = (b - a) / dx * (px - c.firstCornerX) + a;
         if (c.xLog)
             v = std::pow(10.0, v);
         x = v;
@@ -102,10 +95,10 @@ bool CCaptureModel::MapPixelToValue(double px, double py, double &x, double &y) 
         a = std::log10(a);
         b = std::log10(b);
     }
-    const std::int64_t dy = std::int64_t(c.secondCornerY) - c.firstCornerY;
+    const double dy = c.secondCornerY - c.firstCornerY;
     if (dy == 0)
         return false;
-    double w = (b - a) / double(dy) * (py - c.firstCornerY) + a;
+    double w = (b - a) / dy * (py - c.firstCornerY) + a;
     if (c.yLog)
         w = std::pow(10.0, w);
     y = w;
@@ -128,12 +121,12 @@ CPixelMapping CCaptureModel::PixelMapping() const
     m.gridHighY = axisEnd(c.yGridHigh, c.yLog);
     m.firstCornerX = c.firstCornerX;
     m.firstCornerY = c.firstCornerY;
-    const std::int64_t dx = std::int64_t(c.secondCornerX) - c.firstCornerX;
-    const std::int64_t dy = std::int64_t(c.secondCornerY) - c.firstCornerY;
+    const double dx = c.secondCornerX - c.firstCornerX;
+    const double dy = c.secondCornerY - c.firstCornerY;
     if (dx != 0)
-        m.valuePerPixelX = (m.highX - m.lowX) / double(dx);
+        m.valuePerPixelX = (m.highX - m.lowX) / dx;
     if (dy != 0)
-        m.valuePerPixelY = (m.highY - m.lowY) / double(dy);
+        m.valuePerPixelY = (m.highY - m.lowY) / dy;
     m.drawable = m.valuePerPixelX != 0 && m.valuePerPixelY != 0
         && std::isfinite(m.valuePerPixelX) && std::isfinite(m.valuePerPixelY);
     return m;
@@ -174,14 +167,14 @@ CClickResult CCaptureModel::SetFirstOrSecondCorner(double px, double py)
     switch (m_mode) {
     case ModeTyped:
     case ModeCorner1:
-        c.firstCornerX = cornerPixel(px);
-        c.firstCornerY = cornerPixel(py);
+        c.firstCornerX = cornerPosition(px);
+        c.firstCornerY = cornerPosition(py);
         m_mode = m_mode == ModeTyped ? ModeTypedCorner2 : ModeCorner2;
         break;
     case ModeTypedCorner2:
     case ModeCorner2:
-        c.secondCornerX = cornerPixel(px);
-        c.secondCornerY = cornerPixel(py);
+        c.secondCornerX = cornerPosition(px);
+        c.secondCornerY = cornerPosition(py);
         m_mode = m_mode == ModeTypedCorner2 ? ModeTypedCornersSet : ModeCornersSet;
         r.repaint = true;
         break;

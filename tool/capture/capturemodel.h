@@ -15,10 +15,15 @@
 // yAtSecond 1060).  The scale runs from the first corner to the second, so a
 // first corner right of the second simply gives a falling scale.
 struct CaptureCalibration {
-    std::int32_t firstCornerX = 0;
-    std::int32_t firstCornerY = 0;
-    std::int32_t secondCornerX = 0;
-    std::int32_t secondCornerY = 0;
+    // Corners are as precise as points: one placed through the magnifier
+    // keeps its eighths, and a plain click gives the centre of its pixel as
+    // a plain point click does, so that corners and points are measured
+    // alike (whole-pixel corners put every value off by up to half a pixel).
+    // Canvas position p lies in pixel floor(p); pixel i's centre is i + 0.5.
+    double firstCornerX = 0;
+    double firstCornerY = 0;
+    double secondCornerX = 0;
+    double secondCornerY = 0;
     double xAtFirst = 0.0;
     double yAtFirst = 0.0;
     double xAtSecond = 0.0;
@@ -130,7 +135,8 @@ public:
 
     // The click rule.  Modes 1 and 12 place the first corner (to 2 and 13),
     // modes 2 and 13 the second (to 4 and 14, repaint).  A corner is the
-    // click truncated toward zero.  In modes 6 and 16 the pixel is mapped and
+    // click's position as it is given, fractions and all (a position that is
+    // not finite gives 0).  In modes 6 and 16 the pixel is mapped and
     // goes to the dialog as a point, mapped or not; in all others the pixel
     // goes to the dialog as it is.
     CClickResult SetFirstOrSecondCorner(double px, double py);

@@ -123,10 +123,17 @@ TEST(CaptureClicks, CornersThenPoints)
         EXPECT_EQ(r.x, 10.875);
         EXPECT_EQ(r.y, -3.125);
         const CaptureCalibration &k = m.m_calibration;
-        EXPECT_EQ(k.firstCornerX + k.secondCornerX, c.after == c.mode ? 0 : 10);
-        EXPECT_EQ(k.firstCornerY + k.secondCornerY, c.after == c.mode ? 0 : -3);
-        EXPECT_EQ(k.firstCornerX == 10, c.mode == ModeCorner1 || c.mode == ModeTyped);
+        // A corner keeps the fractions, as a point does.
+        EXPECT_EQ(k.firstCornerX + k.secondCornerX, c.after == c.mode ? 0 : 10.875);
+        EXPECT_EQ(k.firstCornerY + k.secondCornerY, c.after == c.mode ? 0 : -3.125);
+        EXPECT_EQ(k.firstCornerX == 10.875, c.mode == ModeCorner1 || c.mode == ModeTyped);
     }
+    // A position that is no number places the corner at 0.
+    CCaptureModel m;
+    m.m_mode = ModeCorner1;
+    m.SetFirstOrSecondCorner(NAN, INFINITY);
+    EXPECT_EQ(m.m_calibration.firstCornerX, 0.0);
+    EXPECT_EQ(m.m_calibration.firstCornerY, 0.0);
 }
 
 TEST(CaptureModel, DefaultRectangleAndResize)

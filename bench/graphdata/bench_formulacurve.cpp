@@ -1,0 +1,285 @@
+// Computed curves over a million rows against muparser's bulk mode on the
+// same columns, in the same run.  Each expression runs as a graph's
+// computed curve (CFormulaCurveJob: the snapshot, the compile, the run in
+// pieces with its stop check and progress, the gaps of invalid input, the
+// result column with its extents), and as a bare series of the language over
+// bound columns in one piece; muparser evaluates the same columns in bulk.
+// The first ratio is the curve's against muparser's, the second what the
+// job adds to the bare series (its pieces, progress, stop check and gaps).
+//
+// AvgX has no peer in muparser: its block averages are computed by a plain
+// loop there, inside the timed part, and muparser adds the rest.  The last
+// expressions take the language's node tree row by row (a choice, a
+// function of the text, a user function of the graph).
+
+#include "graphdata/formula/formulacurve.h"
+#include "graphdata/formula/graphcustom.h"
+#include "graphdata/formula/graphnodes.h"
+#include "graphdata/graphcurve.h"
+
+#include "formula/rpntree.h"
+
+#include <muParser.h>
+
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <cstdio>
+#include <iterator>
+#include <map>
+#include <string>
+#include <vector>
+#ifdef __linux__
+#include <unistd.h>
+#endif
+
+namespace {
+
+constexpr int kRows = 1000000;
+constexpr double kStep = 1e-6; // Time runs over one second
+constexpr double kWidth = 1e-3; // AvgX's blocks: a thousand rows each
+
+struct Expression
+{
+    const char *tarn;
+    const char *mu;     // over Time, V1 and (for AvgX) A, the block averages of V1
+    bool averages;
+};
+const Expression kPairs[] = {
+    {"V1*2+1", "V1*2+1", false},
+    {"(V1+1)*(V1-1)/(V1*V1+1)", "(V1+1)*(V1-1)/(V1*V1+1)", false},
+    {"V1^2-3*V1+2", "V1^2-3*V1+2", false},
+    {"sin(V1)*cos(V1)", "sin(V1)*cos(V1)", false},
+    {"sqrt(V1*V1+1)", "sqrt(V1*V1+1)", false},
+    {"exp(-V1)*V1", "exp(-V1)*V1", false},
+    {"log10(V1+1)", "log10(V1+1)", false},
+    {"min(V1,0.5)+max(V1,0.25)", "min(V1,0.5)+max(V1,0.25)", false},
+    {"sin(Time)*2+AvgX(V1, 1e-3)", "sin(Time)*2+A", true},
+    {"iif(V1 > 1, V1*2, 1-V1)", "V1 > 1 ? V1*2 : 1-V1", false},
+    {"function f(t) { return t*t+1 }; f(V1)", "V1*V1+1", false},
+    {"square(V1)", "V1*V1+1", false}, // the graph's user function square{GRAPH*GRAPH+1}
+};
+constexpr int kExpressionCount = int(std::size(kPairs));
+
+struct Columns
+{
+    std::vector<double> time, v1;
+};
+
+const Columns &columns()
+{
+    static const Columns c = [] {
+        Columns out;
+        out.time.resize(kRows);
+        out.v1.resize(kRows);
+        for (int i = 0; i < kRows; ++i) {
+            out.time[std::size_t(i)] = i * kStep;
+            out.v1[std::size_t(i)] = -0.5 + 10.0 * i / kRows;
+        }
+        return out;
+    }();
+    return c;
+}
+
+CGraphCurve &graph()
+{
+    static CGraphCurve *g = [] {
+        auto *curve = new CGraphCurve;
+        const Columns &c = columns();
+        curve->m_data.Create(1, 2, kRows, 0);
+        curve->m_data.GetColumn(0)->m_name = QStringLiteral("Time");
+        curve->m_data.GetColumn(1)->m_name = QStringLiteral("V1");
+        std::vector<double> rows(std::size_t(kRows) * 2);
+        for (int i = 0; i < kRows; ++i) {
+            rows[std::size_t(i) * 2] = c.time[std::size_t(i)];
+            rows[std::size_t(i) * 2 + 1] = c.v1[std::size_t(i)];
+        }
+        curve->m_data.AppendRows(rows.data(), nullptr, 0, 2, 0, kRows);
+        return curve;
+    }();
+    return *g;
+}
+
+// AvgX's blocks by a plain loop: the mean of V1 over each run of rows that
+// covers kWidth of Time (even steps: the weights are equal).
+void blockAverages(const std::vector<double> &v, std::vector<double> &out)
+{
+    const int block = int(std::lround(kWidth / kStep));
+    for (int start = 0; start < kRows; start += block) {
+        const int end = std::min(kRows, start + block);
+        double sum = 0;
+        for (int i = start; i < end; ++i)
+            sum += v[std::size_t(i)];
+        const double mean = sum / (end - start);
+        for (int i = start; i < end; ++i)
+            out[std::size_t(i)] = mean;
+    }
+}
+
+void BM_Curve(benchmark::State &state)
+{
+    const QString formula = QString::fromLatin1(kPairs[state.range(0)].tarn);
+    for (auto _ : state) {
+        CFormulaCurveJob job;
+        if (!job.Prepare(graph(), formula)) {
+            state.SkipWithError("the formula does not compile");
+            return;
+        }
+        job.Run();
+        benchmark::DoNotOptimize(job.Result().Get());
+    }
+    state.SetItemsProcessed(state.iterations() * kRows);
+}
+
+void BM_Series(benchmark::State &state)
+{
+    const Columns &c = columns();
+    std::vector<double> values(kRows), x(kRows);
+    std::vector<unsigned char> valid(kRows);
+    CEquationTree tree;
+    tree.BindColumn(QStringLiteral("Time"), c.time.data(), nullptr, kRows);
+    tree.BindColumn(QStringLiteral("V1"), c.v1.data(), nullptr, kRows);
+    tree.SetSampling(kStep, c.time.data(), kRows);
+    if (std::string(kPairs[state.range(0)].tarn).rfind("square", 0) == 0) {
+        state.SkipWithError("a user function of the graph needs a graph tree");
+        return;
+    }
+    if (!tree.Compile(QString::fromLatin1(kPairs[state.range(0)].tarn))) {
+        state.SkipWithError("the formula does not compile");
+        return;
+    }
+    for (auto _ : state) {
+        tree.ResetRun();
+        tree.PrepareRun(0, kRows - 1);
+        const int good = tree.EvaluateSeries(values.data(), valid.data(), 0, kRows - 1);
+        benchmark::DoNotOptimize(good);
+        benchmark::DoNotOptimize(values.data());
+    }
+    state.SetItemsProcessed(state.iterations() * kRows);
+}
+
+void BM_MuParserBulk(benchmark::State &state)
+{
+    const Expression &e = kPairs[state.range(0)];
+    std::vector<double> time = columns().time, v1 = columns().v1, averages(kRows), values(kRows);
+    mu::Parser parser;
+    parser.DefineVar("Time", time.data());
+    parser.DefineVar("V1", v1.data());
+    parser.DefineVar("A", averages.data());
+    parser.SetExpr(e.mu);
+    for (auto _ : state) {
+        if (e.averages)
+            blockAverages(v1, averages);
+        parser.Eval(values.data(), kRows);
+        benchmark::DoNotOptimize(values.data());
+    }
+    state.SetItemsProcessed(state.iterations() * kRows);
+}
+
+BENCHMARK(BM_Curve)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Series)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MuParserBulk)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
+
+// Both must agree before their speeds mean anything.
+bool resultsAgree()
+{
+    std::vector<double> time = columns().time, v1 = columns().v1, averages(kRows), values(kRows);
+    blockAverages(v1, averages);
+    bool agree = true;
+    for (const Expression &e : kPairs) {
+        CFormulaCurveJob job;
+        if (!job.Prepare(graph(), QString::fromLatin1(e.tarn))) {
+            std::printf("%s does not compile: %s\n", e.tarn, qPrintable(FormulaErrorText(job)));
+            agree = false;
+            continue;
+        }
+        job.Run();
+        mu::Parser parser;
+        parser.DefineVar("Time", time.data());
+        parser.DefineVar("V1", v1.data());
+        parser.DefineVar("A", averages.data());
+        parser.SetExpr(e.mu);
+        parser.Eval(values.data(), kRows);
+        const CGraphColumn *mine = job.Result().Get();
+        for (int i = 0; i < kRows; i += 997) {
+            const double b = values[std::size_t(i)];
+            if (!mine || mine->m_valid[i] != 1 || std::fabs(mine->m_values[i] - b) > 1e-9 * std::max(1.0, std::fabs(b))) {
+                std::printf("MISMATCH for %s at row %d: %.17g against muparser's %.17g\n", e.tarn, i,
+                            mine ? mine->m_values[i] : 0.0, b);
+                agree = false;
+                break;
+            }
+        }
+    }
+    return agree;
+}
+
+class RatioReporter : public benchmark::ConsoleReporter
+{
+public:
+    void ReportRuns(const std::vector<Run> &runs) override
+    {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run &r : runs)
+            if (r.run_type == Run::RT_Iteration)
+                times[r.benchmark_name()] = r.GetAdjustedCPUTime() * 1e-3; // ms to s
+    }
+    std::map<std::string, double> times;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // One thread against one thread: muparser's bulk mode would spread over
+    // OpenMP threads, whose count is read when the runtime loads.
+    if (qgetenv("OMP_NUM_THREADS") != "1") {
+        qputenv("OMP_NUM_THREADS", "1");
+#ifdef __linux__
+        execv("/proc/self/exe", argv);
+#endif
+    }
+    // The user function lives in settings of this run only.
+    QTemporaryDir settings;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
+    EnsureGraphFunctions();
+    GetGraphCustom().SaveFunctions({QStringLiteral("square{GRAPH*GRAPH+1}")});
+    ReloadUserFunctions();
+
+    const bool agree = resultsAgree();
+    std::vector<char *> args(argv, argv + argc);
+    bool interleavingGiven = false;
+    for (char *a : args)
+        interleavingGiven = interleavingGiven || std::string(a).rfind("--benchmark_enable_random_interleaving", 0) == 0;
+    static char interleave[] = "--benchmark_enable_random_interleaving=true";
+    if (!interleavingGiven)
+        args.push_back(interleave);
+    int count = int(args.size());
+    benchmark::Initialize(&count, args.data());
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    std::printf("\nRows per second over %d rows (higher is better), CPU time\n", kRows);
+    std::printf("%-40s %12s %12s %8s   %12s %10s\n", "expression", "curve", "mu bulk", "ratio", "series",
+                "job cost");
+    for (int i = 0; i < kExpressionCount; ++i) {
+        auto seconds = [&](const char *name) {
+            const auto it = reporter.times.find(std::string(name) + '/' + std::to_string(i));
+            return it == reporter.times.end() ? 0.0 : it->second;
+        };
+        const double curve = seconds("BM_Curve"), series = seconds("BM_Series"), bulk = seconds("BM_MuParserBulk");
+        if (curve <= 0)
+            continue;
+        std::printf("%-40s %12.3g %12.3g %8.2f   %12.3g %9.1f%%\n", kPairs[i].tarn, kRows / curve,
+                    bulk > 0 ? kRows / bulk : 0.0, bulk > 0 ? bulk / curve : 0.0, series > 0 ? kRows / series : 0.0,
+                    series > 0 ? (curve / series - 1) * 100 : 0.0);
+    }
+    std::printf("ratio: muparser's time over the curve's (above 1: the curve is faster); job cost: the curve's "
+                "time over the bare series', less one\n");
+    if (!agree)
+        std::printf("The results differ: see the mismatches above.\n");
+    benchmark::Shutdown();
+    return agree ? 0 : 1;
+}

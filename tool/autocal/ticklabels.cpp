@@ -1,0 +1,311 @@
+#include "tool/autocal/ticklabels.h"
+
+#include <QPainter>
+
+#include <tesseract/baseapi.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <mutex>
+#include <numeric>
+
+namespace {
+
+// Ink of text: darker than the grey of light grid lines and of JPEG's halo.
+constexpr int TextInk = 70;
+
+struct CBlob {
+    QRect box;
+    int area = 0;
+    bool touchesFrame = false;
+};
+
+struct CRegion {
+    QRect rect;
+    // Blob number + 1 of each pixel of the region, 0 for paper.
+    std::vector<int> owner;
+    std::vector<CBlob> blobs;
+
+    int OwnerAt(int x, int y) const
+    {
+        return owner[std::size_t(y - rect.top()) * std::size_t(rect.width()) + std::size_t(x - rect.left())];
+    }
+};
+
+// 8-connected blobs of text ink in `rect`.  A blob that reaches the side of
+// the region next to the frame is a tick mark or a label of the other axis
+// cut by the region, and is marked.
+CRegion blobsIn(const CDarkness &dark, QRect rect, AxisSide side)
+{
+    CRegion region;
+    rect = rect.intersected(QRect(0, 0, dark.width, dark.height));
+    region.rect = rect;
+    if (rect.isEmpty())
+        return region;
+    region.owner.assign(std::size_t(rect.width()) * std::size_t(rect.height()), 0);
+    std::vector<QPoint> stack;
+    for (int y = rect.top(); y <= rect.bottom(); ++y)
+        for (int x = rect.left(); x <= rect.right(); ++x) {
+            if (dark.At(x, y) < TextInk || region.OwnerAt(x, y))
+                continue;
+            CBlob blob;
+            blob.box = QRect(x, y, 1, 1);
+            const int id = int(region.blobs.size()) + 1;
+            stack.assign(1, QPoint(x, y));
+            region.owner[std::size_t(y - rect.top()) * std::size_t(rect.width()) + std::size_t(x - rect.left())] = id;
+            while (!stack.empty()) {
+                const QPoint p = stack.back();
+                stack.pop_back();
+                ++blob.area;
+                blob.box |= QRect(p, QSize(1, 1));
+                for (int dy = -1; dy <= 1; ++dy)
+                    for (int dx = -1; dx <= 1; ++dx) {
+                        const int nx = p.x() + dx, ny = p.y() + dy;
+                        if (!rect.contains(nx, ny) || dark.At(nx, ny) < TextInk)
+                            continue;
+                        int &o = region.owner[std::size_t(ny - rect.top()) * std::size_t(rect.width())
+                                              + std::size_t(nx - rect.left())];
+                        if (o)
+                            continue;
+                        o = id;
+                        stack.emplace_back(nx, ny);
+                    }
+            }
+            blob.touchesFrame = side == AxisSide::X ? blob.box.top() == rect.top() : blob.box.right() == rect.right();
+            region.blobs.push_back(blob);
+        }
+    return region;
+}
+
+int findRoot(std::vector<int> &parent, int i)
+{
+    while (parent[std::size_t(i)] != i)
+        i = parent[std::size_t(i)] = parent[std::size_t(parent[std::size_t(i)])];
+    return i;
+}
+
+struct CGroup {
+    std::vector<int> blobs; // indices, sorted by left edge
+    QRect box;
+};
+
+// The part of a label drawn alone on white, enlarged for the OCR engine.
+QImage cropOf(const CDarkness &dark, const CRegion &region, const std::vector<int> &blobs)
+{
+    QRect box;
+    for (int b : blobs)
+        box |= region.blobs[std::size_t(b)].box;
+    box = box.adjusted(-1, -1, 1, 1).intersected(region.rect);
+    QImage crop(box.size(), QImage::Format_Grayscale8);
+    crop.fill(255);
+    for (int y = box.top(); y <= box.bottom(); ++y) {
+        uchar *line = crop.scanLine(y - box.top());
+        for (int x = box.left(); x <= box.right(); ++x) {
+            const int o = region.OwnerAt(x, y);
+            const bool mine = o == 0 || std::find(blobs.begin(), blobs.end(), o - 1) != blobs.end();
+            if (mine)
+                line[x - box.left()] = uchar(255 - dark.At(x, y));
+        }
+    }
+    // Text some 32 pixels high reads best; small print is enlarged smoothly.
+    const double scale = std::clamp(32.0 / std::max(1, box.height()), 1.0, 6.0);
+    const QImage big = crop.scaled(int(std::round(crop.width() * scale)), int(std::round(crop.height() * scale)),
+                                   Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const int pad = 12;
+    QImage out(big.width() + 2 * pad, big.height() + 2 * pad, QImage::Format_Grayscale8);
+    out.fill(255);
+    QPainter p(&out);
+    p.drawImage(pad, pad, big);
+    return out;
+}
+
+} // namespace
+
+QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, AxisSide side)
+{
+    QList<CTickLabel> labels;
+    if (!grid.frameFound)
+        return labels;
+    const int left = int(std::round(grid.left)), right = int(std::round(grid.right));
+    const int top = int(std::round(grid.top)), bottom = int(std::round(grid.bottom));
+    const QRect rect = side == AxisSide::X ? QRect(QPoint(left - 80, bottom + 2), QPoint(right + 80, bottom + 90))
+                                           : QRect(QPoint(left - 220, top - 40), QPoint(left - 2, bottom + 40));
+    CRegion region = blobsIn(dark, rect, side);
+
+    std::vector<int> usable;
+    std::vector<int> heights;
+    for (int i = 0; i < int(region.blobs.size()); ++i) {
+        const CBlob &b = region.blobs[std::size_t(i)];
+        if (b.touchesFrame || b.area < 2)
+            continue;
+        usable.push_back(i);
+        if (b.box.height() >= 4)
+            heights.push_back(b.box.height());
+    }
+    if (heights.empty())
+        return labels;
+    std::nth_element(heights.begin(), heights.begin() + std::ptrdiff_t(heights.size() / 2), heights.end());
+    const int textHeight = heights[heights.size() / 2];
+
+    // Blobs that overlap in height and stand close side by side are one label.
+    std::vector<int> parent(region.blobs.size());
+    std::iota(parent.begin(), parent.end(), 0);
+    const int gapLimit = std::max(2, int(std::lround(0.6 * textHeight)));
+    for (std::size_t a = 0; a < usable.size(); ++a)
+        for (std::size_t b = a + 1; b < usable.size(); ++b) {
+            const QRect &ra = region.blobs[std::size_t(usable[a])].box;
+            const QRect &rb = region.blobs[std::size_t(usable[b])].box;
+            // Overlapping by a good part of the smaller height: a raised
+            // exponent does, a label of the other axis at the corner does not.
+            const int overlap = std::min(ra.bottom(), rb.bottom()) - std::max(ra.top(), rb.top()) + 1;
+            const bool overlapY = overlap >= 0.4 * std::min(ra.height(), rb.height());
+            const int gapX = std::max(ra.left(), rb.left()) - std::min(ra.right(), rb.right()) - 1;
+            if (overlapY && gapX <= gapLimit)
+                parent[std::size_t(findRoot(parent, usable[a]))] = findRoot(parent, usable[b]);
+        }
+    std::vector<CGroup> groups;
+    {
+        std::vector<int> groupOf(region.blobs.size(), -1);
+        for (int i : usable) {
+            const int r = findRoot(parent, i);
+            if (groupOf[std::size_t(r)] < 0) {
+                groupOf[std::size_t(r)] = int(groups.size());
+                groups.emplace_back();
+            }
+            CGroup &g = groups[std::size_t(groupOf[std::size_t(r)])];
+            g.blobs.push_back(i);
+            g.box |= region.blobs[std::size_t(i)].box;
+        }
+    }
+    // A label holds at least one blob of a digit's height and is not much
+    // taller than one line of text (an axis title turned on its side is).
+    std::erase_if(groups, [&](const CGroup &g) {
+        const bool digit = std::any_of(g.blobs.begin(), g.blobs.end(), [&](int b) {
+            return region.blobs[std::size_t(b)].box.height() >= 0.6 * textHeight;
+        });
+        return !digit || g.box.height() > 2.2 * textHeight;
+    });
+    if (groups.empty())
+        return labels;
+    // Only the labels next to the frame: the first row below it, the column
+    // of labels left of it; axis titles stand further out.
+    if (side == AxisSide::X) {
+        int firstTop = groups.front().box.top();
+        for (const CGroup &g : groups)
+            firstTop = std::min(firstTop, g.box.top());
+        std::erase_if(groups, [&](const CGroup &g) { return g.box.top() > firstTop + 0.8 * textHeight; });
+    } else {
+        int nearestRight = groups.front().box.right();
+        for (const CGroup &g : groups)
+            nearestRight = std::max(nearestRight, g.box.right());
+        std::erase_if(groups, [&](const CGroup &g) { return g.box.right() < nearestRight - 3 * textHeight; });
+    }
+
+    for (CGroup &g : groups) {
+        std::sort(g.blobs.begin(), g.blobs.end(), [&](int a, int b) {
+            return region.blobs[std::size_t(a)].box.left() < region.blobs[std::size_t(b)].box.left();
+        });
+        // A raised exponent: a tail of blobs whose bottoms all stand clearly
+        // above the base line, after a base of at least one blob.
+        int baseLine = g.box.top(), mainHeight = 0;
+        for (int b : g.blobs)
+            baseLine = std::max(baseLine, region.blobs[std::size_t(b)].box.bottom());
+        for (int b : g.blobs)
+            mainHeight = std::max(mainHeight, region.blobs[std::size_t(b)].box.height());
+        auto raised = [&](int b) {
+            return region.blobs[std::size_t(b)].box.bottom() < baseLine - 0.3 * mainHeight;
+        };
+        std::size_t split = g.blobs.size();
+        while (split > 0 && raised(g.blobs[split - 1]))
+            --split;
+        bool hasExponent = split > 0 && split < g.blobs.size();
+        if (hasExponent) {
+            hasExponent = std::any_of(g.blobs.begin() + std::ptrdiff_t(split), g.blobs.end(), [&](int b) {
+                return region.blobs[std::size_t(b)].box.height() >= 0.35 * mainHeight;
+            });
+        }
+        const std::vector<int> base(g.blobs.begin(), g.blobs.begin() + std::ptrdiff_t(hasExponent ? split : g.blobs.size()));
+        const std::vector<int> exponent(g.blobs.begin() + std::ptrdiff_t(base.size()), g.blobs.end());
+        QRect baseBox;
+        for (int b : base)
+            baseBox |= region.blobs[std::size_t(b)].box;
+        CTickLabel label;
+        label.box = g.box;
+        label.position = side == AxisSide::X ? (g.box.left() + g.box.right()) / 2.0
+                                             : (baseBox.top() + baseBox.bottom()) / 2.0;
+        label.baseCrop = cropOf(dark, region, base);
+        if (!exponent.empty())
+            label.exponentCrop = cropOf(dark, region, exponent);
+        labels.append(label);
+    }
+    // A label belongs to a line within the frame's span.
+    const double low = (side == AxisSide::X ? grid.left : grid.top) - 3;
+    const double high = (side == AxisSide::X ? grid.right : grid.bottom) + 3;
+    labels.removeIf([&](const CTickLabel &l) { return l.position < low || l.position > high; });
+    std::sort(labels.begin(), labels.end(),
+              [](const CTickLabel &a, const CTickLabel &b) { return a.position < b.position; });
+    return labels;
+}
+
+namespace {
+
+class COcr
+{
+public:
+    bool Ready()
+    {
+        if (!m_tried) {
+            m_tried = true;
+            m_api = std::make_unique<tesseract::TessBaseAPI>();
+            // The English data of the system's Tesseract, found where the
+            // library was built to look; nothing is fetched.
+            if (m_api->Init(nullptr, "eng", tesseract::OEM_LSTM_ONLY) != 0) {
+                m_api.reset();
+            } else {
+                m_api->SetPageSegMode(tesseract::PSM_SINGLE_LINE);
+                m_api->SetVariable("debug_file", "/dev/null");
+            }
+        }
+        return m_api != nullptr;
+    }
+
+    QString Read(const QImage &gray, const char *alphabet, int &confidence)
+    {
+        m_api->SetVariable("tessedit_char_whitelist", alphabet);
+        m_api->SetImage(gray.constBits(), gray.width(), gray.height(), 1, int(gray.bytesPerLine()));
+        m_api->SetSourceResolution(300);
+        char *text = m_api->GetUTF8Text();
+        confidence = m_api->MeanTextConf();
+        const QString r = QString::fromUtf8(text).trimmed();
+        delete[] text;
+        return r;
+    }
+
+private:
+    bool m_tried = false;
+    std::unique_ptr<tesseract::TessBaseAPI> m_api;
+};
+
+// One engine for the process: starting it costs a fifth of a second.  The
+// tool runs on one thread; the lock keeps a second caller safe all the same.
+std::mutex g_ocrLock;
+COcr g_ocr;
+
+} // namespace
+
+bool ReadTickLabels(QList<CTickLabel> &labels)
+{
+    std::lock_guard<std::mutex> lock(g_ocrLock);
+    if (!g_ocr.Ready())
+        return false;
+    for (CTickLabel &l : labels) {
+        int baseConfidence = 0, exponentConfidence = 100;
+        l.text = g_ocr.Read(l.baseCrop, "0123456789.,-+eEkKMGTmunp\xc2\xb5x^()", baseConfidence);
+        if (!l.exponentCrop.isNull())
+            l.exponent = g_ocr.Read(l.exponentCrop, "0123456789-+", exponentConfidence);
+        l.confidence = std::min(baseConfidence, exponentConfidence);
+        l.value = ParseLabelValue(l.text, l.exponent);
+    }
+    return true;
+}

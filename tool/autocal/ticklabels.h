@@ -1,0 +1,39 @@
+#pragma once
+// The second stage: the tick labels beside the frame.  The ink below the
+// frame and left of it is cut into connected blobs, the blobs are grouped
+// into labels, a raised exponent is told from its base, and each label is
+// read by Tesseract (English data, digits, signs and unit letters only).
+
+#include "tool/autocal/labelvalue.h"
+#include "tool/autocal/picturegrid.h"
+
+#include <QImage>
+#include <QList>
+#include <QRect>
+#include <QString>
+
+enum class AxisSide { X, Y };
+
+struct CTickLabel {
+    // The label's box in the picture.
+    QRect box;
+    // Where the label stands along its axis: the centre of the box across X,
+    // the middle of the base (without the raised exponent) along Y.
+    double position = 0;
+    QString text;
+    QString exponent;
+    // Tesseract's confidence, 0 to 100 (the lower of base and exponent).
+    int confidence = 0;
+    CLabelValue value;
+    // The label's ink alone on white, enlarged for the OCR engine: the base,
+    // and the raised exponent (null without one).
+    QImage baseCrop;
+    QImage exponentCrop;
+};
+
+// The blobs of the labels of one axis, grouped, without reading them yet.
+QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, AxisSide side);
+
+// Reads every label in place.  False when the OCR engine cannot be started
+// (its English data missing); the labels then stay unread.
+bool ReadTickLabels(QList<CTickLabel> &labels);
