@@ -454,6 +454,24 @@ bool CRpnParser::useVariable(CRpnNode *node)
     return true;
 }
 
+namespace {
+
+// Whether operand i of a call is a name rather than a value when it is a
+// variable: the names of Replace, ReplaceF, EvalM and EvalVars, and of the
+// pairs of Eval.
+bool operandIsName(const CRpnNode *call, int i)
+{
+    if (i < 1 || !call->GetOperand(i) || !call->GetOperand(i)->IsVariable())
+        return false;
+    switch (call->GetKind()) {
+    case 142: return i % 2 == 1;             // Eval(f, name, value, ...)
+    case 143: case 144: case 145: case 160: return true;
+    default: return false;
+    }
+}
+
+} // namespace
+
 bool CRpnParser::checkStructure(CRpnNode *node)
 {
     if (!node)
@@ -462,6 +480,16 @@ bool CRpnParser::checkStructure(CRpnNode *node)
         return fail(node, kMsgTooDeep, {});
     if (node->IsVariable())
         return useVariable(node);
+    if (node->IsFormula()) {
+        // The expression of a formula names values to come.
+        const std::int32_t free = m_tree->m_freeVariables;
+        m_tree->m_freeVariables = 1;
+        bool ok = true;
+        for (int i = 0; ok && i < node->GetOperandCount(); ++i)
+            ok = checkStructure(node->GetOperand(i));
+        m_tree->m_freeVariables = free;
+        return ok;
+    }
     if (node->IsAssignmentLike() && !node->IsBinary()) {
         // SETVALUE and SETTEXT name their target: it need not hold a value.
         CRpnNode *target = node->GetOperand(0);
@@ -493,7 +521,7 @@ bool CRpnParser::checkStructure(CRpnNode *node)
     }
     const int places = GetOperandPlaces(node);
     for (int i = 0; i < places; ++i) {
-        if (!checkStructure(node->GetOperand(i)))
+        if (!operandIsName(node, i) && !checkStructure(node->GetOperand(i)))
             return false;
     }
     return true;

@@ -7,6 +7,7 @@
 #include "formula/rpnoperators.h"
 #include "formula/rpnseams.h"
 #include "formula/rpntree.h"
+#include "formula/rpnwritetext.h"
 
 #include <exception>
 #include <mutex>
@@ -31,12 +32,6 @@ QString sourceOf(const CRpnData &value)
     if (value.IsFormula())
         return value.GetFormula() ? value.GetFormula()->GetSource() : QString();
     return value.GetText(16 | RPN_TEXT_QUOTES);
-}
-
-QString bracketed(const CRpnData &value)
-{
-    const QString source = sourceOf(value);
-    return value.IsFormula() ? QStringLiteral("(") + source + QStringLiteral(")") : source;
 }
 
 class FormulaSupport : public CRpnFormulaSupport
@@ -78,7 +73,15 @@ public:
         result.SetNull();
     }
 
-    QString GetSource(const CEquationTree *tree) override { return tree ? tree->GetSource() : QString(); }
+    // The text of a formula is its expression written anew, so that a formula
+    // built by arithmetic reads as one would write it.
+    QString GetSource(const CEquationTree *tree) override
+    {
+        QString out;
+        if (tree && tree->GetRoot())
+            WriteNodeText(tree->GetRoot(), out, 0);
+        return out;
+    }
 
     void Combine(int op, const CRpnData &left, const CRpnData &right, CRpnData &result) override
     {
@@ -160,16 +163,13 @@ void MakeFormulaOfNode(const CRpnNode *node, const CRpnData *operands, int count
         }
         copy->SetOperand(i, operand);
     }
-    QString source;
-    if (count == 1)
-        source = node->GetName() + QStringLiteral("(") + sourceOf(operands[0]) + QStringLiteral(")");
-    else if (count == 2)
-        source = bracketed(operands[0]) + node->GetName() + bracketed(operands[1]);
     auto *root = new CRpnNodeList;
     root->m_tree = tree;
     root->Append(copy);
-    tree->SetSource(source);
     tree->SetRoot(root);
+    QString source;
+    WriteNodeText(root, source, 0);
+    tree->SetSource(source);
     result.SetFormula(tree);
 }
 

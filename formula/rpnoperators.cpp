@@ -984,6 +984,27 @@ void CNodeArrayIndex::Apply(CRpnData &result, const CRpnData &a, const CRpnData 
 
 // --- inspection ---------------------------------------------------------------------------------------------
 
+namespace {
+// The operand's value, formulas included, given to Apply.
+void applyToOperand(CNodeSingleOperand *node, CRpnNode *operand, CRpnData &result, unsigned char &status)
+{
+    CRpnData value;
+    if (operand && !node->EvaluateOrPass(operand, value, result, status))
+        return;
+    node->Apply(result, value, CRpnData(0), status);
+}
+} // namespace
+
+void CNodeIsNull::Evaluate(CRpnData &result, unsigned char &status)
+{
+    applyToOperand(this, m_operand, result, status);
+}
+
+void CNodeTypeName::Evaluate(CRpnData &result, unsigned char &status)
+{
+    applyToOperand(this, m_operand, result, status);
+}
+
 void CNodeIsNull::Apply(CRpnData &result, const CRpnData &a, const CRpnData &, unsigned char &)
 {
     result.SetInt(a.IsNull() ? 1 : 0);

@@ -528,6 +528,8 @@ public:
     QString GetName() const override { return QStringLiteral("IsEmpty"); }
     std::uint64_t GetTraits() const override { return CNodeSingleOperand::GetTraits() | RPN_TRAIT_LOGICAL; }
     CRpnNode *CreateSame() const override { return new CNodeIsNull; }
+    // Asks about the value itself: a formula is not deferred.
+    void Evaluate(CRpnData &result, unsigned char &status) override;
     void Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status) override;
 };
 
@@ -538,6 +540,8 @@ public:
     int GetKind() const override { return RPN_NODE_TYPE_NAME; }
     QString GetName() const override { return QStringLiteral("TypeName"); }
     CRpnNode *CreateSame() const override { return new CNodeTypeName; }
+    // Asks about the value itself: a formula is not deferred.
+    void Evaluate(CRpnData &result, unsigned char &status) override;
     void Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status) override;
 };
 

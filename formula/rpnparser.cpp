@@ -497,6 +497,21 @@ int CRpnParser::matchingParenthesis(int open) const
     return -1;
 }
 
+bool CRpnParser::hasCommaInside(int open, int close) const
+{
+    int depth = 0;
+    for (int i = open + 1; i < close; ++i) {
+        const CRpnNode *node = m_nodes[std::size_t(i)];
+        if (node->IsParenthesisOpen() || node->IsBraceOpen())
+            ++depth;
+        else if (node->IsParenthesisClose() || node->IsBraceClose())
+            --depth;
+        else if (depth == 0 && node->IsComma())
+            return true;
+    }
+    return false;
+}
+
 void CRpnParser::turnIntoBraces(int open, int close)
 {
     for (int i : {open, close}) {
@@ -510,13 +525,19 @@ void CRpnParser::turnIntoBraces(int open, int close)
 
 bool CRpnParser::rewrite()
 {
-    // In list mode a text that starts with a parenthesis is a list of lists:
-    // (1,2),(3,4) reads as {1,2},{3,4}.
+    // In list mode a text that starts with a parenthesised list is a list of
+    // lists: (1,2),(3,4) reads as {1,2},{3,4}.  A group that is neither a
+    // list itself nor followed by one stays a parenthesis, so that (a+b)*c
+    // keeps its grouping.
     if (m_tree->m_listMode) {
         int open = 0;
         while (open < int(m_nodes.size()) && isRoundOpen(m_nodes[std::size_t(open)])) {
             const int close = matchingParenthesis(open);
             if (close < 0)
+                break;
+            const bool commaFollows =
+                close + 1 < int(m_nodes.size()) && m_nodes[std::size_t(close) + 1]->IsComma();
+            if (open == 0 && !commaFollows && !hasCommaInside(open, close))
                 break;
             turnIntoBraces(open, close);
             if (close + 2 < int(m_nodes.size()) && m_nodes[std::size_t(close) + 1]->IsComma())

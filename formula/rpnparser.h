@@ -61,6 +61,8 @@ private:
     // Pass 2.
     bool rewrite();
     int matchingParenthesis(int open) const;
+    // A comma at the group's own level between `open` and `close`.
+    bool hasCommaInside(int open, int close) const;
     void turnIntoBraces(int open, int close);
     // Pass 3.
     bool checkSequence();

@@ -4,6 +4,7 @@
 
 #include "formula/rpnprototypes.h"
 
+#include "formula/rpnformulanodes.h"
 #include "formula/rpnformulavalue.h"
 #include "formula/rpnfunctioncall.h"
 #include "formula/rpnkeywords.h"
@@ -56,6 +57,7 @@ void RegisterLanguageCore()
     std::call_once(once, [] {
         AddPrototypeProvider(provideCoreNodes);
         AddPrototypeProvider(provideStatementNodes);
+        AddPrototypeProvider(ProvideFormulaNodes);
         RegisterFormulaSupport();
     });
 }

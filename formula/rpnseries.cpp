@@ -206,7 +206,12 @@ int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *v
                 }
                 m_columnData[c] = copy;
             }
-            if (column->valid) {
+            if (column->valid && row0 >= 0 && row0 + n <= column->count) {
+                // The whole block inside the column: a loop without tests.
+                const unsigned char *valid = column->valid + row0;
+                for (int i = 0; i < n; ++i)
+                    again[i] |= valid[i] != 1;
+            } else if (column->valid) {
                 for (int i = 0; i < n; ++i) {
                     const int r = row0 + i;
                     if (r >= 0 && r < column->count)

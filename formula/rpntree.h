@@ -170,6 +170,14 @@ public:
     void SetVariables(const CRpnData &dictionary);
     const CRpnData &GetVariablesValue() const { return m_variables; }
     CMapStringToRpnData *GetLocalVariables() const { return m_locals; }
+    // Puts other locals in their place (names bound for one run of a
+    // formula) and returns the former ones.
+    CMapStringToRpnData *SwapLocalVariables(CMapStringToRpnData *locals)
+    {
+        CMapStringToRpnData *former = m_locals;
+        m_locals = locals;
+        return former;
+    }
 
     // --- user functions ---------------------------------------------------------------
     CRpnUserFunction *FindFunction(const QString &name) const { return m_functions.value(name); }

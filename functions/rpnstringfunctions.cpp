@@ -2,6 +2,7 @@
 
 #include "functions/rpnstringfunctions.h"
 
+#include "formula/rpnformulanodes.h"
 #include "formula/rpnkeywords.h"
 
 #include <QStringView>
@@ -73,7 +74,6 @@ qsizetype foldedIndexOf(QStringView text, QStringView needle, qsizetype from)
     }
 }
 
-constexpr int kMsgNoFormulaReplace = 43313;
 constexpr std::uint32_t kDigits = 16;
 
 bool isBlankOrTab(QChar c)
@@ -263,43 +263,24 @@ void CNodeReplaceThis::Evaluate(CRpnData &result, unsigned char &status)
     CRpnData value;
     if (!EvaluateArgument(this, 0, value, result, status))
         return;
-    if (value.IsFormula()) {
-        ReportFunctionText(this, status, RpnMessage(kMsgNoFormulaReplace, {GetName()}));
-        result.SetNull();
-        return;
-    }
-    if (!value.IsString()) {
+    if (!value.IsFormula() && !value.IsString()) {
         result.SetNull();
         status = 0;
         return;
     }
+    std::vector<CRpnSubstitution> pairs;
+    if (!ReadSubstitutions(this, 1, pairs, result, status))
+        return;
+    if (value.IsFormula()) {
+        // Whole variables of the formula, whatever their case.
+        SubstituteInFormula(this, value, pairs, result, status);
+        return;
+    }
+    // In a text every occurrence, word or not.
     QString text = value.GetTextValue();
-    for (int i = 1; i < count; i += 2) {
-        // A variable stands for its name on both sides and is not read.
-        QString what, with;
-        CRpnData v;
-        if (CNodeVariable *variable = m_children[std::size_t(i)] ? m_children[std::size_t(i)]->AsVariable() : nullptr) {
-            what = variable->m_name;
-        } else {
-            if (!EvaluateArgument(this, i, v, result, status))
-                return;
-            what = v.GetText(kDigits);
-        }
-        if (i + 1 >= count) {
-            ReportMissingParameter(this, status, i + 2);
-            result.SetNull();
-            return;
-        }
-        if (CNodeVariable *variable =
-                m_children[std::size_t(i + 1)] ? m_children[std::size_t(i + 1)]->AsVariable() : nullptr) {
-            with = variable->m_name;
-        } else {
-            if (!EvaluateArgument(this, i + 1, v, result, status))
-                return;
-            with = v.GetText(kDigits);
-        }
-        if (!what.isEmpty())
-            text.replace(what, with, Qt::CaseSensitive);
+    for (const CRpnSubstitution &pair : pairs) {
+        if (!pair.name.isEmpty())
+            text.replace(pair.name, pair.text, Qt::CaseSensitive);
     }
     result.SetText(text);
 }

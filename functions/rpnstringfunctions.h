@@ -46,7 +46,8 @@ protected:
 
 // Replace(text, what, with, ...): each pair in turn, every occurrence.  A
 // variable as `what` stands for its own name, and as `with` for the text of
-// its name.
+// its name.  On a formula it replaces whole variables, as ReplaceF does, and
+// gives a new formula.
 class CNodeReplaceThis : public CNodeMultiOperand
 {
 public:

@@ -109,6 +109,8 @@ void CTraceliftToolDlg::perform(const CStepActions &a, const QImage *offered)
     if (a.clearReadout)
         m_readout->clear();
     m_traceAnotherButton->setEnabled(canTraceAnother());
+    if (!tracing())
+        dropProposal();
 }
 
 void CTraceliftToolDlg::nextStep(const QImage *offered)

@@ -50,6 +50,7 @@ enum : int {
     TextCopyPoints = 27597,
     TextTraceAnother = 27599,
     TextSaveFamily = 27620,
+    TextCalibrateFromPicture = 27640,
 };
 
 // The canvas and the plot lie over each other and always get the same
@@ -151,6 +152,11 @@ void CTraceliftToolDlg::buildControls()
     m_nextAction = m_toolBar->addAction(style()->standardIcon(QStyle::SP_ArrowForward), LanguageString(TextNext));
     named(m_nextAction, IdNext);
     m_backAction->setEnabled(false);
+    m_calibrateAction = m_toolBar->addAction(style()->standardIcon(QStyle::SP_FileDialogContentsView),
+                                             LanguageString(TextCalibrateFromPicture));
+    named(m_calibrateAction, IdCalibrateFromPicture);
+    m_calibrateAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_K));
+    m_calibrateAction->setShortcutContext(Qt::WindowShortcut);
 
     m_hint = new QLabel(this);
     m_hint->setObjectName(QString::number(IdHint));
@@ -268,6 +274,7 @@ void CTraceliftToolDlg::buildControls()
     QPushButton *startOver = button(TextStartOver, IdStartOver);
     QPushButton *copyPoints = button(TextCopyPoints, IdCopyPoints);
     auto *toolsRow = new QHBoxLayout;
+    pointsRow->addWidget(buildAutoTraceControls());
     toolsRow->addWidget(label(TextPosition, m_readout));
     toolsRow->addWidget(m_readout);
     toolsRow->addSpacing(12);
@@ -338,6 +345,7 @@ void CTraceliftToolDlg::connectControls()
 {
     connect(m_nextAction, &QAction::triggered, this, &CTraceliftToolDlg::OnNext);
     connect(m_backAction, &QAction::triggered, this, &CTraceliftToolDlg::OnBack);
+    connect(m_calibrateAction, &QAction::triggered, this, &CTraceliftToolDlg::OnCalibrateFromPicture);
     connect(m_addCurveButton, &QPushButton::clicked, this, &CTraceliftToolDlg::OnAddCurve);
     connect(m_traceAnotherButton, &QPushButton::clicked, this, &CTraceliftToolDlg::OnTraceAnotherCurve);
     connect(findChild<QPushButton *>(QString::number(IdApplyTyped)), &QPushButton::clicked, this,
@@ -364,6 +372,7 @@ void CTraceliftToolDlg::connectControls()
     connect(m_canvas, &CTraceliftWnd::valueUnderMouse, this, &CTraceliftToolDlg::onValueUnderMouse);
     connect(m_canvas, &CTraceliftWnd::pictureFileOffered, this, &CTraceliftToolDlg::OfferPictureFile);
     connect(m_canvas, &CTraceliftWnd::pointDragged, this, &CTraceliftToolDlg::DragPointTo);
+    connect(m_canvas, &CTraceliftWnd::curvePicked, this, &CTraceliftToolDlg::PickCurveAt);
 }
 
 void CTraceliftToolDlg::createPlot()

@@ -13,9 +13,11 @@
 #include "tool/capture/curverecords.h"
 #include "tool/capture/toolfields.h"
 #include "tool/curvecursoreditor.h"
+#include "tool/curvetracer.h"
 #include "tool/plotfeed.h"
 
 #include <QDialog>
+#include <memory>
 
 class CCurveWnd;
 class CExEditCtrl;
@@ -47,6 +49,10 @@ public:
         IdCopyPoints = 27598,
         IdTraceAnother = 27600,
         IdSaveFamily = 27621,
+        IdTraceSpacing = 27625,
+        IdTraceSpacingValue = 27629,
+        IdAcceptTrace = 27631,
+        IdCalibrateFromPicture = 27641,
     };
 
     explicit CTraceliftToolDlg(QWidget *parent = nullptr);
@@ -100,6 +106,24 @@ public:
     // kept, so that the new curve is traced at once.  Does nothing (false)
     // unless a curve of a calibrated picture is finished.
     bool OnTraceAnotherCurve();
+    // Reads the calibration off the shown picture: the frame, the grid and
+    // the tick labels.  A proposal places the two corners and fills the axis
+    // fields as clicks and typing would (Back and the fields work as after
+    // them); where the picture leaves doubt, the hint says what was found
+    // and the corners are left to the user.  False when nothing was proposed.
+    bool OnCalibrateFromPicture();
+
+    // Automatic tracing, while a curve is traced: the curve at a canvas
+    // position (Shift+click) is followed across the calibrated rectangle,
+    // and points along it at the chosen spacing are proposed on the canvas.
+    // Accepting the proposal makes it the point text (one step of undo).
+    // Each returns false when there was nothing to do (no curve there, no
+    // proposal, a spacing that is no number).
+    bool PickCurveAt(double px, double py);
+    bool AcceptProposal();
+    // The spacing: 0 every N pixels, 1 N points a decade, 2 at X values; the
+    // text is N, or the X values apart by blanks or semicolons.
+    void SetTraceSpacing(int kind, const QString &text);
 
     // The fields to the record and back (save true), or back only.  The
     // rules of what the record keeps are CCurveRecords'.
@@ -142,6 +166,9 @@ private:
     void editPoints(const QString &text);
     void onCanvasClicked(const CClickResult &result, int modeBefore);
     void onValueUnderMouse(double x, double y);
+    bool showProposal();
+    void dropProposal();
+    QWidget *buildAutoTraceControls();
     void showPane(bool canvas);
     void showMessage(int id, const QString &argument = QString(),
                      PromptIcon icon = PromptIcon::Warning);
@@ -177,6 +204,7 @@ private:
     QToolBar *m_toolBar = nullptr;
     QAction *m_backAction = nullptr;
     QAction *m_nextAction = nullptr;
+    QAction *m_calibrateAction = nullptr;
     CExEditCtrl *m_pointsEdit = nullptr;
     QLabel *m_hint = nullptr;
     QComboBox *m_xUnitCombo = nullptr;
@@ -193,6 +221,11 @@ private:
     QStringList m_redoTexts;
     QString m_editedText;
     bool m_pointDragUnderWay = false; // its undo step is taken
+    // The last automatic trace (picture positions), while it is proposed.
+    std::unique_ptr<CCurveTrace> m_autoTrace;
+    QComboBox *m_spacingCombo = nullptr;
+    QLineEdit *m_spacingEdit = nullptr;
+    QPushButton *m_acceptTraceButton = nullptr;
     QString m_xName;
     QString m_yName;
     int m_minTrackWidth = 50;

@@ -31,6 +31,7 @@ constexpr int TextPictureFilter = 27583;
 constexpr quint32 CurveColour = 0x8080ff; // the traced curve
 constexpr quint32 FrameColour = 0xff8080; // frame and grid
 constexpr quint32 LabelColour = 0xff0000; // labels when no picture is shown
+constexpr quint32 ProposalColour = 0x00a000; // points proposed by automatic tracing
 
 QColor colourOf(quint32 bgr)
 {
@@ -146,6 +147,7 @@ bool CTraceliftWnd::CopyBitmap(const QImage &source)
     m_pictureWidth = m_bitmap.width();
     m_pictureHeight = m_bitmap.height();
     m_dragging = false;
+    m_overlay = CProposalOverlay();
     m_capture.PicturePasted();
     updateCursor();
     update();
@@ -205,6 +207,9 @@ void CTraceliftWnd::Paint(QPainter &painter, const QSize &size) const
         drawFrame(painter, frame);
     }
 
+    if (pictureShown && !m_overlay.IsEmpty() && mode >= ModePicturePlaced && mode <= ModeValuesAwaited)
+        paintOverlay(painter);
+
     // While the second corner is awaited, a small cross shows where the first
     // one was placed.
     if (mode == ModeCorner2 || mode == ModeTypedCorner2) {
@@ -231,6 +236,16 @@ void CTraceliftWnd::Paint(QPainter &painter, const QSize &size) const
                 last = next;
             }
         }
+    }
+    // A proposal of automatic tracing: small rings joined by a thin line.
+    if (!m_proposal.isEmpty()) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(colourOf(ProposalColour), 1));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPolyline(m_proposal.constData(), int(m_proposal.size()));
+        painter.setPen(QPen(colourOf(ProposalColour), 1.5));
+        for (const QPointF &p : m_proposal)
+            painter.drawEllipse(p, 3.0, 3.0);
     }
     painter.restore();
 }
@@ -319,6 +334,46 @@ void CTraceliftWnd::paintGrid(QPainter &painter, const QRect &frameRect, bool pi
     painter.setPen(gridPen);
 }
 
+void CTraceliftWnd::SetProposalOverlay(const CProposalOverlay &overlay)
+{
+    m_overlay = overlay;
+    update();
+}
+
+void CTraceliftWnd::paintOverlay(QPainter &painter) const
+{
+    const CaptureCalibration &c = m_capture.m_calibration;
+    painter.save();
+    painter.translate(-c.panX, -c.panY);
+    const QColor found(0, 150, 60);
+    QPen dotted(found, 1, Qt::DotLine);
+    painter.setPen(dotted);
+    const QRectF f = m_overlay.frame;
+    for (double x : m_overlay.xLines)
+        painter.drawLine(QPointF(x + 0.5, f.top() - 6), QPointF(x + 0.5, f.bottom() + 6));
+    for (double y : m_overlay.yLines)
+        painter.drawLine(QPointF(f.left() - 6, y + 0.5), QPointF(f.right() + 6, y + 0.5));
+    QFont small = m_font;
+    small.setPixelSize(10);
+    painter.setFont(small);
+    const QFontMetrics fm(small);
+    for (qsizetype i = 0; i < m_overlay.labelBoxes.size(); ++i) {
+        const QRect &box = m_overlay.labelBoxes[i];
+        painter.setPen(QPen(found, 1));
+        painter.drawRect(box.adjusted(-1, -1, 0, 0));
+        const QString text = m_overlay.labelTexts.value(i);
+        if (text.isEmpty())
+            continue;
+        const QRect where(box.right() + 2, box.top() - fm.height() + 2, fm.horizontalAdvance(text) + 4, fm.height());
+        painter.fillRect(where, QColor(235, 255, 240));
+        painter.drawText(where, Qt::AlignCenter, text);
+    }
+    painter.setPen(QPen(QColor(220, 0, 0), 2));
+    for (const QPoint &p : m_overlay.corners)
+        painter.drawEllipse(QPointF(p.x() + 0.5, p.y() + 0.5), 6, 6);
+    painter.restore();
+}
+
 void CTraceliftWnd::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
@@ -363,6 +418,10 @@ void CTraceliftWnd::mousePressEvent(QMouseEvent *event)
         updateCursor();
         return;
     }
+    if (isTraceMode(m_capture.m_mode) && (event->modifiers() & Qt::ShiftModifier)) {
+        emit curvePicked(event->position().x(), event->position().y());
+        return;
+    }
     if (isTraceMode(m_capture.m_mode)) {
         double distance = 0;
         const int nearest = NearestPoint(event->position().x(), event->position().y(), &distance);
@@ -378,6 +437,12 @@ void CTraceliftWnd::mousePressEvent(QMouseEvent *event)
     }
     const QPointF at = pixelCentre(event->position());
     ClickAt(at.x(), at.y());
+}
+
+void CTraceliftWnd::SetProposal(const QList<QPointF> &points)
+{
+    m_proposal = points;
+    update();
 }
 
 int CTraceliftWnd::NearestPoint(double px, double py, double *distance) const

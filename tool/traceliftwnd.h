@@ -14,6 +14,19 @@
 class CTraceliftZoom;
 class QPainter;
 
+// What the calibration read off the picture found, drawn over it until the
+// trace begins: the lines along each axis, the labels with what was read
+// in them, and the two proposed corners.  In picture pixels.
+struct CProposalOverlay {
+    QList<double> xLines;
+    QList<double> yLines;
+    QRectF frame;
+    QList<QRect> labelBoxes;
+    QStringList labelTexts;
+    QList<QPoint> corners;
+    bool IsEmpty() const { return frame.isNull(); }
+};
+
 class CTraceliftWnd : public QWidget
 {
     Q_OBJECT
@@ -34,6 +47,11 @@ public:
     // for a null picture.
     bool CopyBitmap(const QImage &source);
     const QImage &Bitmap() const { return m_bitmap; }
+
+    // The overlay of a proposed calibration; an empty one removes it, and so
+    // does a new picture.
+    void SetProposalOverlay(const CProposalOverlay &overlay);
+    const CProposalOverlay &ProposalOverlay() const { return m_overlay; }
 
     // Draws the canvas as it stands into any painter of the given size.
     void Paint(QPainter &painter, const QSize &size) const;
@@ -66,6 +84,11 @@ public:
     // The value under a canvas position to the read-out, when it maps.
     void ReadOut(double px, double py);
 
+    // A proposal of automatic tracing, in canvas positions: drawn as marks
+    // over the picture until it is accepted or dropped.
+    void SetProposal(const QList<QPointF> &points);
+    const QList<QPointF> &Proposal() const { return m_proposal; }
+
     // The picture is a clipboard's or a dropped file's; both count.
     static bool ClipboardHasPicture();
     static QImage ClipboardPicture();
@@ -78,6 +101,9 @@ signals:
     void valueUnderMouse(double x, double y);
     // A picture file was dropped or chosen while the canvas waits for a picture.
     void pictureFileOffered(const QString &path);
+    // Shift and the left button in trace mode: follow the curve there
+    // (canvas position).
+    void curvePicked(double px, double py);
     // A traced point is dragged with the left button: the point's new canvas
     // position (where it was, moved as far as the mouse moved since the
     // press), as each move brings it; `finished` on the release.
@@ -97,6 +123,7 @@ private:
     void updateCursor();
     void endPointDrag(QPointF at);
     void paintGrid(QPainter &painter, const QRect &frame, bool pictureShown) const;
+    void paintOverlay(QPainter &painter) const;
     void choosePictureFile();
 
     QImage m_bitmap;
@@ -109,8 +136,10 @@ private:
     bool m_dragging = false;
     // A press near a traced point grabs it; it is dragged once the mouse
     // moves away from where it was pressed, else the press is a plain click.
+    QList<QPointF> m_proposal;
     int m_grabbedPoint = -1;
     QPointF m_grabbedAt;
     QPointF m_grabbedPointPixel; // where the grabbed point was drawn
     bool m_pointDragging = false;
+    CProposalOverlay m_overlay;
 };

@@ -133,6 +133,23 @@ void BM_Curve(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * kRows);
 }
 
+// The same in one piece: no progress, no stop check between pieces.
+void BM_CurveWhole(benchmark::State &state)
+{
+    const QString formula = QString::fromLatin1(kPairs[state.range(0)].tarn);
+    for (auto _ : state) {
+        CFormulaCurveJob job;
+        job.SetPieceRows(kRows);
+        if (!job.Prepare(graph(), formula)) {
+            state.SkipWithError("the formula does not compile");
+            return;
+        }
+        job.Run();
+        benchmark::DoNotOptimize(job.Result().Get());
+    }
+    state.SetItemsProcessed(state.iterations() * kRows);
+}
+
 void BM_Series(benchmark::State &state)
 {
     const Columns &c = columns();
@@ -179,6 +196,7 @@ void BM_MuParserBulk(benchmark::State &state)
 }
 
 BENCHMARK(BM_Curve)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CurveWhole)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Series)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MuParserBulk)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 
@@ -262,22 +280,24 @@ int main(int argc, char **argv)
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     std::printf("\nRows per second over %d rows (higher is better), CPU time\n", kRows);
-    std::printf("%-40s %12s %12s %8s   %12s %10s\n", "expression", "curve", "mu bulk", "ratio", "series",
-                "job cost");
+    std::printf("%-40s %12s %12s %8s   %12s %10s %10s\n", "expression", "curve", "mu bulk", "ratio", "series",
+                "job cost", "pieces");
     for (int i = 0; i < kExpressionCount; ++i) {
         auto seconds = [&](const char *name) {
             const auto it = reporter.times.find(std::string(name) + '/' + std::to_string(i));
             return it == reporter.times.end() ? 0.0 : it->second;
         };
         const double curve = seconds("BM_Curve"), series = seconds("BM_Series"), bulk = seconds("BM_MuParserBulk");
+        const double whole = seconds("BM_CurveWhole");
         if (curve <= 0)
             continue;
-        std::printf("%-40s %12.3g %12.3g %8.2f   %12.3g %9.1f%%\n", kPairs[i].tarn, kRows / curve,
+        std::printf("%-40s %12.3g %12.3g %8.2f   %12.3g %9.1f%% %9.1f%%\n", kPairs[i].tarn, kRows / curve,
                     bulk > 0 ? kRows / bulk : 0.0, bulk > 0 ? bulk / curve : 0.0, series > 0 ? kRows / series : 0.0,
-                    series > 0 ? (curve / series - 1) * 100 : 0.0);
+                    series > 0 ? (curve / series - 1) * 100 : 0.0, whole > 0 ? (curve / whole - 1) * 100 : 0.0);
     }
     std::printf("ratio: muparser's time over the curve's (above 1: the curve is faster); job cost: the curve's "
-                "time over the bare series', less one\n");
+                "time over the bare series', less one (the snapshot, compile, new column, extents and gaps); "
+                "pieces: the curve in pieces with progress and stop checks over the curve in one piece, less one\n");
     if (!agree)
         std::printf("The results differ: see the mismatches above.\n");
     benchmark::Shutdown();

@@ -77,11 +77,18 @@ void CFormulaCurveJob::Stop()
 void CFormulaCurveJob::runPieces(CGraphColumn *column)
 {
     const int rows = m_tree->RowCount();
-    for (int first = 0; first < rows; first += PieceRows) {
+    for (int first = 0; first < rows; first += m_pieceRows) {
         if (IsStopped())
             return;
-        const int last = std::min(rows, first + PieceRows) - 1;
-        m_tree->EvaluateRows(column->m_values, column->m_valid, first, last);
+        const int last = int(std::min<std::int64_t>(rows, std::int64_t(first) + m_pieceRows)) - 1;
+        m_goodRows += m_tree->EvaluateRows(column->m_values, column->m_valid, first, last);
+        // The extents while the piece is at hand.
+        for (int r = first; r <= last; ++r) {
+            const bool good = column->m_valid[r] == 1;
+            const double v = column->m_values[r];
+            m_low = good && v < m_low ? v : m_low;
+            m_high = good && v > m_high ? v : m_high;
+        }
         m_progress.store(double(last + 1) / rows, std::memory_order_relaxed);
     }
 }
@@ -103,8 +110,10 @@ void CFormulaCurveJob::Run()
     }
     m_tree->ResetError();
     bool prepared = m_tree->PrepareRows(0, rows - 1) != 0;
+    bool runByRows = false;
     if (prepared && !IsStopped()) {
-        if (m_tree->WritesResult()) {
+        runByRows = !m_tree->WritesResult();
+        if (!runByRows) {
             // The script fills the column itself, row by row, in one run.
             m_tree->m_resultValues = column->m_values;
             m_tree->m_resultValid = column->m_valid;
@@ -125,13 +134,22 @@ void CFormulaCurveJob::Run()
         }
     }
     if (!IsStopped() && !m_tree->IsStopping()) {
-        for (int r = 0; r < rows; ++r)
-            m_goodRows += column->m_valid[r] == 1;
+        if (!runByRows) {
+            for (int r = 0; r < rows; ++r)
+                m_goodRows += column->m_valid[r] == 1;
+        }
         m_failedRows = m_tree->FailedRows();
         if (m_tree->HasError())
             takeError();
         if (prepared && m_goodRows > 0) {
-            RecomputeExtents(column.Get(), rows);
+            if (runByRows) {
+                column->m_minValue = m_low;
+                column->m_maxValue = m_high;
+                column->m_orderFlags = 0;
+                column->m_hasInvalid = m_goodRows < rows ? 1 : 0;
+            } else {
+                RecomputeExtents(column.Get(), rows);
+            }
             m_result = std::move(column);
         } else if (m_errorText.isEmpty()) {
             m_errorText = LanguageString(TextNoRowComputed);

@@ -22,6 +22,7 @@
 #include <QString>
 #include <atomic>
 #include <functional>
+#include <limits>
 #include <memory>
 
 class CGraphCurve;
@@ -46,6 +47,9 @@ public:
     bool Prepare(const CGraphCurve &graph, const QString &formula);
     // Runs every row.  Once, after a successful Prepare, on any thread.
     void Run();
+    // Rows per piece for the next Run (PieceRows unless told otherwise; the
+    // benchmark runs all rows as one piece to see what the pieces cost).
+    void SetPieceRows(int rows) { m_pieceRows = rows > 0 ? rows : PieceRows; }
     // Asks a run to end soon; any thread, any number of times.
     void Stop();
     bool IsStopped() const { return m_stopped.load(std::memory_order_relaxed); }
@@ -76,12 +80,15 @@ private:
     void runPieces(CGraphColumn *column);
 
     QString m_formula;
+    int m_pieceRows = PieceRows;
     std::unique_ptr<CEquationTree_Graph> m_tree;
     CGraphColumnPtr m_result;
     std::atomic<bool> m_stopped{false};
     std::atomic<bool> m_finished{false};
     std::atomic<double> m_progress{0.0};
     int m_goodRows = 0;
+    double m_low = std::numeric_limits<double>::infinity();
+    double m_high = -std::numeric_limits<double>::infinity();
     int m_failedRows = 0;
     QString m_errorText;
     int m_errorRow = -1;

@@ -7,6 +7,7 @@
 #include "functions/rpnsampling.h"
 
 #include <algorithm>
+#include <cstring>
 
 std::shared_ptr<const CGraphTreeData> CGraphTreeData::Take(const CGraphData &data, int xColumn)
 {
@@ -182,6 +183,29 @@ int CEquationTree_Graph::EvaluateRows(double *values, unsigned char *valid, int 
         });
     }
     int good = EvaluateSeries(values, valid, first, last);
+    // Whether an input has a gap in these rows at all: mostly none.
+    bool anyGap = false;
+    for (const Input &input : m_rowColumns) {
+        if (input.single || last >= input.count) {
+            anyGap = true;
+            continue;
+        }
+        if (!input.valid)
+            continue;
+        unsigned char notOne = 0;
+        for (int r = first; r <= last; ++r)
+            notOne |= input.valid[r] ^ 1;
+        anyGap = anyGap || notOne != 0;
+    }
+    if (!anyGap) {
+        // The formula failed where a row is 0: an invalid row, where lines break.
+        unsigned char *p = valid + first, *end = valid + last + 1;
+        while ((p = static_cast<unsigned char *>(std::memchr(p, 0, std::size_t(end - p))))) {
+            *p++ = 2;
+            ++m_failedRows;
+        }
+        return good;
+    }
     for (int r = first; r <= last; ++r) {
         // The input's gap: invalid (2) when an input is invalid there, else
         // missing (0) when one is missing or ends before the row.
@@ -197,7 +221,6 @@ int CEquationTree_Graph::EvaluateRows(double *values, unsigned char *valid, int 
             valid[r] = gap;
             ++m_gapRows;
         } else if (valid[r] == 0) {
-            // The formula failed here: an invalid row, where lines break.
             valid[r] = 2;
             ++m_failedRows;
         }

@@ -38,8 +38,10 @@ TEST(RpnParser, PrecedenceAndAssociativity)
         // ! binds tighter than ==: (!5) == 1 is 0 where !(5 == 1) would be 1.
         {"a=5; b=1; !a == b", "ARRAY:{5,1,0}"},
         {"a = 1 + 2", "REAL:3"}, {"pow(2, 3) + 1", "REAL:9"}, {"mod(7, 4)", "REAL:3"},
-        // A text that starts with a parenthesis is a list in list mode.
-        {"(2+3)*4", "ARRAY:{20}"},
+        // A text that starts with a parenthesised list is a list in list
+        // mode; a parenthesis that only groups stays a grouping.
+        {"(2+3)*4", "REAL:20"}, {"(1,2)*2", "ARRAY:{2,4}"}, {"(1),(2)", "ARRAY:{{1},{2}}"},
+        {"(2+3)*4, 1", "ARRAY:{20,1}"}, {"(1,2),(3)", "ARRAY:{{1,2},{3}}"},
         // Numbers keep their prefixes.
         {"10k + 1", "REAL:10001"}, {"-10k", "REAL:-10k"}, {"0x1F", "REAL:31"},
     });

@@ -35,7 +35,8 @@ std::string className(const CRpnNode &node)
 // others resolve once their families land.
 const QStringList kLanded = {QStringLiteral("core"),   QStringLiteral("numeric"), QStringLiteral("conversions"),
                              QStringLiteral("arrays"), QStringLiteral("strings"), QStringLiteral("dictionaries"),
-                             QStringLiteral("tables"), QStringLiteral("matrices"), QStringLiteral("xml")};
+                             QStringLiteral("tables"), QStringLiteral("matrices"), QStringLiteral("xml"),
+                             QStringLiteral("formulas")};
 
 // Keywords whose display name is another word: aliases and renamed calls.
 bool shownAsAlias(const QString &name, const QString &shown)

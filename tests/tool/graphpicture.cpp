@@ -1,5 +1,6 @@
 #include "graphpicture.h"
 
+#include <QBuffer>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -164,4 +165,122 @@ CLogLogPicture MakeLogLogPicture(std::initializer_list<double (*)(double)> curve
         p.drawPath(path);
     }
     return g;
+}
+
+namespace {
+
+double risingShape(double u) { return 0.1 + 0.75 * (1 - std::exp(-3 * u)); }
+double fallingShape(double u) { return 0.85 - 0.7 * std::pow(u, 1.5); }
+double wavyShape(double u) { return 0.3 + 0.15 * std::sin(2 * M_PI * 1.5 * u); }
+
+} // namespace
+
+double CCurveFamilyPicture::Y(const Curve &c, double x) const
+{
+    const double u = (x - area.left()) / double(area.width());
+    return area.top() + area.height() * (1 - c.shape(u));
+}
+
+double CCurveFamilyPicture::Distance(const Curve &c, QPointF p) const
+{
+    double best = INFINITY;
+    for (double x = std::max(c.xa, p.x() - 3); x <= std::min(c.xb, p.x() + 3); x += 0.01)
+        best = std::min(best, std::hypot(x - p.x(), Y(c, x) - p.y()));
+    return best;
+}
+
+CCurveFamilyPicture MakeCurveFamilyPicture(QSize size, int jpegQuality)
+{
+    CCurveFamilyPicture d;
+    d.image = QImage(size, QImage::Format_RGB32);
+    d.image.fill(Qt::white);
+    d.area = QRect(QPoint(90, 40), QPoint(size.width() - 40, size.height() - 70));
+    const QRect &a = d.area;
+    QPainter p(&d.image);
+    // Grid: ten by eight divisions, each with four minor lines.
+    for (int i = 0; i <= 50; ++i) {
+        p.setPen(QPen(i % 5 ? QColor(222, 222, 222) : QColor(170, 170, 170), 1));
+        const int x = a.left() + int(std::lround(a.width() * i / 50.0));
+        p.drawLine(x, a.top(), x, a.bottom());
+    }
+    for (int i = 0; i <= 40; ++i) {
+        p.setPen(QPen(i % 5 ? QColor(222, 222, 222) : QColor(170, 170, 170), 1));
+        const int y = a.top() + int(std::lround(a.height() * i / 40.0));
+        p.drawLine(a.left(), y, a.right(), y);
+    }
+    p.setPen(QPen(Qt::black, 1));
+    p.drawRect(a.adjusted(-1, -1, 0, 0));
+    QFont font = p.font();
+    font.setPixelSize(13);
+    p.setFont(font);
+    for (int i = 0; i <= 10; ++i)
+        p.drawText(QRect(a.left() + a.width() * i / 10 - 20, a.bottom() + 6, 40, 16), Qt::AlignCenter,
+                   QString::number(i * 2));
+    for (int i = 0; i <= 8; ++i)
+        p.drawText(QRect(a.left() - 60, a.bottom() - a.height() * i / 8 - 8, 52, 16),
+                   Qt::AlignRight | Qt::AlignVCenter, QString::number(i * 0.5, 'f', 1));
+    p.drawText(QRect(a.left(), a.bottom() + 26, a.width(), 18), Qt::AlignCenter, QStringLiteral("VDS (V)"));
+    p.drawText(QRect(a.left() + 10, a.top() + 8, 200, 18), Qt::AlignLeft, QStringLiteral("TJ = 25 oC"));
+
+    const struct {
+        QColor colour;
+        bool dashed;
+        double ua, ub;
+        double (*shape)(double);
+    } specs[] = {
+        {QColor(20, 40, 170), false, 0.02, 0.98, risingShape},
+        {QColor(200, 30, 30), false, 0.05, 0.95, fallingShape},
+        {QColor(20, 140, 40), true, 0.1, 0.9, wavyShape},
+    };
+    p.setRenderHint(QPainter::Antialiasing);
+    for (const auto &s : specs) {
+        CCurveFamilyPicture::Curve c;
+        c.colour = s.colour;
+        c.dashed = s.dashed;
+        c.shape = s.shape;
+        c.xa = a.left() + s.ua * a.width();
+        c.xb = a.left() + s.ub * a.width();
+        QPainterPath path;
+        for (double x = c.xa;; x = std::min(c.xb, x + 0.5)) {
+            const QPointF q(x, d.Y(c, x));
+            if (x == c.xa)
+                path.moveTo(q);
+            else
+                path.lineTo(q);
+            if (x == c.xb)
+                break;
+        }
+        QPen pen(s.colour, 1.6, s.dashed ? Qt::DashLine : Qt::SolidLine, Qt::FlatCap);
+        p.setPen(pen);
+        p.drawPath(path);
+        c.inkStart = c.xa;
+        c.inkEnd = c.xb;
+        // A dash is 4 pen widths and a space 2: the ink may stop before the path does.
+        const double w = pen.widthF(), period = 6 * w, length = path.length();
+        const double into = std::fmod(length, period);
+        double inkLength = into > 4 * w ? length - (into - 4 * w) : length;
+        if (s.dashed)
+            c.inkEnd = path.pointAtPercent(path.percentAtLength(inkLength)).x();
+        // The seed: the point near the middle whose pixel is darkest.
+        double best = 1e9;
+        for (double x = (c.xa + c.xb) / 2 - 5; x < (c.xa + c.xb) / 2 + 5; x += 0.25) {
+            const QPointF q(x, d.Y(c, x));
+            const QRgb px = d.image.pixel(q.toPoint());
+            const double v = qRed(px) + qGreen(px) + qBlue(px);
+            if (v < best) {
+                best = v;
+                c.seed = q;
+            }
+        }
+        d.curves << c;
+    }
+    p.end();
+    if (jpegQuality > 0) {
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::WriteOnly);
+        d.image.save(&buffer, "JPG", jpegQuality);
+        d.image = QImage::fromData(bytes, "JPG").convertToFormat(QImage::Format_RGB32);
+    }
+    return d;
 }

@@ -47,3 +47,29 @@ CLogLogPicture MakeLogLogPicture(std::initializer_list<double (*)(double)> curve
 
 // ID = 20 uA * (VDS / 1 V)^1.1, in uA over mV.
 double IdOfVds(double mV);
+
+// A datasheet graph for automatic tracing: grid with minor lines, labels, a
+// black frame, and three curves drawn antialiased with flat caps, 1.6 pixels
+// wide: a blue rising one, a red falling one that crosses it, and a green
+// dashed one.  With a JPEG quality the picture goes through JPEG and back.
+struct CCurveFamilyPicture {
+    struct Curve {
+        QColor colour;
+        bool dashed = false;
+        // The curve as drawn, in picture positions: y of x over [xa, xb],
+        // and the X extent of its ink (a dashed curve may end in a space).
+        double xa = 0, xb = 0;
+        double inkStart = 0, inkEnd = 0;
+        double (*shape)(double u) = nullptr; // u in 0..1 across the area, gives 0..1 up
+        QPointF seed; // a spot on the curve's ink near its middle
+    };
+    QImage image;
+    QRect area; // the plot area, inside the frame
+    QList<Curve> curves;
+
+    double Y(const Curve &c, double x) const;
+    // The distance of a picture position from the curve as drawn.
+    double Distance(const Curve &c, QPointF p) const;
+};
+
+CCurveFamilyPicture MakeCurveFamilyPicture(QSize size, int jpegQuality = 0);

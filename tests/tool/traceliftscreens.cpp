@@ -1,8 +1,10 @@
 // Pictures of a digitising session for the README: the picture with its
-// grid, the magnifier open over it, and the plot of two curves on
-// logarithmic axes.  Run under a display (xvfb-run works):
+// grid, the magnifier open over it, an automatic trace of a second curve
+// proposed on the picture, and the plot of both curves on logarithmic axes.
+// Run under a display (xvfb-run works):
 //     tracelift_screens OUTPUT_FOLDER
-// It writes tracelift-grid.png, tracelift-magnifier.png, tracelift-plot.png.
+// It writes tracelift-grid.png, tracelift-magnifier.png,
+// tracelift-autotrace.png and tracelift-plot.png.
 
 #include "graphpicture.h"
 #include "support/languagestring.h"
@@ -109,11 +111,15 @@ int main(int argc, char **argv)
     ok = save(&dialog, out.filePath(QStringLiteral("tracelift-magnifier.png"))) && ok;
     canvas->HideMagnifier();
 
-    // Finish it, trace the second curve, and show both on the template.
+    // Finish it; the second curve of the picture is traced automatically:
+    // Shift+click on it, five points a decade proposed, then accepted.
     dialog.OnNext();
-    control<QPushButton>(&dialog, CTraceliftToolDlg::IdAddCurve)->click();
-    dialog.OnNext();
-    trace(canvas, g, secondCurve, 15);
+    dialog.OnTraceAnotherCurve();
+    dialog.SetTraceSpacing(1, QStringLiteral("5"));
+    const QPointF onSecond(g.PixelX(3000), g.PixelY(secondCurve(3000)));
+    QTest::mouseClick(canvas, Qt::LeftButton, Qt::ShiftModifier, onSecond.toPoint());
+    ok = save(&dialog, out.filePath(QStringLiteral("tracelift-autotrace.png"))) && ok;
+    dialog.AcceptProposal();
     dialog.OnNext();
     dialog.SelectRecord(dialog.Records().Size() - 1);
     QTest::mouseMove(dialog.Plot(), dialog.Plot()->rect().center());

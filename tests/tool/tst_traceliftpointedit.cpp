@@ -372,3 +372,79 @@ TEST_F(TraceliftTest, AFamilySavedAsOneCsvReadsBackAtSharedX)
         }
     }
 }
+
+TEST_F(TraceliftTest, ShiftClickProposesATraceThatAcceptBecomesThePointText)
+{
+    const CCurveFamilyPicture d = MakeCurveFamilyPicture(QSize(900, 640), 70);
+    canvas()->parentWidget()->window()->resize(1300, 1000);
+    next();
+    QGuiApplication::clipboard()->setImage(d.image);
+    next();
+    ASSERT_EQ(mode(), ModePicturePlaced);
+    ASSERT_TRUE(canvas()->rect().contains(d.area)) << canvas()->width() << "x" << canvas()->height();
+    next();
+    click(d.area.bottomLeft());
+    click(d.area.topRight());
+    type(IdXAtFirst, QStringLiteral("0"));
+    type(IdXAtSecond, QStringLiteral("20"));
+    type(IdYAtFirst, QStringLiteral("0"));
+    type(IdYAtSecond, QStringLiteral("4"));
+    next();
+    ASSERT_EQ(mode(), ModeTrace);
+    click(d.curves[0].seed.toPoint() + QPoint(0, 40)); // a clicked point, replaced on Accept
+    const QString before = text(IdPoints);
+
+    // A spot with no curve tells so and proposes nothing.
+    EXPECT_FALSE(dialog->PickCurveAt(d.area.left() + d.area.width() * 45.5 / 50, d.area.top() + d.area.height() * 1.5 / 40));
+    EXPECT_EQ(prompts.messages.size(), 1);
+    EXPECT_FALSE(dialog->AcceptProposal());
+
+    const struct {
+        const char *name;
+        int curve;
+        int kind;
+        const char *spacing;
+        int count; // points proposed, or -1: about one every 25 pixels
+    } cases[] = {
+        {"every 25 pixels", 0, 0, "25", -1},
+        {"at given X", 1, 2, "5; 10 15", 3},
+        {"dashed, every 25 pixels", 2, 0, "25", -1},
+    };
+    const CPixelMapping map = canvas()->m_capture.PixelMapping();
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        const CCurveFamilyPicture::Curve &curve = d.curves[c.curve];
+        dialog->SetTraceSpacing(c.kind, QString::fromLatin1(c.spacing));
+        QTest::mouseClick(canvas(), Qt::LeftButton, Qt::ShiftModifier, curve.seed.toPoint());
+        const QList<QPointF> proposed = canvas()->Proposal();
+        const int expected = c.count >= 0 ? c.count : int(std::ceil((curve.inkEnd - curve.inkStart) / 25));
+        EXPECT_NEAR(proposed.size(), expected, 1);
+        EXPECT_EQ(text(IdPoints), before); // nothing changes before Accept
+        ASSERT_TRUE(control<QPushButton>(CTraceliftToolDlg::IdAcceptTrace)->isEnabled());
+        control<QPushButton>(CTraceliftToolDlg::IdAcceptTrace)->click();
+        EXPECT_TRUE(canvas()->Proposal().isEmpty());
+
+        // The point text holds the proposal, each point on the curve within
+        // half a pixel (and what five digits leave).
+        int count = 0;
+        CMyDoubleArray pairs;
+        ParsePointText(text(IdPoints), count, pairs, true);
+        ASSERT_EQ(count, proposed.size());
+        for (int i = 0; i < count; ++i) {
+            const QPointF at(map.PixelX(pairs[2 * i]), map.PixelY(pairs[2 * i + 1]));
+            EXPECT_LE(d.Distance(curve, at), 0.52) << i;
+        }
+        if (c.kind == 2) {
+            EXPECT_NEAR(pairs[0], 5, 1e-4);
+            EXPECT_NEAR(pairs[4], 15, 1e-4);
+        }
+        // One undo brings the text before back.
+        EXPECT_TRUE(dialog->OnUndoPoint());
+        EXPECT_EQ(text(IdPoints), before);
+    }
+    // Leaving the trace drops a proposal.
+    QTest::mouseClick(canvas(), Qt::LeftButton, Qt::ShiftModifier, d.curves[0].seed.toPoint());
+    EXPECT_FALSE(canvas()->Proposal().isEmpty());
+    next();
+    EXPECT_TRUE(canvas()->Proposal().isEmpty());
+}

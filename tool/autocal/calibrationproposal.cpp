@@ -10,14 +10,14 @@ namespace {
 // A rotation is corrected once it moves the ends of the picture's longest
 // line by this much against each other.
 constexpr double StraightenPixels = 0.4;
-// Labels that OCR reads with less confidence do not count.
-constexpr int MinimumOcrConfidence = 60;
 
 QList<CAxisLabel> axisLabels(const QList<CTickLabel> &labels)
 {
     QList<CAxisLabel> r;
     for (const CTickLabel &l : labels)
-        if (l.value.ok && l.confidence >= MinimumOcrConfidence)
+        // The engine's own confidence is not used: it is often nil for a
+        // right reading of a short label.  The axis fit weeds out misreadings.
+        if (l.value.ok)
             r.append(CAxisLabel{l.position, l.value.value, l.value.prefixExponent});
     return r;
 }
@@ -45,7 +45,7 @@ double axisConfidence(const CAxisModel &m)
     if (!m.Fitted())
         return 0;
     const double agreeing = m.agreeing.size();
-    double c = agreeing / (agreeing + 2.0 * m.disagreeing);
+    double c = agreeing / (agreeing + m.disagreeing);
     if (m.agreeing.size() == 3)
         c *= 0.9;
     c *= std::clamp(1.25 - m.worstPixels / 2, 0.0, 1.0);

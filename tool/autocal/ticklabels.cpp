@@ -14,6 +14,8 @@ namespace {
 
 // Ink of text: darker than the grey of light grid lines and of JPEG's halo.
 constexpr int TextInk = 70;
+// The faint ink of small print.
+constexpr int FaintInk = 40;
 
 struct CBlob {
     QRect box;
@@ -90,12 +92,10 @@ struct CGroup {
     QRect box;
 };
 
-// The part of a label drawn alone on white, enlarged for the OCR engine.
-QImage cropOf(const CDarkness &dark, const CRegion &region, const std::vector<int> &blobs)
+// The ink of a label's blobs (and the faint rim around them) within a
+// rectangle, drawn alone on white and enlarged for the OCR engine.
+QImage cropOf(const CDarkness &dark, const CRegion &region, const std::vector<int> &blobs, QRect box)
 {
-    QRect box;
-    for (int b : blobs)
-        box |= region.blobs[std::size_t(b)].box;
     box = box.adjusted(-1, -1, 1, 1).intersected(region.rect);
     QImage crop(box.size(), QImage::Format_Grayscale8);
     crop.fill(255);
@@ -118,6 +118,70 @@ QImage cropOf(const CDarkness &dark, const CRegion &region, const std::vector<in
     QPainter p(&out);
     p.drawImage(pad, pad, big);
     return out;
+}
+
+// The ink of one label, column by column: the top and bottom of the ink of
+// its own blobs in each column (-1 for a blank column).
+struct CColumns {
+    int left = 0;
+    std::vector<int> top, bottom;
+
+    int Count() const { return int(top.size()); }
+    bool Blank(int c) const { return top[std::size_t(c)] < 0; }
+};
+
+CColumns columnsOf(const CDarkness &dark, const CRegion &region, const std::vector<int> &blobs, const QRect &box)
+{
+    CColumns cols;
+    cols.left = box.left();
+    cols.top.assign(std::size_t(box.width()), -1);
+    cols.bottom.assign(std::size_t(box.width()), -1);
+    for (int x = box.left(); x <= box.right(); ++x)
+        for (int y = box.top(); y <= box.bottom(); ++y) {
+            // Faint ink counts too: the dash of a small exponent may be no
+            // darker than a blob's rim.
+            const int o = region.OwnerAt(x, y);
+            const bool mine = o == 0 ? dark.At(x, y) >= FaintInk
+                                     : std::find(blobs.begin(), blobs.end(), o - 1) != blobs.end();
+            if (!mine)
+                continue;
+            const std::size_t c = std::size_t(x - box.left());
+            if (cols.top[c] < 0)
+                cols.top[c] = y;
+            cols.bottom[c] = y;
+        }
+    return cols;
+}
+
+// A minus sign at the start of columns [from, to): a flat stroke about the
+// middle of the part's height, clearly wider than high.  Returns the first
+// column after it, or -1 when there is none.
+int minusEnd(const CColumns &cols, int from, int to, int partTop, int partBottom)
+{
+    while (from < to && cols.Blank(from))
+        ++from;
+    const int height = partBottom - partTop + 1;
+    const int thin = std::max(2, int(0.3 * height));
+    int c = from, top = 1 << 30, bottom = -1;
+    while (c < to && !cols.Blank(c)) {
+        const int t = std::min(top, cols.top[std::size_t(c)]), b = std::max(bottom, cols.bottom[std::size_t(c)]);
+        if (b - t + 1 > thin)
+            break;
+        top = t;
+        bottom = b;
+        ++c;
+    }
+    const int width = c - from;
+    if (bottom < 0 || width < std::max(2.0, 0.35 * height) || width < 1.5 * (bottom - top + 1))
+        return -1;
+    const double middle = (top + bottom) / 2.0;
+    if (middle < partTop + 0.3 * height || middle > partBottom - 0.3 * height)
+        return -1;
+    // Something must follow it.
+    for (int k = c; k < to; ++k)
+        if (!cols.Blank(k))
+            return c;
+    return -1;
 }
 
 } // namespace
@@ -159,7 +223,7 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
             // Overlapping by a good part of the smaller height: a raised
             // exponent does, a label of the other axis at the corner does not.
             const int overlap = std::min(ra.bottom(), rb.bottom()) - std::max(ra.top(), rb.top()) + 1;
-            const bool overlapY = overlap >= 0.4 * std::min(ra.height(), rb.height());
+            const bool overlapY = overlap >= 0.25 * std::min(ra.height(), rb.height());
             const int gapX = std::max(ra.left(), rb.left()) - std::min(ra.right(), rb.right()) - 1;
             if (overlapY && gapX <= gapLimit)
                 parent[std::size_t(findRoot(parent, usable[a]))] = findRoot(parent, usable[b]);
@@ -202,41 +266,100 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
         std::erase_if(groups, [&](const CGroup &g) { return g.box.right() < nearestRight - 3 * textHeight; });
     }
 
-    for (CGroup &g : groups) {
-        std::sort(g.blobs.begin(), g.blobs.end(), [&](int a, int b) {
-            return region.blobs[std::size_t(a)].box.left() < region.blobs[std::size_t(b)].box.left();
-        });
-        // A raised exponent: a tail of blobs whose bottoms all stand clearly
-        // above the base line, after a base of at least one blob.
-        int baseLine = g.box.top(), mainHeight = 0;
-        for (int b : g.blobs)
-            baseLine = std::max(baseLine, region.blobs[std::size_t(b)].box.bottom());
-        for (int b : g.blobs)
-            mainHeight = std::max(mainHeight, region.blobs[std::size_t(b)].box.height());
-        auto raised = [&](int b) {
-            return region.blobs[std::size_t(b)].box.bottom() < baseLine - 0.3 * mainHeight;
-        };
-        std::size_t split = g.blobs.size();
-        while (split > 0 && raised(g.blobs[split - 1]))
+    for (const CGroup &g : groups) {
+        // A raised exponent: the columns at the label's end whose ink stays
+        // clearly above the base line, after base columns that reach it.
+        // Columns rather than blobs, since antialiasing may join an exponent
+        // to the digit before it.
+        const CColumns cols = columnsOf(dark, region, g.blobs, g.box);
+        const int baseLine = g.box.bottom();
+        const double raisedLimit = baseLine - 0.3 * g.box.height();
+        int split = cols.Count();
+        while (split > 0 && (cols.Blank(split - 1) || cols.bottom[std::size_t(split - 1)] < raisedLimit))
             --split;
-        bool hasExponent = split > 0 && split < g.blobs.size();
-        if (hasExponent) {
-            hasExponent = std::any_of(g.blobs.begin() + std::ptrdiff_t(split), g.blobs.end(), [&](int b) {
-                return region.blobs[std::size_t(b)].box.height() >= 0.35 * mainHeight;
+        // Where the exponent is a blob of its own, its left edge is the
+        // better split: a round digit of the base has columns that stop
+        // short of the base line too.  The split then takes in the faint
+        // dash of a minus before it, which no base blob reaches.
+        {
+            std::vector<int> sorted = g.blobs;
+            std::sort(sorted.begin(), sorted.end(), [&](int a, int b) {
+                return region.blobs[std::size_t(a)].box.left() < region.blobs[std::size_t(b)].box.left();
             });
+            std::size_t tail = sorted.size();
+            while (tail > 0 && region.blobs[std::size_t(sorted[tail - 1])].box.bottom() < raisedLimit)
+                --tail;
+            if (tail > 0 && tail < sorted.size()) {
+                int blobSplit = cols.Count(), baseRight = -1;
+                for (std::size_t k = tail; k < sorted.size(); ++k)
+                    blobSplit = std::min(blobSplit, region.blobs[std::size_t(sorted[k])].box.left() - cols.left);
+                for (std::size_t k = 0; k < tail; ++k)
+                    baseRight = std::max(baseRight, region.blobs[std::size_t(sorted[k])].box.right() - cols.left);
+                if (blobSplit > baseRight) {
+                    while (blobSplit - 1 > baseRight && !cols.Blank(blobSplit - 1)
+                           && cols.bottom[std::size_t(blobSplit - 1)] < raisedLimit)
+                        --blobSplit;
+                    split = blobSplit;
+                }
+            }
         }
-        const std::vector<int> base(g.blobs.begin(), g.blobs.begin() + std::ptrdiff_t(hasExponent ? split : g.blobs.size()));
-        const std::vector<int> exponent(g.blobs.begin() + std::ptrdiff_t(base.size()), g.blobs.end());
-        QRect baseBox;
-        for (int b : base)
-            baseBox |= region.blobs[std::size_t(b)].box;
+        int exponentTop = 1 << 30, exponentBottom = -1, baseTop = 1 << 30;
+        for (int c = split; c < cols.Count(); ++c)
+            if (!cols.Blank(c)) {
+                exponentTop = std::min(exponentTop, cols.top[std::size_t(c)]);
+                exponentBottom = std::max(exponentBottom, cols.bottom[std::size_t(c)]);
+            }
+        for (int c = 0; c < split; ++c)
+            if (!cols.Blank(c))
+                baseTop = std::min(baseTop, cols.top[std::size_t(c)]);
+        // An exponent holds a digit, not just a dash.
+        const bool hasExponent = split > 0 && exponentBottom >= 0
+            && exponentBottom - exponentTop + 1 >= 0.35 * (baseLine - baseTop + 1);
+        const int baseEnd = hasExponent ? split : cols.Count();
+
         CTickLabel label;
         label.box = g.box;
-        label.position = side == AxisSide::X ? (g.box.left() + g.box.right()) / 2.0
-                                             : (baseBox.top() + baseBox.bottom()) / 2.0;
-        label.baseCrop = cropOf(dark, region, base);
-        if (!exponent.empty())
-            label.exponentCrop = cropOf(dark, region, exponent);
+        label.position = side == AxisSide::X ? (g.box.left() + g.box.right()) / 2.0 : (baseTop + baseLine) / 2.0;
+        const int baseMinusEnd = minusEnd(cols, 0, baseEnd, baseTop, baseLine);
+        label.baseMinus = baseMinusEnd >= 0;
+        const int baseStart = std::max(0, baseMinusEnd);
+        // The base after the minus in runs of inked columns, and among them
+        // a decimal point: a speck on the base line between two runs.  Small
+        // print loses its point in the engine's hands; it is put back by place.
+        {
+            const int digitHeight = baseLine - baseTop + 1;
+            int runs = 0;
+            for (int c = baseStart; c < baseEnd;) {
+                if (cols.Blank(c)) {
+                    ++c;
+                    continue;
+                }
+                int top = cols.top[std::size_t(c)], bottom = cols.bottom[std::size_t(c)], end = c;
+                while (end < baseEnd && !cols.Blank(end)) {
+                    top = std::min(top, cols.top[std::size_t(end)]);
+                    bottom = std::max(bottom, cols.bottom[std::size_t(end)]);
+                    ++end;
+                }
+                const bool speck = end - c <= std::max(2.0, 0.3 * digitHeight)
+                    && bottom - top + 1 <= std::max(2.0, 0.3 * digitHeight) && bottom >= baseLine - 1;
+                if (speck && runs > 0 && end < baseEnd && label.pointAfter < 0)
+                    label.pointAfter = runs;
+                else
+                    ++runs;
+                c = end;
+            }
+            label.baseBlobs = runs;
+        }
+        label.baseCrop = cropOf(dark, region, g.blobs,
+                                QRect(QPoint(cols.left + baseStart, baseTop), QPoint(cols.left + baseEnd - 1, baseLine)));
+        if (hasExponent) {
+            const int exponentMinusEnd = minusEnd(cols, split, cols.Count(), exponentTop, exponentBottom);
+            label.exponentMinus = exponentMinusEnd >= 0;
+            const int exponentStart = std::max(split, exponentMinusEnd);
+            label.exponentCrop = cropOf(dark, region, g.blobs,
+                                        QRect(QPoint(cols.left + exponentStart, exponentTop),
+                                              QPoint(g.box.right(), exponentBottom)));
+        }
         labels.append(label);
     }
     // A label belongs to a line within the frame's span.
@@ -270,8 +393,10 @@ public:
         return m_api != nullptr;
     }
 
-    QString Read(const QImage &gray, const char *alphabet, int &confidence)
+    QString Read(const QImage &gray, const char *alphabet, int &confidence,
+                 tesseract::PageSegMode mode = tesseract::PSM_SINGLE_LINE)
     {
+        m_api->SetPageSegMode(mode);
         m_api->SetVariable("tessedit_char_whitelist", alphabet);
         m_api->SetImage(gray.constBits(), gray.width(), gray.height(), 1, int(gray.bytesPerLine()));
         m_api->SetSourceResolution(300);
@@ -301,9 +426,30 @@ bool ReadTickLabels(QList<CTickLabel> &labels)
         return false;
     for (CTickLabel &l : labels) {
         int baseConfidence = 0, exponentConfidence = 100;
+        // A minus sign found by its shape is not given to the engine, which
+        // reads a lone small dash poorly.
         l.text = g_ocr.Read(l.baseCrop, "0123456789.,-+eEkKMGTmunp\xc2\xb5x^()", baseConfidence);
-        if (!l.exponentCrop.isNull())
-            l.exponent = g_ocr.Read(l.exponentCrop, "0123456789-+", exponentConfidence);
+        const bool digitsOnly = !l.text.isEmpty()
+            && std::all_of(l.text.begin(), l.text.end(), [](QChar c) { return c.isDigit(); });
+        if (l.pointAfter > 0 && digitsOnly && l.text.size() == l.baseBlobs)
+            l.text.insert(l.pointAfter, u'.');
+        if (l.baseMinus)
+            l.text.prepend(u'-');
+        if (!l.exponentCrop.isNull()) {
+            // A lone small digit is often passed over as a line; as a word,
+            // or at last as one character, it is read.
+            l.exponent = g_ocr.Read(l.exponentCrop, "0123456789", exponentConfidence, tesseract::PSM_SINGLE_WORD);
+            if (l.exponent.isEmpty())
+                l.exponent = g_ocr.Read(l.exponentCrop, "0123456789", exponentConfidence, tesseract::PSM_SINGLE_CHAR);
+            if (l.exponent.isEmpty()) {
+                // An exponent that cannot be read leaves the label unread,
+                // rather than read as its base alone.
+                l.value = CLabelValue();
+                continue;
+            }
+            if (l.exponentMinus)
+                l.exponent.prepend(u'-');
+        }
         l.confidence = std::min(baseConfidence, exponentConfidence);
         l.value = ParseLabelValue(l.text, l.exponent);
     }

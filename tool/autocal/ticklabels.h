@@ -29,6 +29,14 @@ struct CTickLabel {
     // and the raised exponent (null without one).
     QImage baseCrop;
     QImage exponentCrop;
+    // A leading minus sign, told by its shape and left out of the crop.
+    bool baseMinus = false;
+    bool exponentMinus = false;
+    // The number of characters of the base as runs of inked columns (a minus
+    // and a decimal point not counted), and after how many of them a decimal
+    // point stands (-1: none).
+    int baseBlobs = 0;
+    int pointAfter = -1;
 };
 
 // The blobs of the labels of one axis, grouped, without reading them yet.

@@ -189,7 +189,7 @@ CDatasheetPicture MakeDatasheetPicture(const CDatasheetSpec &s)
         p.setPen(Qt::black);
         for (const CTick &t : xTicks)
             if (t.major)
-                drawLabel(p, font, s.x, t, QPointF(t.pixel + 0.5, bottom + 4), 0);
+                drawLabel(p, font, s.x, t, QPointF(t.pixel + 0.5, bottom + 3 + 0.5 * s.fontPixels), 0);
         for (const CTick &t : yTicks)
             if (t.major)
                 drawLabel(p, font, s.y, t, QPointF(left - 4, t.pixel + 0.5), 1);
@@ -197,7 +197,7 @@ CDatasheetPicture MakeDatasheetPicture(const CDatasheetSpec &s)
         p.setFont(font);
         const QString xTitle = QStringLiteral("VDS, Drain-Source Voltage (V)");
         p.drawText(QPointF((left + right) / 2.0 - fm.horizontalAdvance(xTitle) / 2,
-                           bottom + 4 + 2.6 * s.fontPixels), xTitle);
+                           bottom + 3 + 3.1 * s.fontPixels), xTitle);
         p.save();
         p.translate(12 + fm.ascent(), (top + bottom) / 2.0);
         p.rotate(-90);
