@@ -6,6 +6,7 @@
 #include "formula/rpndictionary.h"
 #include "formula/rpntree.h"
 #include "formula/rpnuserfunction.h"
+#include "formula/rpnvariableplace.h"
 
 #include <cmath>
 
@@ -188,7 +189,7 @@ void CNodeVariable::Evaluate(CRpnData &result, unsigned char &status)
     }
     // A name with a place of its own: read it there.
     if (!m_column) {
-        if (const CRpnData *slot = FindStorage()) {
+        if (const CRpnData *slot = FindPlace()) {
             m_value = *slot;
             result = m_value;
             return;
@@ -218,7 +219,7 @@ bool CNodeVariable::EvaluateFast(double &out)
         out = c->values[row];
         return true;
     }
-    if (const CRpnData *slot = FindStorage()) {
+    if (const CRpnData *slot = FindPlace()) {
         if (!slot->IsReal())
             return false;
         out = slot->GetRealValue();

@@ -179,6 +179,9 @@ public:
     // in the main dictionary; null when no place holds the name (a getter's
     // or a column's variable has none).
     CRpnData *FindStorage();
+    // The same, the common cases inline (defined in rpnvariableplace.h,
+    // which a caller includes).
+    inline CRpnData *FindPlace();
 
 private:
     // The remembered entry of the main dictionary (layout 0: none).

@@ -64,6 +64,7 @@ int CRpnUserFunction::SlotOf(const QString &name) const
 void CRpnUserFunction::BindSlots(bool caseSensitive)
 {
     m_caseSensitive = caseSensitive;
+    m_fastBody = -1;
     m_slotNames.clear();
     m_slotIndex.clear();
     m_spareFrames.clear();
