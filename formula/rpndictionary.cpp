@@ -12,17 +12,17 @@ CMapStringToRpnData::~CMapStringToRpnData() = default;
 
 bool CMapStringToRpnData::Lookup(const QString &key, CRpnData &value) const
 {
-    auto it = m_index.constFind(fold(key));
+    auto it = findIndex(key);
     if (it == m_index.cend())
         return false;
-    value = m_entries[std::size_t(*it)].value;
+    value = m_entries[std::size_t(it->second)].value;
     return true;
 }
 
 CRpnData *CMapStringToRpnData::FindHere(const QString &key)
 {
-    auto it = m_index.constFind(fold(key));
-    return it == m_index.cend() ? nullptr : &m_entries[std::size_t(*it)].value;
+    auto it = findIndex(key);
+    return it == m_index.cend() ? nullptr : &m_entries[std::size_t(it->second)].value;
 }
 
 CRpnData *CMapStringToRpnData::Find(const QString &key)
@@ -36,20 +36,20 @@ CRpnData *CMapStringToRpnData::Find(const QString &key)
 
 int CMapStringToRpnData::IndexOf(const QString &key) const
 {
-    auto it = m_index.constFind(fold(key));
-    return it == m_index.cend() ? -1 : *it;
+    auto it = findIndex(key);
+    return it == m_index.cend() ? -1 : it->second;
 }
 
 int CMapStringToRpnData::SetAtIndex(const QString &key, const CRpnData &value)
 {
     const QString k = fold(key);
-    auto it = m_index.constFind(k);
-    if (it != m_index.cend()) {
-        m_entries[std::size_t(*it)].value = value;
-        return *it;
+    auto it = m_index.find(k);
+    if (it != m_index.end()) {
+        m_entries[std::size_t(it->second)].value = value;
+        return it->second;
     }
     const int at = int(m_entries.size());
-    m_index.insert(k, at);
+    m_index.emplace(k, at);
     // A block that moves takes the entries' addresses with it: a new layout.
     const Entry *block = m_entries.data();
     m_entries.push_back({k, value});
@@ -66,7 +66,7 @@ bool CMapStringToRpnData::RemoveKey(const QString &key)
     auto it = m_index.find(k);
     if (it == m_index.end())
         return false;
-    const int at = *it;
+    const int at = it->second;
     m_index.erase(it);
     m_spelling.remove(k);
     m_entries.erase(m_entries.begin() + at);
@@ -89,7 +89,7 @@ QString CMapStringToRpnData::GetSpelling(const QString &key) const
     if (m_caseSensitive)
         return key;
     const QString k = fold(key);
-    if (!m_index.contains(k))
+    if (m_index.find(k) == m_index.end())
         return key;
     return m_spelling.value(k, k);
 }

@@ -24,6 +24,9 @@
 #include <QHash>
 #include <QString>
 #include <cstdint>
+#include <functional>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 class CMapStringToRpnData
@@ -78,6 +81,22 @@ private:
 
     std::uint64_t m_layout;
     std::vector<Entry> m_entries;
-    QHash<QString, int> m_index;       // stored key to entry position
+    // A plain hash of the UTF-16 units: much cheaper than qHash's seeded
+    // one, and a script's keys are not chosen to collide.
+    struct KeyHash
+    {
+        std::size_t operator()(const QString &key) const noexcept
+        {
+            return std::hash<std::u16string_view>{}(
+                std::u16string_view(reinterpret_cast<const char16_t *>(key.constData()), std::size_t(key.size())));
+        }
+    };
+    using Index = std::unordered_map<QString, int, KeyHash>;
+    Index m_index;                      // stored key to entry position
+    // The index entry of `key`; exact keys are looked up without a copy.
+    Index::const_iterator findIndex(const QString &key) const
+    {
+        return m_caseSensitive ? m_index.find(key) : m_index.find(key.toUpper());
+    }
     QHash<QString, QString> m_spelling; // folded key to key as written (case switch off)
 };

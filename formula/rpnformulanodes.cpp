@@ -552,7 +552,10 @@ void SubstituteInFormula(CRpnNode *call, const CRpnData &formula, const std::vec
             result.SetNull();
             return;
         }
+        // An empty text puts NULL in the place.
         const CRpnNode *expression = expressionOf(replacement->GetRoot());
+        if (expression && (expression->IsEnd() || (expression->IsList() && !expression->HasOperands())))
+            expression = nullptr;
         for (CNodeVariable *variable : hits) {
             CRpnNode *copy = expression ? CloneSubtree(expression, tree) : new CNodeNULL;
             copy->m_tree = tree;

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStringDecoder>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -81,31 +82,42 @@ struct Cursor
         passBreak();
     }
     // Reads one number; values allow the exponent letters, header counts only
-    // signs, digits and the point.
+    // signs, digits and the point.  A word that is no number is passed all
+    // the same.
     bool readNumber(double &out, bool header)
     {
         skipSeparators();
         const char *start = p;
-        while (p < end && !endsNumber(*p))
-            ++p;
-        const std::size_t length = std::size_t(p - start);
-        if (length == 0)
-            return false;
-        char buffer[100];
-        std::size_t kept = 0;
-        for (std::size_t i = 0; i < length; ++i) {
-            char c = start[i];
-            const bool digitLike = (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
-            const bool exponent = c == 'e' || c == 'E' || c == 'd' || c == 'D';
-            if (!digitLike && !(exponent && !header))
-                return false;
-            if (c == 'd' || c == 'D')
-                c = 'e';
-            if (kept < 99)
-                buffer[kept++] = c;
+        if (!header && readPlainNumber(out))
+            return true;
+        bool bad = false, fortran = false;
+        for (; p < end && !endsNumber(*p); ++p) {
+            const char c = *p;
+            if ((c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.')
+                continue;
+            if (!header && (c == 'e' || c == 'E'))
+                continue;
+            if (!header && (c == 'd' || c == 'D'))
+                fortran = true;
+            else
+                bad = true;
         }
-        const char *first = buffer;
-        const char *last = buffer + kept;
+        const std::size_t length = std::size_t(p - start);
+        if (length == 0 || bad)
+            return false;
+        // Most numbers are converted where they stand; an exponent written
+        // with d, or a number longer than the 99 characters that count, is
+        // copied first.
+        char buffer[100];
+        const char *first = start;
+        const char *last = p;
+        if (fortran || length > 99) {
+            const std::size_t kept = std::min<std::size_t>(length, 99);
+            for (std::size_t i = 0; i < kept; ++i)
+                buffer[i] = (start[i] == 'd' || start[i] == 'D') ? 'e' : start[i];
+            first = buffer;
+            last = buffer + kept;
+        }
         if (first < last && *first == '+')
             ++first;
         const auto [ptr, ec] = std::from_chars(first, last, out);
@@ -114,6 +126,23 @@ struct Cursor
             return true;
         }
         return ec == std::errc() && ptr != first;
+    }
+    // The common case in one step: a number that starts with a digit or a
+    // point (after a sign), is read whole by from_chars, ends where a number
+    // ends and is not too long.  Anything else is left to readNumber's checks.
+    bool readPlainNumber(double &out)
+    {
+        const char *q = p;
+        if (q < end && *q == '+')
+            ++q; // from_chars takes no plus sign
+        const char *first = q < end && *q == '-' ? q + 1 : q;
+        if (first >= end || !((*first >= '0' && *first <= '9') || *first == '.'))
+            return false;
+        const auto [ptr, ec] = std::from_chars(q, end, out);
+        if (ec != std::errc() || (ptr < end && !endsNumber(*ptr)) || ptr - p > 99)
+            return false;
+        p = ptr;
+        return true;
     }
     bool readCount(int &out)
     {
@@ -151,33 +180,31 @@ bool parseXY(Cursor &c, CRpnTableRecord &t)
 {
     std::vector<double> &xs = t.axis1;
     std::vector<double> &ys = t.axis2;
-    int count = 0;
-    std::size_t capacity = 100;
-    xs.resize(capacity);
-    ys.resize(capacity);
+    // A pair a line: the line feeds tell how much room the columns need
+    // (texts with CR alone as the line end grow as they go).
+    const std::size_t lines = std::size_t(std::count(c.p, c.end, '\n')) + 1;
+    xs.reserve(lines);
+    ys.reserve(lines);
     while (!c.atEnd()) {
         double x = 0, y = 0;
         if (!c.readNumber(x, false) || !c.readNumber(y, false)) {
             // A line that is no pair (a comment at the end) costs the last pair.
-            count = count > 0 ? count - 1 : 0;
+            if (!xs.empty()) {
+                xs.pop_back();
+                ys.pop_back();
+            }
             break;
         }
-        if (std::size_t(count) == capacity) {
-            capacity += std::max<std::size_t>(100, capacity / 2);
-            xs.resize(capacity);
-            ys.resize(capacity);
-        }
-        xs[std::size_t(count)] = x;
-        ys[std::size_t(count)] = y;
-        ++count;
+        xs.push_back(x);
+        ys.push_back(y);
         if (!c.passBreak())
             break;
     }
-    xs.resize(std::size_t(count));
-    ys.resize(std::size_t(count));
-    xs.shrink_to_fit();
-    ys.shrink_to_fit();
-    t.count1 = count;
+    if (xs.capacity() > xs.size() + xs.size() / 8 + 16) {
+        xs.shrink_to_fit();
+        ys.shrink_to_fit();
+    }
+    t.count1 = int(xs.size());
     return true;
 }
 
@@ -429,7 +456,7 @@ int CNodeReadTable::DoFunction(CRpnData &result, QString &errorText)
     } else if (bytes.startsWith("\xEF\xBB\xBF")) {
         bytes.remove(0, 3);
     }
-    const QByteArray text = bytes.trimmed();
+    const QByteArray text = std::move(bytes).trimmed();
     auto table = std::make_unique<CRpnTableRecord>();
     QString parseError;
     if (!ParseTableText(std::string_view(text.constData(), std::size_t(text.size())), type, *table, parseError)) {

@@ -195,6 +195,10 @@ public:
     // The two cursor positions in X, converted when the X axis changes
     // between linear and log.
     double m_cursorX[2] = {0, 0};
+    // The row of the animation cursor (display bit 16): rows after it are
+    // not drawn; and the slider's track as the last pass drew it.
+    std::int32_t m_animationRow = 0;
+    CIntRect m_sliderRect;
     // Label rectangles of the curves in the legend, for hit tests.
     std::vector<CIntRect> m_curveHitRects;
     CCurveHoldList m_holds;

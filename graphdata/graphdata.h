@@ -170,6 +170,10 @@ public:
     std::vector<std::int32_t> m_channelStates;
     std::int32_t m_rollMode = 0;
     std::uint32_t m_rollLength = 0;
+    // The channel whose level triggers a sweep (0: none) and that level,
+    // shown as a mark at the plot's right edge.
+    std::int32_t m_triggerChannel = 0;
+    double m_triggerLevel = 0;
 
 protected:
     bool growLocked(int target) override;

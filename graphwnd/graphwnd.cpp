@@ -9,6 +9,7 @@
 #include "graphdata/draw/graphdraw.h"
 #include "graphdata/draw/objectstore.h"
 #include "graphdata/grapherrors.h"
+#include "graphdata/pages/options2dlg.h"
 #include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphsaveas.h"
 #include "graphwnd/graphtoolbar.h"
@@ -410,9 +411,22 @@ void CGraphWnd::notAvailable()
     ShowMessage(this, LanguageString(kTextNotAvailable), PromptButtons::Ok, PromptIcon::Information);
 }
 
+void CGraphWnd::openOptions(int page)
+{
+    if (!m_graphData) {
+        notAvailable();
+        return;
+    }
+    COptions2_Dlg dialog(*m_graphData, page, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    Redraw(1);
+    notifyChanged();
+}
+
 bool CGraphWnd::OnCommand(int id)
 {
-    if (onObjectCommand(id))
+    if (onObjectCommand(id) || onEmiCommand(id))
         return true;
     switch (id) {
     case CmdToolSelect:
@@ -428,13 +442,18 @@ bool CGraphWnd::OnCommand(int id)
         SetTool(4);
         return true;
     case CmdGraphOptions:
+        openOptions(COptionsFault::PageCurves);
+        return true;
     case CmdXAxisDialog:
-    case CmdYAxisDialog:
     case CmdXAxis:
+        openOptions(COptionsFault::PageXAxis);
+        return true;
+    case CmdYAxisDialog:
     case CmdYAxis:
+        openOptions(COptionsFault::PageYAxis);
+        return true;
     case CmdOptions:
-        // The option and axis dialogs come with later work.
-        notAvailable();
+        openOptions(-1);
         return true;
     case CmdSaveAs:
         // Every kind the graph can be saved as; the record file keeps the

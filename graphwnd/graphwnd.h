@@ -68,6 +68,9 @@ enum GraphCommand : int {
     CmdAllColumns = 16049,
     CmdColumnFirst = 16050, // plus the column's index
     CmdCopyPicture = 16201,
+    CmdEmiImport = 16299,
+    CmdEmiFirst = 16300, // plus the limit's index in the list
+    CmdEmiLast = 16400,
 };
 
 // Notification codes.
@@ -178,6 +181,22 @@ public:
     // The style of new lines and rectangles.
     CLogPen m_newPen{0, 1, 0, 0x000000C0};
     int m_newArrowStyle = CDrawLines::ArrowFilled;
+
+    // ---- EMI limits over a spectrum (graphwndemi.cpp) ----------------------------
+    // Shows or hides limit `index` of the global list; false for an index
+    // the list does not hold.
+    bool ShowEmiLimit(int index, bool on);
+    // The curve that shows limit `index`, or -1.
+    int EmiLimitCurve(int index) const;
+    // Reads a limit from an initialisation-style file (section "Limit"),
+    // adds it to the user's limits and shows it; asks for the file when
+    // `path` is empty.  A bad file is told in a box and adds nothing.
+    bool ImportEmiLimitFile(QString path = QString());
+
+    // ---- the animation slider (graphwndscope.cpp) ---------------------------------
+    // Moves the animation cursor to `row` and stops it following the last
+    // row; true when it moved.
+    bool SetAnimationRow(int row);
     const CStepCounts &StepCounts() const { return m_stepCounts; }
 
     // Members, in the order of the window's state.
@@ -231,9 +250,16 @@ private:
     void updateCursor(QPoint point);
     void deleteSelection();
     void notAvailable();
+    // The option dialog on `page` (-1: the page used last); redraws when accepted.
+    void openOptions(int page);
     void syncToolBar();
     void wheelScroll(int axis, int delta);
     bool onObjectCommand(int id);
+    bool onEmiCommand(int id);
+    // A press on the slider's track or a move while it is held; true when
+    // the slider took it.
+    bool sliderMouse(QPoint point, bool press);
+    void addEmiMenu(QMenu &menu);
     // Tools 8 to 10 on a left press; true when the press was theirs.
     bool startPlacing(int tool, QPoint point, Qt::KeyboardModifiers keys);
     // The end of a track that places or edits objects; true when it was one.
@@ -255,4 +281,5 @@ private:
     QByteArray m_undoObjects;    // the objects before the last edit
     QByteArray m_pendingUndo;    // before a move or resize that may not happen
     bool m_haveUndo = false;
+    bool m_sliderDrag = false;
 };

@@ -234,7 +234,7 @@ void CGraphWnd::mousePressEvent(QMouseEvent *event)
         }
         return;
     }
-    if (event->button() == Qt::LeftButton)
+    if (event->button() == Qt::LeftButton && !sliderMouse(point, true))
         onLeftDown(point, event->modifiers());
 }
 
@@ -335,6 +335,7 @@ void CGraphWnd::onLeftDown(QPoint point, Qt::KeyboardModifiers keys)
 
 void CGraphWnd::mouseReleaseEvent(QMouseEvent *event)
 {
+    m_sliderDrag = false;
     if (m_activeTrack)
         m_activeTrack->HandleEvent(event);
 }
@@ -347,6 +348,8 @@ void CGraphWnd::mouseMoveEvent(QMouseEvent *event)
     }
     const QPoint point = event->position().toPoint();
     if (!m_graphData)
+        return;
+    if (m_sliderDrag && (event->buttons() & Qt::LeftButton) && sliderMouse(point, false))
         return;
     if (Tool() == 11 && m_cursorObject) {
         m_cursorObject->OnCursorEvent(this, point, int(event->modifiers()) | int(event->buttons()),
@@ -533,6 +536,7 @@ void CGraphWnd::BuildContextMenu(QPoint point, QMenu &menu)
         columns->addSeparator();
         addItem(*columns, CmdAllColumns, LanguageString(TextAllColumns));
         addItem(*columns, CmdComputedCurve, LanguageString(TextComputedCurve));
+        addEmiMenu(menu);
     }
     menu.addSeparator();
     addItem(menu, CmdCopyPicture, LanguageString(TextCopyPicture));

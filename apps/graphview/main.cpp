@@ -9,7 +9,7 @@
 // own while the window stands, with a progress bar when that takes longer
 // than half a second.  The options set up the view, so that every kind
 // of picture can be looked at (and saved with --screenshot); --spectrum and
-// --export are graphviewexchange.h's.
+// --export are graphviewexchange.h's, --scope and --live graphviewscope.h's.
 #include "graphviewcurves.h"
 #include "graphviewdata.h"
 #include "graphviewexchange.h"
@@ -17,6 +17,7 @@
 #include "graphviewmrd.h"
 #include "graphviewoptions.h"
 #include "graphviewpicture.h"
+#include "graphviewscope.h"
 
 #include "graphdata/graphcurve.h"
 #include "graphwnd/formulacurvedialog.h"
@@ -103,6 +104,7 @@ int main(int argc, char **argv)
         arguments << QString::fromLocal8Bit(argv[i]);
     QCommandLineParser parser;
     CGraphviewExchange exchange(parser);
+    CGraphviewScope scope(parser);
     CGraphviewCurves curves(parser);
     CGraphViewOptions options;
     QString optionText;
@@ -155,9 +157,13 @@ int main(int argc, char **argv)
     // asked; with --screenshot, saves the picture once they are painted.
     // Either of these ends the program with its outcome.
     auto showData = [&](const CGraphData &data, bool demonstration) {
-        graphWnd->SetGraphDataCopy(data);
+        if (scope.Scope())
+            CGraphviewScope::ShowAsScope(*graphWnd, data);
+        else
+            graphWnd->SetGraphDataCopy(data);
         CGraphCurve &graph = *graphWnd->GetGraphData();
-        applyViewOptions(graph, options, demonstration);
+        if (!scope.Scope())
+            applyViewOptions(graph, options, demonstration);
         if (const int code = curves.Apply(*graphWnd, exchange.Headless() || screenshot); code >= 0) {
             QApplication::exit(code);
             return;
@@ -183,7 +189,22 @@ int main(int argc, char **argv)
 
     std::unique_ptr<CDataFileLoader> loader;
     QTimer progressTimer;
-    if (options.file.isEmpty()) {
+    if (scope.Live()) {
+        QTimer::singleShot(0, [&] {
+            cellsLabel->show();
+            scope.StartLive(*graphWnd, cellsLabel);
+            if (screenshot) {
+                // a moment of live data first
+                QTimer::singleShot(1500, [&window, &options] {
+                    QString error;
+                    const bool saved = SaveWidgetPicture(window, options.screenshot, error);
+                    if (!saved)
+                        std::fprintf(stderr, "%s\n", qPrintable(error));
+                    QApplication::exit(saved ? 0 : 1);
+                });
+            }
+        });
+    } else if (options.file.isEmpty()) {
         QTimer::singleShot(0, [&] { showData(DemonstrationData(options.bars), true); });
     } else if (IsGraphDataFile(options.file)) {
         QTimer::singleShot(0, [&] {

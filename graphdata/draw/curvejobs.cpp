@@ -3,6 +3,7 @@
 #include "graphdata/columnsearch.h"
 #include "graphdata/columntransform.h"
 #include "graphdata/draw/drawpass.h"
+#include "graphdata/draw/scopeview.h"
 #include "graphdata/graphcurve.h"
 #include "graphdata/spectrum/spectrumjob.h"
 
@@ -208,12 +209,18 @@ void MapCurveJobs(CDrawPass &pass, std::vector<CCurveJob> &jobs)
     CPixelMapping x;
     const bool canMap = AxisMapping(xMin, xMax, plot.right - plot.left, x.xPre, x.xMin, x.xScale) &&
                         (!pass.full || !pass.L.tooSmall);
+    const bool scope = g.m_data.IsScope() && !pass.overview;
+    const int animationRow = pass.overview ? -1 : AnimationRow(g, pass.rowCount);
     for (CCurveJob &job : jobs) {
         if (!job.y || !canMap || job.rows < 1)
             continue;
         job.mapping.xPre = x.xPre;
         job.mapping.xMin = x.xMin;
         job.mapping.xScale = x.xScale;
+        if (scope) {
+            MapScopeJob(pass, job);
+            continue;
+        }
         if (pass.overview) {
             const CGraph_Range &r = *g.Range(job.axis);
             CPixelMapping &m = job.mapping;
@@ -242,6 +249,9 @@ void MapCurveJobs(CDrawPass &pass, std::vector<CCurveJob> &jobs)
             job.first = LastAtOrBefore(job.x.Get(), xMin, 0, lastRow, ordered);
             job.last = FirstAtOrAfter(job.x.Get(), xMax, 0, lastRow, ordered);
         }
+        // The animation cursor: nothing after the current row.
+        if (animationRow >= 0 && !job.ownX)
+            job.last = std::min(job.last, animationRow);
     }
 }
 

@@ -104,6 +104,9 @@ struct CCurvesStage
 
 bool CanDrawIncrementally(const CDrawPass &pass, const std::vector<CCurveJob> &jobs)
 {
+    // The cursor and the slider move with the rows.
+    if (pass.g.m_displayFlags & CGraphCurve::DisplayAnimationCursor)
+        return false;
     for (const CCurveJob &job : jobs) {
         if (!job.usable)
             continue;

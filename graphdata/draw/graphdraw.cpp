@@ -7,6 +7,7 @@
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/legendpaint.h"
 #include "graphdata/draw/objectpaint.h"
+#include "graphdata/draw/scopeview.h"
 #include "graphdata/draw/stripboxviews.h"
 #include "graphdata/graphcurve.h"
 #include "support/languagestring.h"
@@ -158,6 +159,9 @@ CDrawResult DrawGraph(CGraphCurve &g, QPainter &p, const CDrawRequest &req)
         }
         pass.rowCount = pass.data->m_rowCount;
         pass.generation = pass.data->m_generation;
+        // An oscilloscope screen starts at the first row it shows.
+        if (g.m_data.IsScope() && !pass.overview)
+            PrepareScopeView(g, pass.rowCount);
         if (!pass.overview) {
             if ((req.flags & DrawFull) || pass.generation != g.m_lastGeneration ||
                 !(g.m_drawTarget == QRectToEdges(pass.target)))
@@ -169,6 +173,8 @@ CDrawResult DrawGraph(CGraphCurve &g, QPainter &p, const CDrawRequest &req)
         TakeColumns(pass, jobs);
     }
     AddDisplayForms(pass, jobs);
+    if (g.m_data.IsScope())
+        FlattenScopeChannels(pass, jobs);
 
     // The layout on a full pass, the stored rectangles on an incremental one.
     pass.plot = g.m_plotRect;
@@ -199,6 +205,8 @@ CDrawResult DrawGraph(CGraphCurve &g, QPainter &p, const CDrawRequest &req)
     if (pass.full) {
         keepLayout(pass);
         drawBackground(pass, jobs);
+        if (g.m_data.IsScope() && !pass.overview)
+            DrawScopeMarks(p, g, jobs, pass.plot, pass.bw);
     }
     for (const CCurveJob &job : jobs)
         result.invalidRows = result.invalidRows || (job.usable && job.hasInvalid);
@@ -209,6 +217,8 @@ CDrawResult DrawGraph(CGraphCurve &g, QPainter &p, const CDrawRequest &req)
         if (!pass.strip && !pass.threeD)
             DrawCurveExtentLabels(p, pass.L, jobs, pass.bw);
     }
+    if (pass.full && !pass.overview)
+        DrawAnimation(p, g, pass, jobs);
     if (pass.full && req.mainSurface && !pass.overview) {
         if (!(req.flags & DrawNoTextObjects))
             DrawObjects(p, g, pass.plot, pass.fontScale, pass.bw ? 2 : 0);

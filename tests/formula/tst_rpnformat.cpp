@@ -122,6 +122,11 @@ TEST(RpnFormat, GetTextOfScalars)
         {CRpnData(std::complex<double>(1, -2)), 0, "1-2j"}, {CRpnData(std::complex<double>(1.5, 0)), 0, "1.5+0j"},
         {CRpnData(std::complex<double>(1.0 / 3, 1)), 2, "0.33+1j"}, {Text("say \"hi\""), 0, "say \"hi\""},
         {Text("q"), RPN_TEXT_QUOTES, "\"q\""}, {function, 0, "myFunc"}, {pointer, 0, ""},
+        // Whole numbers round the precision's edge: digits alone, then the exponent.
+        {CRpnData(999.0), 3, "999"}, {CRpnData(1000.0), 3, "1E+03"}, {CRpnData(-999.0), 3, "-999"},
+        {CRpnData(999999999999999.0), 0, "999999999999999"}, {CRpnData(1e16), 0, "1E+16"},
+        {CRpnData(9999999999999998.0), 0, "9999999999999998"}, {CRpnData(0.0), 0, "0"},
+        {CRpnData(123456789.0), 20, "123456789"}, {CRpnData(1e20), 31, "100000000000000000000"},
     };
     for (const Case &c : cases)
         EXPECT_EQ(c.value.GetText(c.flags).toStdString(), c.expect) << Describe(c.value);

@@ -94,6 +94,7 @@ TEST(RpnFormulas, ReplaceSubstitutesWholeVariables)
         {"f = ReplaceF(Formula(a*b), a, 2, b, a); a = 5", "f", "FORMULA:2*a"},
         {"f = ReplaceF(Formula(a*b), a, 2, b, a); a = 5", "Eval(f)", "REAL:10"},
         {"", "ReplaceF(Formula(a), \"a\", 2.5)", "FORMULA:2.5"},
+        {"", "ReplaceF(Formula(a+b), \"a\", \"\")", "FORMULA:NULL+b"},
         {"", "ReplaceF(Formula(a), \"a\", \"1+\")", Inner(Message(43031), 1, 1)},
         {"", "ReplaceF(5, \"a\", 1)", QuietFailure()},
         {"f = Formula(a+b)", "ReplaceF(f, \"a\")", FunctionMessage("ReplaceF is missing its parameter 3.")},
@@ -170,6 +171,52 @@ TEST(RpnFormulas, TextOfAFormulaCompilesBack)
         ASSERT_EQ(again.Run(value), 1) << text;
         EXPECT_EQ(value.GetDouble(), f.GetDouble()) << source << " as " << text;
     }
+}
+
+} // namespace
+
+namespace {
+
+// A host that knows y (10) and keeps the other names in the tree's main
+// dictionary, which it gets as its first run pointer.
+void hostGetter(CRpnData &result, int, int, void *runData1, void *, CRpnNode *, const QString &name, int &found)
+{
+    if (name == QStringLiteral("y")) {
+        result.SetDouble(10.0);
+        return;
+    }
+    const CRpnData *value = static_cast<CEquationTree *>(runData1)->GetVariables()->Find(name);
+    if (value)
+        result = *value;
+    else
+        found = 0;
+}
+
+// Bindings come before the host's getter, which still answers for the
+// names that are not bound.
+TEST(RpnFormulas, BindingsGoBeforeTheHostsGetter)
+{
+    CEquationTree tree;
+    tree.SetVariableAccess(hostGetter, nullptr);
+    tree.m_runData1 = &tree;
+    auto run = [&tree](const char *text, std::string &out) {
+        CRpnData value;
+        if (tree.Compile(QString::fromUtf8(text)) != 1 || tree.Run(value) != 1)
+            return false;
+        out = Describe(value);
+        return true;
+    };
+    std::string out;
+    ASSERT_TRUE(run("f = Formula(x*y)", out)) << tree.GetErrorMessage();
+    ASSERT_TRUE(run("Eval(f, \"x\", 3)", out)) << tree.GetErrorMessage();
+    EXPECT_EQ(out, "REAL:30");
+    ASSERT_TRUE(run("function g(f, x) { return EvalM(f, x) }\ng(f, 4)", out)) << tree.GetErrorMessage();
+    EXPECT_EQ(out, "REAL:40");
+    // Unbound, x is a name the host does not know.
+    tree.ResetError();
+    EXPECT_FALSE(run("Eval(f)", out));
+    EXPECT_TRUE(tree.GetErrorMessage().startsWith(QStringLiteral("Error: "))) << tree.GetErrorMessage();
+    EXPECT_TRUE(tree.GetErrorMessage().contains(QStringLiteral("x"))) << tree.GetErrorMessage();
 }
 
 } // namespace

@@ -349,6 +349,35 @@ TEST(RpnTables, LookupGridRefusesSizesThatDoNotFit)
     }
 }
 
+// The forms a number of an XY file may take, each read alone and at the end
+// of the text, where no line break follows it.
+TEST(RpnTables, NumberForms)
+{
+    const std::string longOne = "1." + std::string(120, '5');
+    struct Case {
+        std::string cell;
+        double value; // NaN: the cell is no number
+    } cases[] = {
+        {"+5", 5},        {"-.5", -0.5},   {"+-5", -5},      {"1e5e3", 1e5}, {"2.5D2", 250},
+        {"1d-1", 0.1},    {"1e400", HUGE_VAL}, {"1.5x", NAN}, {"inf", NAN},   {"-nan", NAN},
+        {"++5", NAN},     {"e5", NAN},     {longOne, 1.5555555555555556},
+    };
+    for (const Case &c : cases) {
+        for (const char *tail : {"\n1 2", ""}) {
+            const std::string text = "0 " + c.cell + tail;
+            CRpnTableRecord table;
+            QString error;
+            ASSERT_TRUE(ParseTableText(text, CRpnTableRecord::XY, table, error)) << text;
+            if (std::isnan(c.value)) {
+                EXPECT_EQ(table.count1, 0) << text; // the bad pair ends the reading
+                continue;
+            }
+            ASSERT_GE(table.count1, 1) << text;
+            EXPECT_DOUBLE_EQ(table.axis2[0], c.value) << text;
+        }
+    }
+}
+
 TEST(RpnTables, AxisLocationAndFuzzedTexts)
 {
     const double axis[] = {1, 2, 2, 5};

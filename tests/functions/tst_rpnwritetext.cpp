@@ -196,7 +196,7 @@ TEST(WriteText, EveryTestFormulaRoundTrips)
 
 // Random formulas over the node classes: values, operators, assignments,
 // indexing, lists, functions of one, two and many arguments, iif, IF, WHILE,
-// Catch and the reporters.
+// Catch, the reporters, and formulas built, substituted and evaluated.
 class Generator
 {
 public:
@@ -241,7 +241,7 @@ private:
         static const char *functions2[] = {"pow", "mod", "pwr"};
         static const char *functionsN[] = {"min", "max", "sum", "hypot"};
         const int sub = depth - 1;
-        switch (pick(0, 9)) {
+        switch (pick(0, 10)) {
         case 0:
         case 1:
             return Expression(sub) + u' ' + QLatin1String(binary[pick(0, std::size(binary) - 1)]) + u' ' +
@@ -264,6 +264,12 @@ private:
                      Expression(sub), Expression(sub));
         case 7: return QStringLiteral("iif(%1, %2, %3)").arg(Expression(sub), Expression(sub), Expression(sub));
         case 8: return QStringLiteral("{%1, %2}").arg(Expression(sub), Expression(sub));
+        case 9:
+            switch (pick(0, 2)) {
+            case 0: return QStringLiteral("Eval(Formula(%1))").arg(Expression(sub));
+            case 1: return QStringLiteral("Eval(Formula(%1), \"a\", %2)").arg(Expression(sub), Expression(sub));
+            default: return QStringLiteral("Eval(ReplaceF(Formula(%1), b, %2))").arg(Expression(sub), Leaf());
+            }
         default: return QStringLiteral("v[%1]").arg(pick(0, 3));
         }
     }

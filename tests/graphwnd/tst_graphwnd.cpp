@@ -20,6 +20,11 @@
 
 #include <new>
 
+#include "graphdata/pages/options2dlg.h"
+
+#include <QTabWidget>
+#include <QTimer>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -456,12 +461,28 @@ TEST_F(GraphWnd, TheTitleBoxDragsTheLegend)
     EXPECT_NEAR(graph().m_legendOffset, 5000, 100);
 }
 
-TEST_F(GraphWnd, CommandsOfLaterWorkSaySoAndToolsAreShared)
+TEST_F(GraphWnd, OptionCommandsOpenTheirPageAndToolsAreShared)
 {
-    for (int id : {CmdGraphOptions, CmdXAxis, CmdYAxis, CmdOptions})
-        EXPECT_TRUE(m_wnd.OnCommand(id));
-    EXPECT_EQ(m_prompts.messages.size(), 4);
-    EXPECT_EQ(m_prompts.messages.front(), LanguageString(43603));
+    // Each command opens the option dialog on its page; Cancel closes it.
+    const struct
+    {
+        int command;
+        int tab; // -1: the page used last
+    } commands[] = {{CmdGraphOptions, 0}, {CmdXAxis, 1}, {CmdYAxisDialog, 2}, {CmdOptions, 2}};
+    for (const auto &c : commands) {
+        SCOPED_TRACE(c.command);
+        int shownTab = -2;
+        QTimer::singleShot(0, [&] {
+            auto *dialog = qobject_cast<COptions2_Dlg *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            shownTab = dialog->Tabs()->currentIndex();
+            dialog->reject();
+        });
+        EXPECT_TRUE(m_wnd.OnCommand(c.command));
+        EXPECT_EQ(shownTab, c.tab);
+    }
+    EXPECT_TRUE(m_prompts.messages.isEmpty());
     EXPECT_FALSE(m_wnd.OnCommand(12345));
 
     // the toolbar shows the tool in force and runs its commands

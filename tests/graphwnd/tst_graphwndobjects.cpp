@@ -6,10 +6,13 @@
 
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/objectstore.h"
+#include "graphdata/draw/polylinecache.h"
 #include "graphdata/file/graphfileload.h"
 #include "graphwnd/graphwnd.h"
 #include "support/languagestring.h"
 
+#include <QApplication>
+#include <QMouseEvent>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -478,6 +481,40 @@ TEST_F(WndObjects, TheGraphFileKeepsTheObjects)
     CGraphWnd other;
     other.SetGraphDataCopy(content.data);
     EXPECT_EQ(describe(other.GetGraphData()->m_textObjects), expected);
+}
+
+} // namespace
+
+namespace {
+
+// The animation slider: a press on its track and a drag along it move the
+// current row; the rows after it are not drawn.
+TEST_F(WndObjects, TheSliderMovesTheAnimationCursor)
+{
+    graph().m_displayFlags |= CGraphCurve::DisplayAnimationCursor | CGraphCurve::DisplaySlider |
+                              CGraphCurve::DisplaySliderAtEnd;
+    m_wnd.Redraw(1);
+    paint();
+    const QRect track = EdgesToQRect(graph().m_sliderRect);
+    ASSERT_GT(track.width(), 10);
+    const int rows = graph().m_data.RowCount();
+    QTest::mousePress(&m_wnd, Qt::LeftButton, Qt::NoModifier, QPoint(track.left(), track.center().y()));
+    EXPECT_EQ(graph().m_animationRow, 0);
+    EXPECT_FALSE(graph().m_displayFlags & CGraphCurve::DisplaySliderAtEnd);
+    EXPECT_EQ(m_wnd.ActiveTrack(), nullptr); // no select box under the slider
+    QMouseEvent move(QEvent::MouseMove, QPointF(track.center().x(), track.center().y()), QPointF(), Qt::NoButton,
+                     Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&m_wnd, &move);
+    EXPECT_NEAR(graph().m_animationRow, (rows - 1) / 2, 1);
+    QTest::mouseRelease(&m_wnd, Qt::LeftButton, Qt::NoModifier, track.center());
+    paint();
+    const auto *cache = static_cast<const CPolylinePixels *>(graph().Curve(0)->LinePixels());
+    ASSERT_NE(cache, nullptr);
+    EXPECT_EQ(cache->m_lastRow, graph().m_animationRow);
+    // once let go, moves do nothing
+    const int row = graph().m_animationRow;
+    QTest::mouseMove(&m_wnd, QPoint(track.right(), track.center().y()));
+    EXPECT_EQ(graph().m_animationRow, row);
 }
 
 } // namespace

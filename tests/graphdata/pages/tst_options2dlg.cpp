@@ -1,0 +1,433 @@
+// The option dialog on a real graph: each page's fields reach the graph on
+// acceptance, a Cancel or a refused field leaves the graph as it was, and a
+// wrong field keeps the dialog open with that field focused.
+#include "graphdata/graphcurve.h"
+#include "graphdata/pages/axisfields.h"
+#include "graphdata/pages/curve2page.h"
+#include "graphdata/pages/options2dlg.h"
+#include "graphdata/pages/screen2page.h"
+#include "graphdata/pages/xaxis2page.h"
+#include "graphdata/pages/yaxis2page.h"
+#include "support/controls/userprompts.h"
+#include "support/languagestring.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSettings>
+#include <QTabWidget>
+#include <QTemporaryDir>
+
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <string>
+
+namespace {
+
+struct RecordingPrompts : CUserPrompts
+{
+    QStringList messages;
+    PromptAnswer Message(const CMessagePrompt &prompt) override
+    {
+        messages << prompt.text;
+        return PromptAnswer::Ok;
+    }
+};
+
+// Everything of a graph that the dialog can change, as text, so that "left
+// as it was" can be checked in one comparison.
+std::string fingerprint(const CGraphCurve &g)
+{
+    QString s = QStringLiteral("x %1 %2 %3 log%4 flags%5 rot%6 name[%7] back%8 fore%9 grid%10 on%11 hide%12\n")
+                    .arg(g.m_xViewMin, 0, 'g', 17)
+                    .arg(g.m_xViewMax, 0, 'g', 17)
+                    .arg(g.m_xTick, 0, 'g', 17)
+                    .arg(g.m_xLog)
+                    .arg(g.m_xAxisFlags)
+                    .arg(g.m_xRotation)
+                    .arg(g.m_xAxisName)
+                    .arg(g.m_backColor)
+                    .arg(g.m_foreColor)
+                    .arg(g.m_gridColor)
+                    .arg(g.m_gridOn)
+                    .arg(g.m_hideLabels);
+    for (int i = 0; i < g.RangeCount(); ++i) {
+        const CGraph_Range *r = g.Range(i);
+        s += QStringLiteral("range %1 %2 %3 auto%4 log%5 db%6 layout%7 color%8 grid%9 flags%10 side%11\n")
+                 .arg(r->m_viewMin, 0, 'g', 17)
+                 .arg(r->m_viewMax, 0, 'g', 17)
+                 .arg(r->m_tick, 0, 'g', 17)
+                 .arg(r->m_autoScale)
+                 .arg(r->m_logScale)
+                 .arg(r->m_dbScale)
+                 .arg(r->m_layout)
+                 .arg(r->m_textColor)
+                 .arg(r->m_gridColor)
+                 .arg(r->m_axisFlags)
+                 .arg(r->m_axisSide);
+    }
+    for (const CCurveInfo *c : g.m_curves)
+        s += QStringLiteral("curve %1 [%2] color%3 thick%4 sym%5 conn%6 axis%7\n")
+                 .arg(c->m_colIndex)
+                 .arg(c->m_colLabel)
+                 .arg(c->m_color)
+                 .arg(c->m_lineThickness)
+                 .arg(c->m_symbol)
+                 .arg(c->m_connect)
+                 .arg(c->m_yAxisIndex);
+    return s.toStdString();
+}
+
+class Options2Dlg : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG))); }
+    void SetUp() override
+    {
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settings.path());
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settings.path());
+        m_old = SetUserPrompts(&m_prompts);
+        fill(m_graph);
+    }
+    void TearDown() override { SetUserPrompts(m_old); }
+
+    // X 1..100, U = X, V = 200 - 2X, on one axis.
+    static void fill(CGraphCurve &graph)
+    {
+        graph.m_data.Create(1, 3, 100, 0);
+        graph.m_data.GetColumn(0)->m_name = QStringLiteral("Time");
+        graph.m_data.GetColumn(1)->m_name = QStringLiteral("U");
+        graph.m_data.GetColumn(2)->m_name = QStringLiteral("V");
+        std::vector<double> rows;
+        for (int i = 1; i <= 100; ++i)
+            rows.insert(rows.end(), {double(i), double(i), 200.0 - 2 * i});
+        graph.m_data.AppendRows(rows.data(), nullptr, 0, 3, 0, 100);
+        bool changed;
+        graph.AddCurve(1, 0, false, changed);
+        graph.AddCurve(2, 0, false, changed);
+        graph.FitRanges();
+    }
+
+    QTemporaryDir m_settings;
+    RecordingPrompts m_prompts;
+    CUserPrompts *m_old = nullptr;
+    CGraphCurve m_graph;
+};
+
+} // namespace
+
+TEST(OptionsAxisFields, Checks)
+{
+    ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG)));
+    const struct
+    {
+        const char *name;
+        double min, max, tick;
+        bool log;
+        COptionsFault::Field field; // FieldNone: accepted
+    } cases[] = {
+        {"plain", 0, 10, 1, false, COptionsFault::FieldNone},
+        {"automatic tick", 0, 10, 0, false, COptionsFault::FieldNone},
+        {"min above max", 10, 0, 1, false, COptionsFault::FieldMin},
+        {"min equal to max", 5, 5, 1, false, COptionsFault::FieldMin},
+        {"negative tick", 0, 10, -1, false, COptionsFault::FieldTick},
+        {"more than 10000 ticks", 0, 1, 1e-5, false, COptionsFault::FieldTick},
+        {"log reaching 0", 0, 100, 1, true, COptionsFault::FieldMin},
+        {"log below 0", -1, 100, 1, true, COptionsFault::FieldMin},
+        {"log decades", 1e-3, 1e3, 1, true, COptionsFault::FieldNone},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        COptionsFault::Field field;
+        const QString text = CheckAxisFields(c.min, c.max, c.tick, c.log, field);
+        EXPECT_EQ(field, c.field);
+        EXPECT_EQ(text.isEmpty(), c.field == COptionsFault::FieldNone) << text.toStdString();
+    }
+}
+
+// Each kind of field, changed on its page and accepted, reaches the graph.
+TEST_F(Options2Dlg, AcceptedFieldsReachTheGraph)
+{
+    const struct
+    {
+        const char *name;
+        std::function<void(COptions2_Dlg &)> edit;
+        std::function<void(const CGraphCurve &)> check;
+    } cases[] = {
+        {"X range and tick",
+         [](COptions2_Dlg &d) {
+             d.Tabs()->setCurrentWidget(d.m_xPage);
+             d.m_xPage->m_fields->m_min->setText(QStringLiteral("10"));
+             d.m_xPage->m_fields->m_max->setText(QStringLiteral("20"));
+             d.m_xPage->m_fields->m_tick->setText(QStringLiteral("2.5"));
+             d.m_xPage->m_title->setText(QStringLiteral("Seconds"));
+         },
+         [](const CGraphCurve &g) {
+             EXPECT_EQ(g.m_xViewMin, 10);
+             EXPECT_EQ(g.m_xViewMax, 20);
+             EXPECT_EQ(g.m_xTick, 2.5);
+             EXPECT_EQ(g.m_xAxisName, QStringLiteral("Seconds"));
+         }},
+        {"X log and no labels",
+         [](COptions2_Dlg &d) {
+             d.Tabs()->setCurrentWidget(d.m_xPage);
+             d.m_xPage->m_fields->m_automatic->setChecked(true);
+             d.m_xPage->m_fields->m_log->setChecked(true);
+             d.m_xPage->m_fields->m_labels->setChecked(false);
+         },
+         [](const CGraphCurve &g) {
+             EXPECT_EQ(g.m_xLog, 1);
+             EXPECT_FALSE(g.m_xAxisFlags & CGraph_Range::AxisLabels);
+             // X 1..100 as the decades 10^0..10^2
+             EXPECT_EQ(g.m_xViewMin, 0);
+             EXPECT_EQ(g.m_xViewMax, 2);
+         }},
+        {"Y range by hand, dB and layout",
+         [](COptions2_Dlg &d) {
+             d.Tabs()->setCurrentWidget(d.m_yPage);
+             CYAxis_Multi_Child *child = d.m_yPage->m_children.at(0);
+             child->m_fields->m_automatic->setChecked(false);
+             child->m_fields->m_min->setText(QStringLiteral("-50"));
+             child->m_fields->m_max->setText(QStringLiteral("250"));
+             child->m_fields->m_tick->setText(QStringLiteral("50"));
+             child->m_layout->setCurrentIndex(2);
+             child->m_textColor->Edit()->setText(QStringLiteral("#0000FF"));
+         },
+         [](const CGraphCurve &g) {
+             const CGraph_Range *r = g.Range(0);
+             EXPECT_EQ(r->m_viewMin, -50);
+             EXPECT_EQ(r->m_viewMax, 250);
+             EXPECT_EQ(r->m_tick, 50);
+             EXPECT_EQ(r->m_layout, CGraph_Range::LayoutSlices);
+             EXPECT_EQ(r->m_textColor, 0xFF0000u); // 0x00BBGGRR
+         }},
+        {"screen colours and switches",
+         [](COptions2_Dlg &d) {
+             d.Tabs()->setCurrentWidget(d.m_screenPage);
+             d.m_screenPage->m_back->Edit()->setText(QStringLiteral("#112233"));
+             d.m_screenPage->m_fore->Edit()->setText(QStringLiteral("white"));
+             d.m_screenPage->m_noGrid->setChecked(true);
+             d.m_screenPage->m_hideLabels->setChecked(true);
+         },
+         [](const CGraphCurve &g) {
+             EXPECT_EQ(g.m_backColor, 0x332211u);
+             EXPECT_EQ(g.m_foreColor, 0xFFFFFFu);
+             EXPECT_EQ(g.m_gridOn, 0);
+             EXPECT_EQ(g.m_hideLabels, 1);
+         }},
+        {"curve label, line, symbol, connect and colour",
+         [](COptions2_Dlg &d) {
+             CCurve2List *list = d.m_curvePage->m_list;
+             list->item(1, CCurve2List::ColLabel)->setText(QStringLiteral("falling"));
+             list->LineBox(1)->setCurrentIndex(list->LineBox(1)->findData(-11));
+             list->SymbolBox(1)->setCurrentIndex(list->SymbolBox(1)->findData(3));
+             list->item(1, CCurve2List::ColConnect)->setCheckState(Qt::Unchecked);
+             list->ColorField(1)->Edit()->setText(QStringLiteral("#FF0000"));
+         },
+         [](const CGraphCurve &g) {
+             ASSERT_EQ(g.CurveCount(), 2);
+             const CCurveInfo *c = g.Curve(1);
+             EXPECT_EQ(c->m_colIndex, 2);
+             EXPECT_EQ(c->m_colLabel, QStringLiteral("falling"));
+             EXPECT_EQ(c->m_lineThickness, -11);
+             EXPECT_EQ(c->m_symbol, 3);
+             EXPECT_EQ(c->m_connect, 0);
+             EXPECT_EQ(c->m_color, 0x0000FFu);
+         }},
+        {"Y log ends typed as values",
+         [](COptions2_Dlg &d) {
+             d.Tabs()->setCurrentWidget(d.m_yPage);
+             auto *f = d.m_yPage->m_children.at(0)->m_fields;
+             f->m_automatic->setChecked(false);
+             f->m_log->setChecked(true);
+             f->m_min->setText(QStringLiteral("0.01"));
+             f->m_max->setText(QStringLiteral("1000"));
+             f->m_tick->setText(QStringLiteral("1"));
+         },
+         [](const CGraphCurve &g) {
+             EXPECT_EQ(g.Range(0)->m_logScale, 1);
+             EXPECT_DOUBLE_EQ(g.Range(0)->m_viewMin, -2);
+             EXPECT_DOUBLE_EQ(g.Range(0)->m_viewMax, 3);
+         }},
+        {"curve order",
+         [](COptions2_Dlg &d) {
+             d.m_curvePage->m_list->setCurrentCell(0, 0);
+             d.m_curvePage->MoveCurrent(1);
+         },
+         [](const CGraphCurve &g) {
+             ASSERT_EQ(g.CurveCount(), 2);
+             EXPECT_EQ(g.Curve(0)->m_colIndex, 2);
+             EXPECT_EQ(g.Curve(1)->m_colIndex, 1);
+         }},
+        {"deleting the last curves",
+         [](COptions2_Dlg &d) {
+             for (int i = 0; i < 2; ++i) {
+                 d.m_curvePage->m_list->setCurrentCell(0, 0);
+                 d.m_curvePage->DeleteCurrent();
+             }
+         },
+         [](const CGraphCurve &g) { EXPECT_EQ(g.CurveCount(), 0); }},
+        {"a new Y axis from a curve row copies the first range",
+         [](COptions2_Dlg &d) {
+             QComboBox *axis = d.m_curvePage->m_list->AxisBox(1);
+             const int newAxis = axis->findData(-1);
+             ASSERT_GE(newAxis, 0);
+             axis->setCurrentIndex(newAxis);
+             emit axis->activated(newAxis);
+             EXPECT_EQ(axis->currentData().toInt(), 1);
+             // The Y page shows the new axis.
+             d.Tabs()->setCurrentWidget(d.m_yPage);
+             EXPECT_EQ(d.m_yPage->m_children.size(), 2u);
+         },
+         [](const CGraphCurve &g) {
+             ASSERT_EQ(g.RangeCount(), 2);
+             EXPECT_EQ(g.Curve(1)->m_yAxisIndex, 1);
+             EXPECT_EQ(g.Range(1)->m_layout, g.Range(0)->m_layout);
+             EXPECT_EQ(g.Range(1)->m_logScale, g.Range(0)->m_logScale);
+             EXPECT_NE(g.Range(1)->m_axisSide, g.Range(0)->m_axisSide);
+         }},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        CGraphCurve graph;
+        fill(graph);
+        m_prompts.messages.clear();
+        COptions2_Dlg dialog(graph, COptionsFault::PageCurves);
+        c.edit(dialog);
+        dialog.accept();
+        EXPECT_EQ(dialog.result(), QDialog::Accepted);
+        EXPECT_TRUE(m_prompts.messages.isEmpty()) << m_prompts.messages.join(u'|').toStdString();
+        c.check(graph);
+    }
+}
+
+// A wrong field: the message, the dialog open on that page with the field
+// focused and selected, and the graph untouched.
+TEST_F(Options2Dlg, WrongFieldsKeepTheDialogOpenAndTheGraphAsItWas)
+{
+    const struct
+    {
+        const char *name;
+        COptionsFault::Page page;
+        std::function<QLineEdit *(COptions2_Dlg &)> edit; // the field made wrong
+        const char *typed;
+        int text; // the message's number
+    } cases[] = {
+        {"X min above max", COptionsFault::PageXAxis,
+         [](COptions2_Dlg &d) { return d.m_xPage->m_fields->m_min; }, "500", 43810},
+        {"X tick negative", COptionsFault::PageXAxis,
+         [](COptions2_Dlg &d) { return d.m_xPage->m_fields->m_tick; }, "-3", 43811},
+        {"X not a number", COptionsFault::PageXAxis,
+         [](COptions2_Dlg &d) { return d.m_xPage->m_fields->m_max; }, "ten", 43813},
+        {"Y log reaching 0", COptionsFault::PageYAxis,
+         [](COptions2_Dlg &d) {
+             auto *f = d.m_yPage->m_children.at(0)->m_fields;
+             f->m_automatic->setChecked(false);
+             f->m_log->setChecked(true);
+             return f->m_min;
+         },
+         "0", 43812},
+        {"screen colour typed wrong", COptionsFault::PageScreen,
+         [](COptions2_Dlg &d) { return d.m_screenPage->m_grid->Edit(); }, "#12345G", 43815},
+        {"curve colour typed wrong", COptionsFault::PageCurves,
+         [](COptions2_Dlg &d) { return d.m_curvePage->m_list->ColorField(0)->Edit(); }, "greenish", 43815},
+    };
+    const std::string before = fingerprint(m_graph);
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        m_prompts.messages.clear();
+        COptions2_Dlg dialog(m_graph, c.page);
+        dialog.show();
+        dialog.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+        QLineEdit *field = c.edit(dialog);
+        field->setText(QString::fromLatin1(c.typed));
+        dialog.accept();
+        EXPECT_NE(dialog.result(), QDialog::Accepted);
+        EXPECT_TRUE(dialog.isVisible());
+        ASSERT_EQ(m_prompts.messages.size(), 1);
+        const QString start = LanguageString(c.text).section(QStringLiteral("%1"), 0, 0);
+        EXPECT_TRUE(m_prompts.messages[0].startsWith(start)) << m_prompts.messages[0].toStdString();
+        EXPECT_EQ(dialog.Tabs()->currentWidget(), dialog.Page(c.page));
+        EXPECT_EQ(QApplication::focusWidget(), field);
+        EXPECT_EQ(field->selectedText(), QString::fromLatin1(c.typed));
+        EXPECT_EQ(fingerprint(m_graph), before);
+        dialog.reject();
+        EXPECT_EQ(fingerprint(m_graph), before);
+    }
+}
+
+TEST_F(Options2Dlg, CancelLeavesTheGraphAsItWas)
+{
+    const std::string before = fingerprint(m_graph);
+    COptions2_Dlg dialog(m_graph, COptionsFault::PageCurves);
+    dialog.m_curvePage->m_list->setCurrentCell(0, 0);
+    dialog.m_curvePage->DeleteCurrent();
+    dialog.Tabs()->setCurrentWidget(dialog.m_xPage);
+    dialog.m_xPage->m_fields->m_min->setText(QStringLiteral("3"));
+    dialog.Tabs()->setCurrentWidget(dialog.m_screenPage);
+    dialog.m_screenPage->m_back->Edit()->setText(QStringLiteral("black"));
+    dialog.reject();
+    EXPECT_EQ(fingerprint(m_graph), before);
+    EXPECT_EQ(m_graph.CurveCount(), 2);
+}
+
+TEST_F(Options2Dlg, OpeningAndAcceptingChangesNothing)
+{
+    m_graph.m_xAxisFlags |= CGraph_Range::AxisMinorGrid;
+    m_graph.Range(0)->m_gridPenStyle = 2;
+    // Ends that print rounded: a log X axis, a Y axis by hand.
+    m_graph.FitX(true);
+    m_graph.SetXRange(false, false, 0.1234567890123456, 1.987654321098765, 1, true, false);
+    m_graph.Range(0)->m_autoScale = 0;
+    m_graph.SetYRange(0, false, false, 1.0 / 3, 200.0 / 3, 10, true, false);
+    const std::string before = fingerprint(m_graph);
+    COptions2_Dlg dialog(m_graph, -1);
+    for (int i = 0; i < dialog.Tabs()->count(); ++i)
+        dialog.Tabs()->setCurrentIndex(i);
+    dialog.accept();
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    EXPECT_EQ(fingerprint(m_graph), before);
+    EXPECT_EQ(m_graph.Range(0)->m_gridPenStyle, 2);
+}
+
+TEST_F(Options2Dlg, ScopeAndSpectrumGraphsHideTheirControls)
+{
+    {
+        COptions2_Dlg dialog(m_graph, COptionsFault::PageXAxis);
+        dialog.show();
+        EXPECT_TRUE(dialog.m_xPage->m_fields->isVisible());
+        EXPECT_TRUE(dialog.m_xPage->m_fields->m_log->isVisible());
+        EXPECT_FALSE(dialog.m_xPage->m_scopeNote->isVisible());
+    }
+    m_graph.m_spectrumMode = 1;
+    {
+        COptions2_Dlg dialog(m_graph, COptionsFault::PageXAxis);
+        dialog.show();
+        EXPECT_TRUE(dialog.m_xPage->m_fields->isVisible());
+        EXPECT_FALSE(dialog.m_xPage->m_fields->m_log->isVisible());
+    }
+    m_graph.m_spectrumMode = 0;
+    CGraphCurve scope(2);
+    scope.m_data.Create(1, 2, 10, 0);
+    COptions2_Dlg dialog(scope, COptionsFault::PageXAxis);
+    dialog.show();
+    EXPECT_FALSE(dialog.m_xPage->m_fields->isVisible());
+    EXPECT_TRUE(dialog.m_xPage->m_scopeNote->isVisible());
+}
+
+TEST_F(Options2Dlg, RemembersItsLastPage)
+{
+    {
+        COptions2_Dlg dialog(m_graph, COptionsFault::PageScreen);
+        dialog.reject();
+    }
+    COptions2_Dlg again(m_graph, -1);
+    EXPECT_EQ(again.Tabs()->currentWidget(), again.m_screenPage);
+}

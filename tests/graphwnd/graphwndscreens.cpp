@@ -1,0 +1,147 @@
+// Pictures of the graph window for the README: a graph marked with an
+// arrow, a box and a text placed with the mouse tools, and a spectrum with
+// two EMI limits over it.  Run under a display (xvfb-run works) or on the
+// offscreen platform:
+//     graphwnd_screens OUTPUT_FOLDER
+// It writes graphwnd-objects.png and graphwnd-emi.png.
+
+#include "graphdata/draw/drawtools.h"
+#include "graphdata/emi/emilimits.h"
+#include "graphdata/spectrum/spectrumjob.h"
+#include "graphwnd/graphcursors.h"
+#include "graphwnd/graphwnd.h"
+#include "support/languagestring.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <cstdio>
+#include <numbers>
+
+namespace {
+
+// A step response: a damped oscillation settling at 1.
+CGraphData stepResponse()
+{
+    CGraphData data;
+    data.Create(1, 2, 0, 0);
+    for (int i = 0; i <= 600; ++i) {
+        const double t = i * 0.01;
+        const double row[2] = {t, 1 - std::exp(-0.9 * t) * std::cos(4 * t)};
+        data.AppendRows(row, nullptr, 0, 2, i, 1);
+    }
+    data.GetColumn(0)->m_name = QStringLiteral("t");
+    data.GetColumn(1)->m_name = QStringLiteral("response");
+    return data;
+}
+
+// A switching waveform with harmonics, sampled at 100 MHz.
+CGraphData switchingNode()
+{
+    CGraphData data;
+    data.Create(1, 2, 0, 0);
+    std::vector<double> rows;
+    const int n = 1 << 15;
+    for (int i = 0; i < n; ++i) {
+        const double t = i * 1e-8;
+        const double square = std::fmod(t * 400e3, 1.0) < 0.3 ? 1.0 : 0.0;
+        rows.insert(rows.end(), {t, 0.05 * square + 0.002 * std::sin(2 * std::numbers::pi * 7.3e6 * t)});
+    }
+    data.AppendRows(rows.data(), nullptr, 0, 2, 0, n);
+    data.GetColumn(0)->m_name = QStringLiteral("t");
+    data.GetColumn(1)->m_name = QStringLiteral("node");
+    return data;
+}
+
+QPoint at(CGraphWnd &wnd, double x, double y)
+{
+    double px, py;
+    ObjectPixel(wnd.ObjectFrame(0), x, y, px, py);
+    return QPoint(int(px), int(py));
+}
+
+void drag(CGraphWnd &wnd, QPoint from, QPoint to, Qt::KeyboardModifiers keys = Qt::NoModifier)
+{
+    QTest::mousePress(&wnd, Qt::LeftButton, keys, from);
+    QTest::mouseMove(&wnd, (from + to) / 2);
+    QTest::mouseMove(&wnd, to);
+    QTest::mouseRelease(&wnd, Qt::LeftButton, keys, to);
+}
+
+bool save(QWidget &w, const QString &path)
+{
+    const bool ok = w.grab().save(path);
+    std::printf("%s %s\n", ok ? "wrote" : "could not write", qPrintable(path));
+    return ok;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: graphwnd_screens OUTPUT_FOLDER\n");
+        return 2;
+    }
+    const QDir out(QString::fromLocal8Bit(argv[1]));
+    if (!LoadLanguageFile(QStringLiteral(TARN_SOURCE_DIR "/lang/en.lang")))
+        return 1;
+    LoadGraphCursors();
+    QTemporaryDir settings;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
+    bool ok = true;
+
+    {
+        CGraphWnd wnd;
+        wnd.resize(860, 520);
+        wnd.SetGraphDataCopy(stepResponse());
+        wnd.GetGraphData()->m_backColor = 0xFFFFFF;
+        wnd.GetGraphData()->m_title = QStringLiteral("Step response");
+        wnd.show();
+        if (!QTest::qWaitForWindowExposed(&wnd))
+            std::fprintf(stderr, "the window did not show\n");
+        wnd.grab();
+        // the overshoot boxed, an arrow to it from a text
+        wnd.OnCommand(CmdToolRect);
+        drag(wnd, at(wnd, 0.45, 1.42), at(wnd, 1.15, 1.15));
+        wnd.OnCommand(CmdToolLine);
+        drag(wnd, at(wnd, 2.2, 1.5), at(wnd, 1.2, 1.35));
+        wnd.m_askObjectText = [](CGraphWnd &, QPoint) { return QStringLiteral("overshoot 29 %"); };
+        wnd.OnCommand(CmdToolText);
+        QTest::mouseClick(&wnd, Qt::LeftButton, Qt::NoModifier, at(wnd, 2.25, 1.5));
+        // the settling span, marked over the whole height
+        wnd.m_newPen.color = 0x008000;
+        wnd.OnCommand(CmdToolRect);
+        drag(wnd, at(wnd, 3.4, 0.5), at(wnd, 5.9, 0.6), Qt::ShiftModifier);
+        wnd.m_askObjectText = [](CGraphWnd &, QPoint) { return QStringLiteral("within 2 %"); };
+        wnd.m_newPen.color = 0x008000;
+        wnd.OnCommand(CmdToolText);
+        QTest::mouseClick(&wnd, Qt::LeftButton, Qt::NoModifier, at(wnd, 3.5, 0.35));
+        wnd.OnCommand(CmdToolSelect);
+        wnd.grab();
+        ok = save(wnd, out.filePath(QStringLiteral("graphwnd-objects.png"))) && ok;
+    }
+    {
+        CGraphWnd wnd;
+        wnd.resize(860, 520);
+        wnd.SetGraphDataCopy(switchingNode());
+        CGraphCurve &g = *wnd.GetGraphData();
+        g.m_backColor = 0xFFFFFF;
+        g.m_xLog = 1;
+        SetSpectrumMode(g, true);
+        wnd.ShowEmiLimit(0, true); // FCC Class A
+        wnd.ShowEmiLimit(1, true); // FCC Class B
+        g.Curve(g.CurveCount() - 1)->m_color = 0x0000C0;
+        wnd.show();
+        if (!QTest::qWaitForWindowExposed(&wnd))
+            std::fprintf(stderr, "the window did not show\n");
+        wnd.grab();
+        ok = save(wnd, out.filePath(QStringLiteral("graphwnd-emi.png"))) && ok;
+    }
+    return ok ? 0 : 1;
+}
