@@ -107,6 +107,9 @@ void CRpnErrorFields::ResetError()
     errorCol = -1;
     errorToken.clear();
     errorText.clear();
+    silentName.clear();
+    silentRow = -1;
+    silentCol = -1;
 }
 
 void ReportRpnError(CRpnErrorFields *tree, unsigned char &status, const QString &message,

@@ -94,11 +94,27 @@ public:
     int GetErrorRow() const { return errorRow; }
     int GetErrorCol() const { return errorCol; }
 
+    // A step that failed without a message (a function given too little,
+    // say): the first such node's name and place, kept only while no error
+    // is stored, so that a host can still tell the user where the run
+    // stopped.  ResetError forgets it too.
+    void NoteSilentFailure(const QString &name, int row, int col)
+    {
+        if (errorText.isEmpty() && silentName.isEmpty()) {
+            silentName = name;
+            silentRow = row;
+            silentCol = col;
+        }
+    }
+
     std::int32_t errorRow = -1;
     std::int32_t errorCol = -1;
     QString errorToken;
     QString errorText;
     std::int32_t throwOnError = 0;
+    QString silentName;
+    std::int32_t silentRow = -1;
+    std::int32_t silentCol = -1;
 };
 
 // The reporter for code that may run without a tree: with `tree` null only

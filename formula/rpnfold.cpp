@@ -454,6 +454,19 @@ bool CRpnParser::useVariable(CRpnNode *node)
     return true;
 }
 
+// A word that a call taking bare words reads by its name: a variable, or
+// `variable = variable`.
+static bool isBareWord(CRpnNode *operand)
+{
+    if (operand->IsVariable())
+        return true;
+    if (!operand->IsPlainAssignment())
+        return false;
+    CRpnNode *left = operand->GetOperand(0);
+    CRpnNode *right = operand->GetOperand(1);
+    return left && right && left->IsVariable() && right->IsVariable();
+}
+
 namespace {
 
 // Whether operand i of a call is a name rather than a value when it is a
@@ -520,8 +533,12 @@ bool CRpnParser::checkStructure(CRpnNode *node)
         return checkStructure(left);
     }
     const int places = GetOperandPlaces(node);
+    const bool bareWords = node->TakesBareWords();
     for (int i = 0; i < places; ++i) {
-        if (!operandIsName(node, i) && !checkStructure(node->GetOperand(i)))
+        CRpnNode *operand = node->GetOperand(i);
+        if (operandIsName(node, i) || (bareWords && operand && isBareWord(operand)))
+            continue;
+        if (!checkStructure(operand))
             return false;
     }
     return true;

@@ -161,6 +161,12 @@ void CRpnNode::ReportError(unsigned char &status, int id, std::initializer_list<
         status = 0;
 }
 
+void CRpnNode::NoteFailure(CRpnNode *failed)
+{
+    if (m_tree && failed && !m_tree->HasError())
+        m_tree->NoteSilentFailure(failed->GetName(), failed->m_row, failed->m_col);
+}
+
 void CRpnNode::ReportTooDeep(unsigned char &status)
 {
     ReportError(status, kMsgTooDeep, {});

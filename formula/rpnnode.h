@@ -199,6 +199,10 @@ public:
     // Adds each variable assigned in this subtree with its value to
     // `dictionary` unless it is there already; returns the count added.
     virtual int CollectDefaults(CMapStringToRpnData &dictionary);
+    // A call that reads its bare-word arguments by name: an argument that is
+    // a variable, or `name = variable`, may name a variable that holds no
+    // value (`MessageBox("?", BUTTON = YESNO)`), and is no compile error.
+    virtual bool TakesBareWords() const { return false; }
 
     // --- source ---------------------------------------------------------------------
     // Appends the node's source, its subtree included, to `out`; compiled
@@ -275,6 +279,7 @@ public:
         }
         operand->Evaluate(value, status);
         if (status == 0) {
+            NoteFailure(operand);
             result.SetNull();
             return false;
         }
@@ -284,6 +289,8 @@ public:
         }
         return true;
     }
+    // Keeps `failed` as the place where the run stopped when it gave no message.
+    void NoteFailure(CRpnNode *failed);
     // Whether the thread's stack has room to go one level deeper.  When not,
     // the nesting is reported at this node (status 0) and false is returned.
     bool HasStackRoom(unsigned char &status)

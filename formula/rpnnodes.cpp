@@ -316,6 +316,7 @@ void CRpnNodeList::Evaluate(CRpnData &result, unsigned char &status)
                 continue;
             child->Evaluate(values[i], status);
             if (status == 0) {
+                NoteFailure(child);
                 CRpnData array;
                 array.SetArray(n);
                 CRpnData *items = array.GetItems();
@@ -347,6 +348,7 @@ void CRpnNodeList::Evaluate(CRpnData &result, unsigned char &status)
         CRpnData value;
         child->Evaluate(value, status);
         if (status == 0) {
+            NoteFailure(child);
             result = array;
             return;
         }
@@ -365,6 +367,8 @@ void CRpnNodeList::Execute(CRpnData &value, unsigned char &status)
         if (!child)
             continue;
         child->Execute(value, status);
+        if (status == 0)
+            NoteFailure(child);
         if (status == 0 || status == 10 || IsStopping())
             return;
     }

@@ -754,6 +754,20 @@ void CNodeAssignment::Store(CRpnNode *node, CRpnNode *target, const CRpnData &va
     result = value;
 }
 
+// The log of variables after a store: the variable at the base of the left
+// side with its whole new value.
+static void logStored(CEquationTree *tree, CRpnNode *target)
+{
+    while (target && target->IsArrayIndex())
+        target = static_cast<CNodeDoubleOperand *>(target)->m_left;
+    CNodeVariable *variable = target ? target->AsVariable() : nullptr;
+    if (!variable)
+        return;
+    CRpnData value;
+    variable->GetValue(value);
+    tree->LogVariable(variable->m_name, value);
+}
+
 void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
 {
     if (!m_left || !m_right) {
@@ -772,6 +786,8 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
             slot->SetDouble(x);
             variable->m_value.SetDouble(x);
             result.SetDouble(x);
+            if (m_tree)
+                m_tree->LogVariable(variable->m_name, result);
             return;
         }
         // No place yet, or no plain double: the ordinary path (which makes the place).
@@ -790,6 +806,8 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
                 variable->m_value.SetNull();
             if (slot->AppendText(value.GetTextValue())) {
                 result = *slot;
+                if (m_tree)
+                    m_tree->LogVariable(variable->m_name, result);
                 return;
             }
         }
@@ -819,6 +837,8 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         value = std::move(copy);
     }
     Store(this, m_left, value, result, status);
+    if (m_tree && status != 0 && m_tree->Environment().IsLogging())
+        logStored(m_tree, m_left);
 }
 
 void CNodeAssignment::Combine(CRpnData &result, const CRpnData &, const CRpnData &value, unsigned char &)
@@ -997,33 +1017,34 @@ void CNodeArrayIndex::Apply(CRpnData &result, const CRpnData &a, const CRpnData 
 
 // --- inspection ---------------------------------------------------------------------------------------------
 
-namespace {
-// The operand's value, formulas included, given to Apply.
-void applyToOperand(CNodeSingleOperand *node, CRpnNode *operand, CRpnData &result, unsigned char &status)
-{
-    CRpnData value;
-    if (operand && !node->EvaluateOrPass(operand, value, result, status))
-        return;
-    node->Apply(result, value, CRpnData(0), status);
-}
-} // namespace
-
+// Both look at the operand as it is: a formula is not made into a further
+// formula, and an array is not taken cell by cell.
 void CNodeIsNull::Evaluate(CRpnData &result, unsigned char &status)
 {
-    applyToOperand(this, m_operand, result, status);
-}
-
-void CNodeTypeName::Evaluate(CRpnData &result, unsigned char &status)
-{
-    applyToOperand(this, m_operand, result, status);
+    CRpnData value;
+    if (m_operand && !EvaluateOrPass(m_operand, value, result, status)) {
+        if (status == 0)
+            result.SetInt(1); // a failed operand counts as empty
+        return;
+    }
+    Apply(result, value, CRpnData(0), status);
 }
 
 void CNodeIsNull::Apply(CRpnData &result, const CRpnData &a, const CRpnData &, unsigned char &)
 {
-    result.SetInt(a.IsNull() ? 1 : 0);
+    const bool empty = a.IsNull() || (a.IsXml() && CXmlElement::IsNull(a.GetXml()));
+    result.SetInt(empty ? 1 : 0);
+}
+
+void CNodeTypeName::Evaluate(CRpnData &result, unsigned char &status)
+{
+    CRpnData value;
+    if (m_operand && !EvaluateOrPass(m_operand, value, result, status))
+        return;
+    Apply(result, value, CRpnData(0), status);
 }
 
 void CNodeTypeName::Apply(CRpnData &result, const CRpnData &a, const CRpnData &, unsigned char &)
 {
-    result.SetText(CRpnData::TypeName(a.GetKind()));
+    result.SetText(CRpnData::KindName(a.GetKind()));
 }

@@ -522,7 +522,8 @@ public:
 
 // --- inspection -----------------------------------------------------------------------------
 
-// IsEmpty(x), IsNull(x): INT 1 for the null value, else 0.
+// IsEmpty(x), IsNull(x): INT 1 for the null value or the shared empty XML
+// element, else 0.  A failed operand gives 1 with the status left failed.
 class CNodeIsNull : public CNodeSingleOperand
 {
 public:
@@ -535,7 +536,8 @@ public:
     void Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status) override;
 };
 
-// TypeName(x): the name of the value's kind.
+// TypeName(x): the name of the value's kind as the language writes it
+// ("REAL", "ARRAY_R", ...; "" for the empty value); null when x fails.
 class CNodeTypeName : public CNodeSingleOperand
 {
 public:

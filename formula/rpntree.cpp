@@ -229,12 +229,15 @@ int CEquationTree::Run(void *runData1, void *runData2, void *resultData, unsigne
     m_runState = 0;
     m_stop.store(0, std::memory_order_relaxed);
     ResetRun();
+    silentName.clear();
     unsigned char st = 1;
     if (!PrepareRun(a, b)) {
         st = 0;
     } else if (m_root) {
         CRpnData value;
         m_root->Evaluate(value, st);
+        if (st == 0 && !HasError())
+            NoteSilentFailure(m_root->GetName(), m_root->m_row, m_root->m_col);
     }
     if (st == 10)
         st = 1;
@@ -248,6 +251,7 @@ int CEquationTree::Run(CRpnData &value)
     m_runState = 0;
     m_stop.store(0, std::memory_order_relaxed);
     ResetRun();
+    silentName.clear();
     unsigned char st = 1;
     value.SetNull();
     if (!PrepareRun(0, 0)) {
@@ -258,6 +262,8 @@ int CEquationTree::Run(CRpnData &value)
         if (root->IsList() && !root->IsMultiOperand() && root->GetOperandCount() == 1 && root->GetOperand(0))
             root = root->GetOperand(0);
         root->Evaluate(value, st);
+        if (st == 0 && !HasError())
+            NoteSilentFailure(root->GetName(), root->m_row, root->m_col);
     }
     if (st == 10)
         st = 1;
@@ -454,6 +460,7 @@ void CEquationTree::CopySettingsFrom(const CEquationTree &other)
     m_samplingCount = other.m_samplingCount;
     m_variables = other.m_variables;
     m_locals = other.m_locals;
+    ShareEnvironment(other);
 }
 
 // --- sampling and the list of failed functions ---------------------------------------------------

@@ -16,6 +16,7 @@
 
 #include "formula/rpndata.h"
 #include "formula/rpndictionary.h"
+#include "formula/rpnenvironment.h"
 #include "formula/rpnexception.h"
 #include "formula/rpnkeywords.h"
 #include "formula/rpnscanner.h"
@@ -198,6 +199,22 @@ public:
     // main dictionary (formulas see the variables of the tree that made them).
     void CopySettingsFrom(const CEquationTree &other);
 
+    // What the script reaches outside itself: output, message boxes, the
+    // log, jobs.  Shared with the trees that CopySettingsFrom or
+    // ShareEnvironment fill from this one.
+    CRpnEnvironment &Environment() const { return *m_environment; }
+    void ShareEnvironment(const CEquationTree &other)
+    {
+        m_environment = other.m_environment;
+        m_defaultPrecision = other.m_defaultPrecision;
+    }
+    // Logs a stored variable when the environment logs (after each assignment).
+    void LogVariable(const QString &name, const CRpnData &value)
+    {
+        if (m_environment->IsLogging())
+            m_environment->LogVariable(this, name, value, m_defaultPrecision);
+    }
+
     // The frame of the user function that runs now (null outside calls).
     CRpnCallFrame *GetCallFrame() const { return m_callFrame; }
 
@@ -250,7 +267,7 @@ public:
     std::int32_t m_freeVariables = 0;  // names used before an assignment are no compile error
     std::vector<std::unique_ptr<CEquationExtraData>> m_extras;
     QString m_mainVariablesName = QStringLiteral("MainVariables");
-    std::int32_t m_defaultPrecision = 16;
+    std::int32_t m_defaultPrecision = 16; // digits of printed and logged values, 1 to 31
     std::int32_t m_caseSensitiveNames = 1;
     std::int32_t m_listMode = 1;       // implicit commas while parsing
     std::int32_t m_compileMode = 0;    // the host's; the engine only keeps it
@@ -296,6 +313,7 @@ private:
     const double *m_samplingX = nullptr; // not owned
     int m_samplingCount = 0;
     QStringList m_errorList;
+    std::shared_ptr<CRpnEnvironment> m_environment = std::make_shared<CRpnEnvironment>();
 };
 
 // The validity byte of one series row: 0 when the status is not good (10

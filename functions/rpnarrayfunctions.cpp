@@ -17,15 +17,20 @@ namespace {
 constexpr int kEmptyRangeCells = 100;
 constexpr int kMsgLimitsNotFinite = 43312;
 
-// Sets `result` to `cells` null cells, or reports why it cannot.
-bool makeArray(CRpnNode *node, CRpnData &result, unsigned char &status, double cells)
+// Sets `result` to `cells` null cells (or, with `reals`, a Real array of
+// `cells` zeros), or reports why it cannot.
+bool makeCells(CRpnNode *node, CRpnData &result, unsigned char &status, double cells, bool reals)
 {
-    if (!CheckArrayCells(node, status, cells, false)) {
+    if (!CheckArrayCells(node, status, cells, reals)) {
         result.SetNull();
         return false;
     }
+    const int n = cells > 0 ? int(cells) : 0;
     try {
-        result.SetArray(cells > 0 ? int(cells) : 0);
+        if (reals)
+            result.SetRealArray(n);
+        else
+            result.SetArray(n);
     } catch (const std::bad_alloc &) {
         result.SetNull();
         ReportOutOfMemory(node, status, cells);
@@ -34,20 +39,14 @@ bool makeArray(CRpnNode *node, CRpnData &result, unsigned char &status, double c
     return true;
 }
 
+bool makeArray(CRpnNode *node, CRpnData &result, unsigned char &status, double cells)
+{
+    return makeCells(node, result, status, cells, false);
+}
+
 bool makeRealArray(CRpnNode *node, CRpnData &result, unsigned char &status, double cells)
 {
-    if (!CheckArrayCells(node, status, cells, true)) {
-        result.SetNull();
-        return false;
-    }
-    try {
-        result.SetRealArray(cells > 0 ? int(cells) : 0);
-    } catch (const std::bad_alloc &) {
-        result.SetNull();
-        ReportOutOfMemory(node, status, cells);
-        return false;
-    }
-    return true;
+    return makeCells(node, result, status, cells, true);
 }
 
 // Steps that fit between the ends of a range: NaN (0 / 0) counts as none.

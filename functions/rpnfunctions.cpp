@@ -6,6 +6,7 @@
 #include "functions/rpncomplexfunctions.h"
 #include "functions/rpnconversions.h"
 #include "functions/rpndictionaryfunctions.h"
+#include "functions/rpnenvironmentfunctions.h"
 #include "functions/rpnlistfunctions.h"
 #include "functions/rpnmatrixfunctions.h"
 #include "functions/rpnrealfunctions.h"
@@ -35,6 +36,7 @@ void RegisterFunctionLibrary()
         AddPrototypeProvider(ProvideConversionFunctions);
         AddPrototypeProvider(ProvideTableFunctions);
         AddPrototypeProvider(ProvideVersionFunctions);
+        AddPrototypeProvider(ProvideEnvironmentFunctions);
         AddPrototypeProvider(ProvideMatrixFunctions);
         AddPrototypeProvider(ProvideXmlFunctions);
     });

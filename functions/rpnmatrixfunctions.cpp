@@ -532,13 +532,32 @@ int CNodeCH::DoFunction(CRpnData &result, QString &errorText)
     return Calculate(n, complex, re, im, result) == 0 ? 1 : 0;
 }
 
+namespace {
+
+// Eigenvalues (eRe, eIm) and the eigenvector matrix (vRe, vIm) of an n by n
+// matrix, through the complex routine as both eigen functions use it.
+struct EigenParts
+{
+    std::vector<double> eRe, eIm, vRe, vIm;
+    int Run(int n, const std::vector<double> &re, const std::vector<double> &im)
+    {
+        eRe.assign(std::size_t(n), 0.0);
+        eIm.assign(std::size_t(n), 0.0);
+        vRe.assign(re.size(), 0.0);
+        vIm.assign(re.size(), 0.0);
+        return get_ceigen(n, re.data(), im.data(), eRe.data(), eIm.data(), vRe.data(), vIm.data());
+    }
+};
+
+} // namespace
+
 int CNodeCH_eigen::Calculate(int n, bool, const std::vector<double> &re, const std::vector<double> &im,
                              CRpnData &result)
 {
-    std::vector<double> eRe(static_cast<std::size_t>(n)), eIm(static_cast<std::size_t>(n)), vRe(re.size()), vIm(re.size());
-    const int status = get_ceigen(n, re.data(), im.data(), eRe.data(), eIm.data(), vRe.data(), vIm.data());
-    if (status != 0)
+    EigenParts parts;
+    if (const int status = parts.Run(n, re, im); status != 0)
         return status;
+    const std::vector<double> &eRe = parts.eRe, &eIm = parts.eIm;
     result.SetArray(n);
     for (int i = 0; i < n; ++i) {
         CRpnData z;
@@ -551,10 +570,10 @@ int CNodeCH_eigen::Calculate(int n, bool, const std::vector<double> &re, const s
 int CNodeCH_eigenVector::Calculate(int n, bool, const std::vector<double> &re, const std::vector<double> &im,
                                    CRpnData &result)
 {
-    std::vector<double> eRe(static_cast<std::size_t>(n)), eIm(static_cast<std::size_t>(n)), vRe(re.size()), vIm(re.size());
-    const int status = get_ceigen(n, re.data(), im.data(), eRe.data(), eIm.data(), vRe.data(), vIm.data());
-    if (status != 0)
+    EigenParts parts;
+    if (const int status = parts.Run(n, re, im); status != 0)
         return status;
+    const std::vector<double> &vRe = parts.vRe, &vIm = parts.vIm;
     result.SetArray(n);
     for (int r = 0; r < n; ++r) {
         CRpnData row;

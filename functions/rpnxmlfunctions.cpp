@@ -66,24 +66,48 @@ bool readNameOrValue(CNodeScriptFunction *node, CRpnNode *child, CRpnData &value
     return status != 0;
 }
 
-// Parameter i as an element; false with the message when it is none.
-bool elementAt(CNodeScriptFunction *node, CRpnNode *child, CXmlElement *&element, CRpnData &holder,
-               QString &errorText, bool &failedQuietly)
+// The element that parameter 1 names, once the call has at least `needed`
+// parameters (else the message `countMessage`).  Null when the call ends:
+// with the message, or without one when the parameter failed.  `holder`
+// keeps the element alive for the call.
+CXmlElement *targetOf(CNodeScriptFunction *node, int needed, int countMessage, CRpnData &holder,
+                      QString &errorText)
 {
-    failedQuietly = false;
-    unsigned char status = 1;
-    if (child)
-        child->Evaluate(holder, status);
-    if (status == 0) {
-        failedQuietly = true;
-        return false;
+    if (node->GetOperandCount() < needed) {
+        failWith(errorText, countMessage, node->GetName());
+        return nullptr;
     }
+    unsigned char status = 1;
+    if (CRpnNode *child = node->m_children[0])
+        child->Evaluate(holder, status);
+    if (status == 0)
+        return nullptr;
     if (!holder.IsXml() || CXmlElement::IsNull(holder.GetXml())) {
         errorText = RpnMessage(kMsgNotXml, {node->GetName()});
-        return false;
+        return nullptr;
     }
-    element = holder.GetXml();
+    return holder.GetXml();
+}
+
+// Calls onPair(name, text) for each pair of a name=value parameter (names
+// keep their case, values become text of 16 digits); false when a value
+// failed.
+template <class OnPair>
+bool forEachNamedPair(CRpnNode *child, const OnPair &onPair)
+{
+    CMapStringToRpnData map;
+    unsigned char status = 1;
+    ReadNamedParam(child, map, status, false);
+    if (status == 0)
+        return false;
+    for (int k = 0; k < map.GetCount(); ++k)
+        onPair(map.GetSpelling(map.GetKeyAt(k)), text16(map.GetValueAt(k)));
     return true;
+}
+
+void setAttributesOf(CXmlElement *element, CRpnNode *child, bool &ok)
+{
+    ok = forEachNamedPair(child, [&](const QString &name, const QString &text) { element->SetAttribute(name, text); });
 }
 
 // Attributes and data from the item parameters of XML_New and XML_AddNew.
@@ -94,16 +118,14 @@ bool applyItems(CRpnNodeList *node, int from, CXmlElement *element)
         CRpnNode *child = node->m_children[std::size_t(i)];
         if (!child)
             continue;
-        unsigned char status = 1;
         if (child->IsPlainAssignment()) {
-            CMapStringToRpnData map;
-            ReadNamedParam(child, map, status, false);
-            if (status == 0)
+            bool ok = true;
+            setAttributesOf(element, child, ok);
+            if (!ok)
                 return false;
-            for (int k = 0; k < map.GetCount(); ++k)
-                element->SetAttribute(map.GetSpelling(map.GetKeyAt(k)), text16(map.GetValueAt(k)));
             continue;
         }
+        unsigned char status = 1;
         CRpnData value;
         child->Evaluate(value, status);
         if (status == 0)
@@ -131,16 +153,14 @@ bool readQuery(CRpnNodeList *node, ChildQuery &query)
         CRpnNode *child = node->m_children[std::size_t(i)];
         if (!child)
             continue;
-        unsigned char status = 1;
         if (child->IsPlainAssignment()) {
-            CMapStringToRpnData map;
-            ReadNamedParam(child, map, status, false);
-            if (status == 0)
+            if (!forEachNamedPair(child, [&](const QString &name, const QString &text) {
+                    query.tests.emplace_back(name, text);
+                }))
                 return false;
-            for (int k = 0; k < map.GetCount(); ++k)
-                query.tests.emplace_back(map.GetSpelling(map.GetKeyAt(k)), text16(map.GetValueAt(k)));
             continue;
         }
+        unsigned char status = 1;
         CRpnData value;
         child->Evaluate(value, status);
         if (status == 0)
@@ -252,12 +272,9 @@ int CNodeXML_SetAttribute::DoFunction(CRpnData &result, QString &errorText)
 {
     const QString name = GetName();
     const int count = GetOperandCount();
-    if (count < 2)
-        return failWith(errorText, kMsgSetCount, name);
     CRpnData holder;
-    CXmlElement *element = nullptr;
-    bool quiet = false;
-    if (!elementAt(this, m_children[0], element, holder, errorText, quiet))
+    CXmlElement *element = targetOf(this, 2, kMsgSetCount, holder, errorText);
+    if (!element)
         return 0;
     if (count == 3 && m_children[1] && !m_children[1]->IsPlainAssignment()) {
         CRpnData key;
@@ -275,13 +292,10 @@ int CNodeXML_SetAttribute::DoFunction(CRpnData &result, QString &errorText)
             return failWith(errorText, kMsgSetName, name);
     }
     for (int i = 1; i < count; ++i) {
-        CMapStringToRpnData map;
-        unsigned char status = 1;
-        ReadNamedParam(m_children[std::size_t(i)], map, status, false);
-        if (status == 0)
+        bool ok = true;
+        setAttributesOf(element, m_children[std::size_t(i)], ok);
+        if (!ok)
             return 0;
-        for (int k = 0; k < map.GetCount(); ++k)
-            element->SetAttribute(map.GetSpelling(map.GetKeyAt(k)), text16(map.GetValueAt(k)));
     }
     result.SetNull();
     return 1;
@@ -292,12 +306,9 @@ namespace {
 int attributeCall(CNodeScriptFunction *node, bool remove, CRpnData &result, QString &errorText)
 {
     const QString name = node->GetName();
-    if (node->GetOperandCount() < 2)
-        return failWith(errorText, kMsgGetCount, name);
     CRpnData holder;
-    CXmlElement *element = nullptr;
-    bool quiet = false;
-    if (!elementAt(node, node->m_children[0], element, holder, errorText, quiet))
+    CXmlElement *element = targetOf(node, 2, kMsgGetCount, holder, errorText);
+    if (!element)
         return 0;
     CRpnData key;
     unsigned char status = 1;
@@ -327,12 +338,9 @@ int CNodeXML_DelAttribute::DoFunction(CRpnData &result, QString &errorText)
 
 int CNodeXML_GetAllAttributes::DoFunction(CRpnData &result, QString &errorText)
 {
-    if (GetOperandCount() < 1)
-        return failWith(errorText, kMsgObjectOnly, GetName());
     CRpnData holder;
-    CXmlElement *element = nullptr;
-    bool quiet = false;
-    if (!elementAt(this, m_children[0], element, holder, errorText, quiet))
+    CXmlElement *element = targetOf(this, 1, kMsgObjectOnly, holder, errorText);
+    if (!element)
         return 0;
     result.SetDictionary();
     for (int i = 0; i < element->GetAttributeCount(); ++i) {
@@ -348,12 +356,9 @@ int CNodeXML_AddChild::DoFunction(CRpnData &result, QString &errorText)
 {
     const QString name = GetName();
     const int count = GetOperandCount();
-    if (count < 2)
-        return failWith(errorText, kMsgAddChildCount, name);
     CRpnData holder;
-    CXmlElement *element = nullptr;
-    bool quiet = false;
-    if (!elementAt(this, m_children[0], element, holder, errorText, quiet))
+    CXmlElement *element = targetOf(this, 2, kMsgAddChildCount, holder, errorText);
+    if (!element)
         return 0;
     auto stop = [&] {
         errorText = RpnMessage(kMsgAddChildKind, {name});
@@ -382,12 +387,9 @@ int CNodeXML_AddChild::DoFunction(CRpnData &result, QString &errorText)
 
 int CNodeXML_FindChild::DoFunction(CRpnData &result, QString &errorText)
 {
-    if (GetOperandCount() < 1)
-        return failWith(errorText, kMsgFindCount, GetName());
     CRpnData holder;
-    CXmlElement *element = nullptr;
-    bool quiet = false;
-    if (!elementAt(this, m_children[0], element, holder, errorText, quiet))
+    CXmlElement *element = targetOf(this, 1, kMsgFindCount, holder, errorText);
+    if (!element)
         return 0;
     ChildQuery query;
     if (!readQuery(this, query))
@@ -402,12 +404,9 @@ int CNodeXML_FindChild::DoFunction(CRpnData &result, QString &errorText)
 
 int CNodeXML_DelChild::DoFunction(CRpnData &result, QString &errorText)
 {
-    if (GetOperandCount() < 1)
-        return failWith(errorText, kMsgDelCount, GetName());
     CRpnData holder;
-    CXmlElement *element = nullptr;
-    bool quiet = false;
-    if (!elementAt(this, m_children[0], element, holder, errorText, quiet))
+    CXmlElement *element = targetOf(this, 1, kMsgDelCount, holder, errorText);
+    if (!element)
         return 0;
     ChildQuery query;
     if (!readQuery(this, query))
@@ -419,12 +418,9 @@ int CNodeXML_DelChild::DoFunction(CRpnData &result, QString &errorText)
 
 int CNodeXML_GetAllChildren::DoFunction(CRpnData &result, QString &errorText)
 {
-    if (GetOperandCount() < 1)
-        return failWith(errorText, kMsgObjectOnly, GetName());
     CRpnData holder;
-    CXmlElement *element = nullptr;
-    bool quiet = false;
-    if (!elementAt(this, m_children[0], element, holder, errorText, quiet))
+    CXmlElement *element = targetOf(this, 1, kMsgObjectOnly, holder, errorText);
+    if (!element)
         return 0;
     QString tag;
     if (GetOperandCount() > 1) {
@@ -450,12 +446,9 @@ int CNodeXML_GetAllChildren::DoFunction(CRpnData &result, QString &errorText)
 
 int CNodeXML_GetName::DoFunction(CRpnData &result, QString &errorText)
 {
-    if (GetOperandCount() < 1)
-        return failWith(errorText, kMsgObjectOnly, GetName());
     CRpnData holder;
-    CXmlElement *element = nullptr;
-    bool quiet = false;
-    if (!elementAt(this, m_children[0], element, holder, errorText, quiet))
+    CXmlElement *element = targetOf(this, 1, kMsgObjectOnly, holder, errorText);
+    if (!element)
         return 0;
     result.SetText(element->GetName());
     return 1;
@@ -463,12 +456,9 @@ int CNodeXML_GetName::DoFunction(CRpnData &result, QString &errorText)
 
 int CNodeXML_GetData::DoFunction(CRpnData &result, QString &errorText)
 {
-    if (GetOperandCount() < 1)
-        return failWith(errorText, kMsgObjectOnly, GetName());
     CRpnData holder;
-    CXmlElement *element = nullptr;
-    bool quiet = false;
-    if (!elementAt(this, m_children[0], element, holder, errorText, quiet))
+    CXmlElement *element = targetOf(this, 1, kMsgObjectOnly, holder, errorText);
+    if (!element)
         return 0;
     result.SetText(element->GetData());
     return 1;
@@ -476,12 +466,9 @@ int CNodeXML_GetData::DoFunction(CRpnData &result, QString &errorText)
 
 int CNodeXML_SetData::DoFunction(CRpnData &result, QString &errorText)
 {
-    if (GetOperandCount() < 2)
-        return failWith(errorText, kMsgSetDataCount, GetName());
     CRpnData holder;
-    CXmlElement *element = nullptr;
-    bool quiet = false;
-    if (!elementAt(this, m_children[0], element, holder, errorText, quiet))
+    CXmlElement *element = targetOf(this, 2, kMsgSetDataCount, holder, errorText);
+    if (!element)
         return 0;
     CRpnData data;
     if (!EvaluateOperand(1, data))

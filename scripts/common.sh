@@ -6,7 +6,8 @@ TARN_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # Packages every build needs.
 TARN_BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev libgl-dev
                      libgtest-dev libgmock-dev libmatio-dev libeigen3-dev
-                     fonts-dejavu-core libtesseract-dev libleptonica-dev tesseract-ocr-eng)
+                     fonts-dejavu-core libtesseract-dev libleptonica-dev tesseract-ocr-eng
+                     libreadline-dev)
 
 # Installs those of the given Debian packages that are not installed yet.
 # As root it calls apt-get directly, otherwise through sudo.

@@ -28,6 +28,7 @@ enum : int {
     TextAccept = 27630,
     NoCurveThereMessage = 27632,
     BadSpacingMessage = 27633,
+    NoPointWithSpacingMessage = 27634,
 };
 
 // The spacing of the controls; false when its text says nothing usable.
@@ -118,6 +119,8 @@ bool CTraceliftToolDlg::showProposal()
         return false;
     CTraceSpacing spacing;
     if (!readSpacing(m_spacingCombo->currentIndex(), m_spacingEdit->text(), spacing)) {
+        m_canvas->SetProposal({});
+        m_acceptTraceButton->setEnabled(false);
         showMessage(BadSpacingMessage, m_spacingEdit->text());
         return false;
     }
@@ -137,6 +140,8 @@ bool CTraceliftToolDlg::showProposal()
             points << QPointF(x - c.panX, *y - c.panY);
     m_canvas->SetProposal(points);
     m_acceptTraceButton->setEnabled(!points.isEmpty());
+    if (points.isEmpty())
+        showMessage(NoPointWithSpacingMessage);
     return !points.isEmpty();
 }
 

@@ -11,6 +11,11 @@ bool StandardInputIsTerminal()
 {
     return _isatty(_fileno(stdin)) != 0;
 }
+
+bool StandardOutputIsTerminal()
+{
+    return _isatty(_fileno(stdout)) != 0;
+}
 #else
 #include <stdio.h>
 #include <unistd.h>
@@ -18,5 +23,10 @@ bool StandardInputIsTerminal()
 bool StandardInputIsTerminal()
 {
     return isatty(fileno(stdin)) != 0;
+}
+
+bool StandardOutputIsTerminal()
+{
+    return isatty(fileno(stdout)) != 0;
 }
 #endif

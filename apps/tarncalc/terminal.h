@@ -1,5 +1,7 @@
 #pragma once
-// The one question tarn-calc asks of the operating system.
+// The questions tarn-calc asks of the operating system.
 
 // True when standard input is an interactive terminal (not a pipe or a file).
 bool StandardInputIsTerminal();
+// True when standard output is one.
+bool StandardOutputIsTerminal();

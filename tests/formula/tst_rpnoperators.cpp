@@ -90,8 +90,8 @@ TEST(RpnOperators, ComparisonsLogicAndBits)
         {"1 << 31", "REAL:-2147483648"}, {"1 << 40", "REAL:0"}, {"1 << -1", "REAL:0"},
         {"-8 >> 1", "REAL:-4"}, {"-8 >> 40", "REAL:-1"}, {"8 >> 40", "REAL:0"},
         {"2 ** 10", "REAL:1024"}, {"pwr(-2, 2)", "REAL:4"}, {"mod(-7, 4)", "REAL:-3"},
-        {"TypeName(1)", "STRING:Real"}, {"TypeName(\"x\")", "STRING:Text"}, {"TypeName({1})", "STRING:Array"},
-        {"TypeName(NULL)", "STRING:Empty"}, {"TypeName(1 == 1)", "STRING:Integer"}, {"IsEmpty({})", "INT:0"},
+        {"TypeName(1)", "STRING:REAL"}, {"TypeName(\"x\")", "STRING:STRING"}, {"TypeName({1})", "STRING:ARRAY"},
+        {"TypeName(NULL)", "STRING:"}, {"TypeName(1 == 1)", "STRING:INT"}, {"IsEmpty({})", "INT:0"},
     });
     EXPECT_TRUE(std::isnan(CRpnData(QStringLiteral("x")).GetDouble() + std::fmod(5.0, 0.0)));
     CEquationTree tree;

@@ -36,7 +36,7 @@ TEST(RpnFormulas, FormulaKeepsTheExpressionUntilEval)
         {"", "Formula()", ":"},
         {"", "Formula(\"1+\")", Inner(Message(43031), 1, 1)},
         // The operand is only looked at: the division happens at Eval.
-        {"f = Formula(1/0)", "TypeName(f)", "STRING:Formula"},
+        {"f = Formula(1/0)", "TypeName(f)", "STRING:FORMULA"},
         {"f = Formula(x)", "IsEmpty(f)", "INT:0"},
         {"", "IsEmpty(Formula())", "INT:1"},
         // A formula of a formula call is that formula.
@@ -57,7 +57,7 @@ TEST(RpnFormulas, OperatorsBuildFormulasWithNeededParenthesesOnly)
         {"f = Formula(a); g = Formula(b)", "f/g", "FORMULA:a/b"},
         {"f = Formula(a); g = Formula(b); h = f/g; a = 6; b = 3", "Eval(h)", "REAL:2"},
         // Assignments store the formula itself.
-        {"f = Formula(a); h = f", "TypeName(h)", "STRING:Formula"},
+        {"f = Formula(a); h = f", "TypeName(h)", "STRING:FORMULA"},
     });
 }
 

@@ -36,7 +36,7 @@ std::string className(const CRpnNode &node)
 const QStringList kLanded = {QStringLiteral("core"),   QStringLiteral("numeric"), QStringLiteral("conversions"),
                              QStringLiteral("arrays"), QStringLiteral("strings"), QStringLiteral("dictionaries"),
                              QStringLiteral("tables"), QStringLiteral("matrices"), QStringLiteral("xml"),
-                             QStringLiteral("formulas")};
+                             QStringLiteral("environment"), QStringLiteral("formulas")};
 
 // Keywords whose display name is another word: aliases and renamed calls.
 bool shownAsAlias(const QString &name, const QString &shown)

@@ -442,6 +442,22 @@ TEST_F(TraceliftTest, ShiftClickProposesATraceThatAcceptBecomesThePointText)
         QTest::keyClick(canvas(), Qt::Key_Z, Qt::ControlModifier);
         EXPECT_EQ(text(IdPoints), before);
     }
+    // Spacings that give no point, or are no number, say so and propose nothing.
+    const struct {
+        int kind;
+        const char *text;
+    } empty[] = {{2, "25; -3"}, {0, "0.5"}, {2, "x"}, {1, ""}};
+    for (const auto &e : empty) {
+        SCOPED_TRACE(e.text);
+        dialog->SetTraceSpacing(0, QStringLiteral("25"));
+        ASSERT_TRUE(dialog->PickCurveAt(d.curves[0].seed.x(), d.curves[0].seed.y()));
+        prompts.messages.clear();
+        dialog->SetTraceSpacing(e.kind, QString::fromLatin1(e.text));
+        EXPECT_FALSE(dialog->PickCurveAt(d.curves[0].seed.x(), d.curves[0].seed.y()));
+        EXPECT_TRUE(canvas()->Proposal().isEmpty());
+        EXPECT_GE(prompts.messages.size(), 1);
+    }
+    dialog->SetTraceSpacing(0, QStringLiteral("25"));
     // Leaving the trace drops a proposal.
     QTest::mouseClick(canvas(), Qt::LeftButton, Qt::ShiftModifier, d.curves[0].seed.toPoint());
     EXPECT_FALSE(canvas()->Proposal().isEmpty());

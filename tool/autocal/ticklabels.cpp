@@ -94,7 +94,8 @@ struct CGroup {
 
 // The ink of a label's blobs (and the faint rim around them) within a
 // rectangle, drawn alone on white and enlarged for the OCR engine.
-QImage cropOf(const CDarkness &dark, const CRegion &region, const std::vector<int> &blobs, QRect box)
+QImage cropOf(const CDarkness &dark, const CRegion &region, const std::vector<int> &blobs, QRect box,
+              bool stretch = false)
 {
     box = box.adjusted(-1, -1, 1, 1).intersected(region.rect);
     QImage crop(box.size(), QImage::Format_Grayscale8);
@@ -104,8 +105,11 @@ QImage cropOf(const CDarkness &dark, const CRegion &region, const std::vector<in
         for (int x = box.left(); x <= box.right(); ++x) {
             const int o = region.OwnerAt(x, y);
             const bool mine = o == 0 || std::find(blobs.begin(), blobs.end(), o - 1) != blobs.end();
+            // Small raised print, blurred by a straightening, reads better
+            // with its contrast stretched.
+            const int d = stretch ? std::clamp((dark.At(x, y) - 30) * 2, 0, 255) : dark.At(x, y);
             if (mine)
-                line[x - box.left()] = uchar(255 - dark.At(x, y));
+                line[x - box.left()] = uchar(255 - d);
         }
     }
     // Text some 32 pixels high reads best; small print is enlarged smoothly.
@@ -154,11 +158,12 @@ CColumns columnsOf(const CDarkness &dark, const CRegion &region, const std::vect
 }
 
 // A minus sign at the start of columns [from, to): a flat stroke about the
-// middle of the part's height, clearly wider than high.  Returns the first
+// middle of the part's height, at least as wide as high.  Returns the first
 // column after it, or -1 when there is none.
-int minusEnd(const CColumns &cols, int from, int to, int partTop, int partBottom)
+int minusEnd(const CColumns &cols, int from, int to, int partTop, int partBottom, double band)
 {
-    while (from < to && cols.Blank(from))
+    // Blank columns and lone specks (the rim of the digit before) lead in.
+    while (from < to && (cols.Blank(from) || (from + 1 < to && cols.Blank(from + 1))))
         ++from;
     const int height = partBottom - partTop + 1;
     const int thin = std::max(2, int(0.3 * height));
@@ -172,10 +177,10 @@ int minusEnd(const CColumns &cols, int from, int to, int partTop, int partBottom
         ++c;
     }
     const int width = c - from;
-    if (bottom < 0 || width < std::max(2.0, 0.35 * height) || width < 1.5 * (bottom - top + 1))
+    if (bottom < 0 || width < std::max(2.0, 0.3 * height) || width < bottom - top + 1)
         return -1;
     const double middle = (top + bottom) / 2.0;
-    if (middle < partTop + 0.3 * height || middle > partBottom - 0.3 * height)
+    if (middle < partTop + band * height || middle > partBottom - band * height)
         return -1;
     // Something must follow it.
     for (int k = c; k < to; ++k)
@@ -215,7 +220,7 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
     // Blobs that overlap in height and stand close side by side are one label.
     std::vector<int> parent(region.blobs.size());
     std::iota(parent.begin(), parent.end(), 0);
-    const int gapLimit = std::max(2, int(std::lround(0.6 * textHeight)));
+    const int gapLimit = std::max(2, int(std::lround(0.8 * textHeight)));
     for (std::size_t a = 0; a < usable.size(); ++a)
         for (std::size_t b = a + 1; b < usable.size(); ++b) {
             const QRect &ra = region.blobs[std::size_t(usable[a])].box;
@@ -273,7 +278,7 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
         // to the digit before it.
         const CColumns cols = columnsOf(dark, region, g.blobs, g.box);
         const int baseLine = g.box.bottom();
-        const double raisedLimit = baseLine - 0.3 * g.box.height();
+        const double raisedLimit = baseLine - 0.25 * g.box.height();
         int split = cols.Count();
         while (split > 0 && (cols.Blank(split - 1) || cols.bottom[std::size_t(split - 1)] < raisedLimit))
             --split;
@@ -296,9 +301,19 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
                 for (std::size_t k = 0; k < tail; ++k)
                     baseRight = std::max(baseRight, region.blobs[std::size_t(sorted[k])].box.right() - cols.left);
                 if (blobSplit > baseRight) {
-                    while (blobSplit - 1 > baseRight && !cols.Blank(blobSplit - 1)
-                           && cols.bottom[std::size_t(blobSplit - 1)] < raisedLimit)
-                        --blobSplit;
+                    // Back over the gap and a thin raised stroke in it (a
+                    // minus); the round edge of a base digit is not thin.
+                    int c = blobSplit - 1, firstStroke = blobSplit;
+                    while (c > baseRight) {
+                        if (!cols.Blank(c)) {
+                            const int t = cols.top[std::size_t(c)], b = cols.bottom[std::size_t(c)];
+                            if (b >= raisedLimit || b - t + 1 > 2)
+                                break;
+                            firstStroke = c;
+                        }
+                        --c;
+                    }
+                    blobSplit = firstStroke;
                     split = blobSplit;
                 }
             }
@@ -313,14 +328,15 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
             if (!cols.Blank(c))
                 baseTop = std::min(baseTop, cols.top[std::size_t(c)]);
         // An exponent holds a digit, not just a dash.
+        // and rises above the base's digits (the top bar of a 7 does not).
         const bool hasExponent = split > 0 && exponentBottom >= 0
-            && exponentBottom - exponentTop + 1 >= 0.35 * (baseLine - baseTop + 1);
+            && exponentBottom - exponentTop + 1 >= 0.35 * (baseLine - baseTop + 1) && exponentTop < baseTop;
         const int baseEnd = hasExponent ? split : cols.Count();
 
         CTickLabel label;
         label.box = g.box;
         label.position = side == AxisSide::X ? (g.box.left() + g.box.right()) / 2.0 : (baseTop + baseLine) / 2.0;
-        const int baseMinusEnd = minusEnd(cols, 0, baseEnd, baseTop, baseLine);
+        const int baseMinusEnd = minusEnd(cols, 0, baseEnd, baseTop, baseLine, 0.3);
         label.baseMinus = baseMinusEnd >= 0;
         const int baseStart = std::max(0, baseMinusEnd);
         // The base after the minus in runs of inked columns, and among them
@@ -353,12 +369,15 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
         label.baseCrop = cropOf(dark, region, g.blobs,
                                 QRect(QPoint(cols.left + baseStart, baseTop), QPoint(cols.left + baseEnd - 1, baseLine)));
         if (hasExponent) {
-            const int exponentMinusEnd = minusEnd(cols, split, cols.Count(), exponentTop, exponentBottom);
+            // A raised minus sits a little lower in its digits' height than a
+            // minus on the base line.
+            const int exponentMinusEnd = minusEnd(cols, split, cols.Count(), exponentTop, exponentBottom, 0.2);
             label.exponentMinus = exponentMinusEnd >= 0;
             const int exponentStart = std::max(split, exponentMinusEnd);
             label.exponentCrop = cropOf(dark, region, g.blobs,
                                         QRect(QPoint(cols.left + exponentStart, exponentTop),
-                                              QPoint(g.box.right(), exponentBottom)));
+                                              QPoint(g.box.right(), exponentBottom)),
+                                        true);
         }
         labels.append(label);
     }

@@ -133,8 +133,9 @@ TEST(CalibrationCheck, ProposesRightOrDeclinesOnGeneratedDatasheets)
     }
     std::printf("%d pictures: %d correct, %d declined, %d wrong\n", PictureCount, correct, declined, wrong);
     // A wrong proposal is worse than none: there must be none.  The aim for
-    // the proposals is nine pictures in ten; the reading of small raised
-    // exponents and of rotated small print holds it at eight for now.
+    // the proposals is nine pictures in ten; small raised exponents and
+    // small print blurred by a straightening still cost a few, so the floor
+    // held here is 85 in a hundred.
     EXPECT_EQ(wrong, 0);
-    EXPECT_GE(correct * 10, PictureCount * 8);
+    EXPECT_GE(correct * 100, PictureCount * 85);
 }
