@@ -499,7 +499,7 @@ CRpnData CRpnData::Arithmetic(int op, const CRpnData &a, const CRpnData &b)
 // Equality in the order of its rules; two REALs were compared inline.
 int CRpnData::equalsByRules(const CRpnData &a, const CRpnData &b)
 {
-    const std::uint32_t ka = a.m_p->m_kind, kb = b.m_p->m_kind;
+    const std::uint32_t ka = a.m_kind, kb = b.m_kind;
     if (isNothing(b)) {
         const int r = againstNothing(a);
         if (r >= 0)
@@ -517,14 +517,14 @@ int CRpnData::equalsByRules(const CRpnData &a, const CRpnData &b)
         return a.GetDouble() == b.GetDouble() ? 1 : 0;
     if (ka == kb) {
         switch (ka) {
-        case RPN_INT: return a.m_p->m_int == b.m_p->m_int ? 1 : 0;
-        case RPN_XML: return a.m_p->m_xml == b.m_p->m_xml ? 1 : 0;
-        case RPN_FORMULA: return a.m_p->m_tree == b.m_p->m_tree ? 1 : 0;
-        case RPN_FUNCTION: return a.m_p->m_function == b.m_p->m_function ? 1 : 0;
-        case RPN_DICTIONARY: return a.m_p->m_map == b.m_p->m_map ? 1 : 0;
+        case RPN_INT: return a.m_u.i == b.m_u.i ? 1 : 0;
+        case RPN_XML: return a.m_u.p->m_xml == b.m_u.p->m_xml ? 1 : 0;
+        case RPN_FORMULA: return a.m_u.p->m_tree == b.m_u.p->m_tree ? 1 : 0;
+        case RPN_FUNCTION: return a.m_u.p->m_function == b.m_u.p->m_function ? 1 : 0;
+        case RPN_DICTIONARY: return a.m_u.p->m_map == b.m_u.p->m_map ? 1 : 0;
         case RPN_POINTER:
-        case RPN_TARNPART: return a.m_p->m_pointer == b.m_p->m_pointer ? 1 : 0;
-        case RPN_DOCUMENT: return a.m_p->m_object == b.m_p->m_object ? 1 : 0;
+        case RPN_TARNPART: return a.m_u.p->m_pointer == b.m_u.p->m_pointer ? 1 : 0;
+        case RPN_DOCUMENT: return a.m_u.p->m_object == b.m_u.p->m_object ? 1 : 0;
         default: break;
         }
     }

@@ -46,10 +46,15 @@ void CRpnData::DeepCopy(const CRpnData &from)
 {
     if (this == &from)
         return;
-    const CRpnPayload *p = from.m_p;
     // Built aside first: `from` may live inside the value being replaced.
     CRpnData copy;
-    switch (p->m_kind) {
+    const std::uint32_t kind = from.m_kind;
+    if (!boxed(kind)) {
+        *this = from;
+        return;
+    }
+    const CRpnPayload *p = from.m_u.p;
+    switch (kind) {
     case RPN_NULL:
         break;
     case RPN_STRING:
@@ -57,15 +62,15 @@ void CRpnData::DeepCopy(const CRpnData &from)
         break;
     case RPN_ARRAY_R:
         copy.SetRealArray(p->m_count);
-        std::memcpy(copy.m_p->m_reals, p->m_reals, sizeof(double) * std::size_t(p->m_count));
-        copy.m_p->m_flags = p->m_flags & ~RPN_FLAG_BORROWED;
+        std::memcpy(copy.m_u.p->m_reals, p->m_reals, sizeof(double) * std::size_t(p->m_count));
+        copy.m_u.p->m_flags = p->m_flags & ~RPN_FLAG_BORROWED;
         break;
     case RPN_ARRAY: {
         // Arrays inside arrays are copied from a list of pending pairs
         // (source, fresh copy), not by recursion: they may nest deeply.
         copy.SetArray(p->m_count);
-        copy.m_p->m_flags = p->m_flags & ~RPN_FLAG_BORROWED;
-        std::vector<std::pair<const CRpnPayload *, CRpnPayload *>> pending{{p, copy.m_p}};
+        copy.m_u.p->m_flags = p->m_flags & ~RPN_FLAG_BORROWED;
+        std::vector<std::pair<const CRpnPayload *, CRpnPayload *>> pending{{p, copy.m_u.p}};
         while (!pending.empty()) {
             const auto [source, target] = pending.back();
             pending.pop_back();
@@ -75,9 +80,9 @@ void CRpnData::DeepCopy(const CRpnData &from)
                 if (isImmutableKind(item.GetKind())) {
                     slot = item;
                 } else if (item.GetKind() == RPN_ARRAY) {
-                    slot.SetArray(item.m_p->m_count);
-                    slot.m_p->m_flags = item.m_p->m_flags & ~RPN_FLAG_BORROWED;
-                    pending.emplace_back(item.m_p, slot.m_p);
+                    slot.SetArray(item.m_u.p->m_count);
+                    slot.m_u.p->m_flags = item.m_u.p->m_flags & ~RPN_FLAG_BORROWED;
+                    pending.emplace_back(item.m_u.p, slot.m_u.p);
                 } else {
                     slot.DeepCopy(item);
                 }
@@ -111,8 +116,12 @@ void CRpnData::DeepCopy(const CRpnData &from)
 
 void CRpnData::CopyRange(const CRpnData &from, int start, int length)
 {
-    const CRpnPayload *p = from.m_p;
-    const std::uint32_t kind = p->m_kind;
+    const std::uint32_t kind = from.m_kind;
+    if (!boxed(kind)) {
+        *this = from;
+        return;
+    }
+    const CRpnPayload *p = from.m_u.p;
     const bool isText = kind == RPN_STRING;
     if (kind == RPN_ARRAY || kind == RPN_ARRAY_R || isText) {
         const int size = isText ? int(std::min<qsizetype>(p->Text().size(), INT32_MAX)) : p->m_count;
@@ -135,15 +144,15 @@ void CRpnData::CopyRange(const CRpnData &from, int start, int length)
         } else if (kind == RPN_ARRAY_R) {
             copy.SetRealArray(int(n));
             if (n > 0)
-                std::memcpy(copy.m_p->m_reals, p->m_reals + s, sizeof(double) * std::size_t(n));
+                std::memcpy(copy.m_u.p->m_reals, p->m_reals + s, sizeof(double) * std::size_t(n));
         } else {
             copy.SetArray(int(n));
             for (int i = 0; i < int(n); ++i) {
                 const CRpnData &item = p->m_items[s + i];
                 if (isImmutableKind(item.GetKind()))
-                    copy.m_p->m_items[i] = item;
+                    copy.m_u.p->m_items[i] = item;
                 else
-                    copy.m_p->m_items[i].CopyRange(item, 0, -1);
+                    copy.m_u.p->m_items[i].CopyRange(item, 0, -1);
             }
         }
         *this = std::move(copy);

@@ -56,11 +56,11 @@ namespace {
 
 // A non-empty ARRAY converts as its first element: followed by a loop, as
 // the first element may be an array again, to any depth.
-const CRpnPayload *firstOfArrays(const CRpnPayload *p)
+const CRpnData *firstOfArrays(const CRpnData *v)
 {
-    while (p->m_kind == RPN_ARRAY && p->m_count > 0)
-        p = CRpnDataAccess::Payload(p->m_items[0]);
-    return p;
+    while (v->GetKind() == RPN_ARRAY && v->GetSize() > 0)
+        v = &v->GetItems()[0];
+    return v;
 }
 
 int biasedInt(double x)
@@ -100,18 +100,20 @@ CRpnData evaluateFormula(CEquationTree *tree)
 
 } // namespace
 
-CRpnData::CRpnData(const QString &text) : m_p(makePayload(RPN_STRING))
+CRpnData::CRpnData(const QString &text) : m_kind(RPN_STRING), m_flags(0)
 {
-    new (m_p->m_textStorage) QString(text);
+    m_u.p = makePayload(RPN_STRING);
+    new (m_u.p->m_textStorage) QString(text);
 }
 
-CRpnData::CRpnData(CXmlElement *element) : m_p(makePayload(RPN_XML))
+CRpnData::CRpnData(CXmlElement *element) : m_kind(RPN_XML), m_flags(0)
 {
+    m_u.p = makePayload(RPN_XML);
     // The shared empty element stands for "no element" and is not counted.
     if (CXmlElement::IsNull(element)) {
-        m_p->m_xml = CXmlElement::Null();
+        m_u.p->m_xml = CXmlElement::Null();
     } else {
-        m_p->m_xml = element;
+        m_u.p->m_xml = element;
         element->AddRef();
     }
 }
@@ -120,8 +122,8 @@ CRpnData::CRpnData(CXmlElement *element) : m_p(makePayload(RPN_XML))
 
 void CRpnData::SetDisplayExponent(int exponent)
 {
-    if (m_p->m_kind == RPN_REAL)
-        m_p->m_flags = (m_p->m_flags & ~RPN_FLAG_EXPONENT_MASK) | (std::uint32_t(exponent) & RPN_FLAG_EXPONENT_MASK);
+    if (m_kind == RPN_REAL)
+        m_flags = (m_flags & ~RPN_FLAG_EXPONENT_MASK) | (std::uint32_t(exponent) & RPN_FLAG_EXPONENT_MASK);
 }
 
 void CRpnData::SetMatrixFlag(bool on)
@@ -129,22 +131,12 @@ void CRpnData::SetMatrixFlag(bool on)
     if (!IsArray())
         return;
     if (on)
-        m_p->m_flags |= RPN_FLAG_MATRIX;
+        m_u.p->m_flags |= RPN_FLAG_MATRIX;
     else
-        m_p->m_flags &= ~RPN_FLAG_MATRIX;
+        m_u.p->m_flags &= ~RPN_FLAG_MATRIX;
 }
 
 // --- setters -------------------------------------------------------------------
-
-void CRpnData::SetNull()
-{
-    reset(RPN_NULL);
-}
-
-void CRpnData::SetInt(int value)
-{
-    reset(RPN_INT)->m_int = value;
-}
 
 
 void CRpnData::SetComplex(std::complex<double> value)
@@ -159,9 +151,12 @@ void CRpnData::SetText(const QString &text)
     // The new text is made before the old payload goes: `text` may live in it.
     CRpnPayload *p = makePayload(RPN_STRING);
     new (p->m_textStorage) QString(text);
-    CRpnPayload *old = m_p;
-    m_p = p;
-    release(old);
+    CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
+    m_u.p = p;
+    m_kind = RPN_STRING;
+    m_flags = 0;
+    if (old)
+        release(old);
 }
 
 void CRpnData::SetText(const char *narrow)
@@ -235,8 +230,8 @@ void CRpnData::SetMatrix(int rows, int cols)
 {
     SetArray(rows);
     for (int r = 0; r < GetSize(); ++r)
-        m_p->m_items[r].SetArray(cols);
-    m_p->m_flags |= RPN_FLAG_MATRIX;
+        m_u.p->m_items[r].SetArray(cols);
+    m_u.p->m_flags |= RPN_FLAG_MATRIX;
 }
 
 void CRpnData::SetPointer(void *pointer)
@@ -265,37 +260,35 @@ void CRpnData::SetCurve(CRpnObject *curve)
 
 CRpnData CRpnData::GetAt(int i) const
 {
-    if (i < 0 || i >= m_p->m_count)
+    if (!IsArray() || i < 0 || i >= m_u.p->m_count)
         return *this;
-    if (m_p->m_kind == RPN_ARRAY_R)
-        return CRpnData(m_p->m_reals[i]);
-    if (m_p->m_kind == RPN_ARRAY)
-        return m_p->m_items[i];
-    return *this;
+    if (m_kind == RPN_ARRAY_R)
+        return CRpnData(m_u.p->m_reals[i]);
+    return m_u.p->m_items[i];
 }
 
 void CRpnData::SetAt(int i, const CRpnData &value)
 {
-    if (i < 0 || i >= m_p->m_count)
+    if (!IsArray() || i < 0 || i >= m_u.p->m_count)
         return;
-    if (m_p->m_kind == RPN_ARRAY_R)
-        m_p->m_reals[i] = value.GetDouble();
-    else if (m_p->m_kind == RPN_ARRAY)
-        m_p->m_items[i] = value;
+    if (m_kind == RPN_ARRAY_R)
+        m_u.p->m_reals[i] = value.GetDouble();
+    else
+        m_u.p->m_items[i] = value;
 }
 
 void CRpnData::SetRealAt(int i, double x)
 {
-    if (m_p->m_kind == RPN_ARRAY_R && i >= 0 && i < m_p->m_count)
-        m_p->m_reals[i] = x;
+    if (m_kind == RPN_ARRAY_R && i >= 0 && i < m_u.p->m_count)
+        m_u.p->m_reals[i] = x;
 }
 
 void CRpnData::Resize(int count)
 {
     count = std::max(count, 0);
-    CRpnPayload *p = m_p;
-    if (!IsArray() || count == p->m_count)
+    if (!IsArray() || count == m_u.p->m_count)
         return;
+    CRpnPayload *p = m_u.p;
     const int keep = std::min(count, p->m_count);
     const bool borrowed = (p->m_flags & RPN_FLAG_BORROWED) != 0;
     if (p->m_kind == RPN_ARRAY_R) {
@@ -343,9 +336,9 @@ void CRpnData::Resize(int count)
 
 void CRpnData::RemoveAt(int i)
 {
-    CRpnPayload *p = m_p;
-    if (!IsArray() || i < 0 || i >= p->m_count)
+    if (!IsArray() || i < 0 || i >= m_u.p->m_count)
         return;
+    CRpnPayload *p = m_u.p;
     if (p->m_kind == RPN_ARRAY_R) {
         std::memmove(p->m_reals + i, p->m_reals + i + 1, sizeof(double) * std::size_t(p->m_count - i - 1));
         p->m_reals[--p->m_count] = 0.0;
@@ -364,42 +357,43 @@ void CRpnData::RemoveAt(int i)
 CRpnData CRpnData::DictGet(const QString &key) const
 {
     CRpnData value;
-    if (m_p->m_kind == RPN_DICTIONARY && m_p->m_map)
-        m_p->m_map->Lookup(key, value);
+    if (m_kind == RPN_DICTIONARY && m_u.p->m_map)
+        m_u.p->m_map->Lookup(key, value);
     return value;
 }
 
 void CRpnData::DictSet(const QString &key, const CRpnData &value)
 {
-    if (m_p->m_kind == RPN_DICTIONARY && m_p->m_map)
-        m_p->m_map->SetAt(key, value);
+    if (m_kind == RPN_DICTIONARY && m_u.p->m_map)
+        m_u.p->m_map->SetAt(key, value);
 }
 
 // --- conversions -------------------------------------------------------------------
 
-double CRpnData::GetDouble() const
+double CRpnData::doubleOfOther() const
 {
-    const CRpnPayload *p = firstOfArrays(m_p);
-    switch (p->m_kind) {
+    const CRpnData *v = firstOfArrays(this);
+    switch (v->m_kind) {
     case RPN_REAL:
-    case RPN_COMPLEX:
-        return p->m_real;
+        return v->m_u.real;
     case RPN_INT:
-        return p->m_int;
+        return v->m_u.i;
+    case RPN_COMPLEX:
+        return v->m_u.p->m_real;
     case RPN_STRING: {
         int consumed = 0;
-        return ParseNumber(p->Text(), consumed);
+        return ParseNumber(v->m_u.p->Text(), consumed);
     }
     case RPN_ARRAY_R:
-        return p->m_count > 0 ? p->m_reals[0] : 0.0;
+        return v->m_u.p->m_count > 0 ? v->m_u.p->m_reals[0] : 0.0;
     case RPN_ARRAY:
         return 0.0; // an empty one: firstOfArrays went into the others
     case RPN_FORMULA:
-        return evaluateFormula(p->m_tree).GetDouble();
+        return evaluateFormula(v->m_u.p->m_tree).GetDouble();
     case RPN_POINTER:
-        return p->m_pointer ? 1.0 : 0.0;
+        return v->m_u.p->m_pointer ? 1.0 : 0.0;
     case RPN_DOCUMENT:
-        return p->m_object ? 1.0 : 0.0;
+        return v->m_u.p->m_object ? 1.0 : 0.0;
     default:
         return 0.0;
     }
@@ -407,25 +401,26 @@ double CRpnData::GetDouble() const
 
 int CRpnData::GetInt() const
 {
-    const CRpnPayload *p = firstOfArrays(m_p);
-    switch (p->m_kind) {
+    const CRpnData *v = firstOfArrays(this);
+    switch (v->m_kind) {
     case RPN_INT:
-        return p->m_int;
+        return v->m_u.i;
     case RPN_REAL:
+        return biasedInt(v->m_u.real);
     case RPN_COMPLEX:
-        return biasedInt(p->m_real);
+        return biasedInt(v->m_u.p->m_real);
     case RPN_STRING:
-        return decimalInt(p->Text());
+        return decimalInt(v->m_u.p->Text());
     case RPN_ARRAY_R:
-        return p->m_count > 0 ? biasedInt(p->m_reals[0]) : 0;
+        return v->m_u.p->m_count > 0 ? biasedInt(v->m_u.p->m_reals[0]) : 0;
     case RPN_ARRAY:
         return 0;
     case RPN_FORMULA:
-        return evaluateFormula(p->m_tree).GetInt();
+        return evaluateFormula(v->m_u.p->m_tree).GetInt();
     case RPN_POINTER:
-        return p->m_pointer ? 1 : 0;
+        return v->m_u.p->m_pointer ? 1 : 0;
     case RPN_DOCUMENT:
-        return p->m_object ? 1 : 0;
+        return v->m_u.p->m_object ? 1 : 0;
     default:
         return 0;
     }
@@ -434,14 +429,15 @@ int CRpnData::GetInt() const
 double CRpnData::GetDoubleChecked(int &ok) const
 {
     ok = 1;
-    switch (m_p->m_kind) {
+    switch (m_kind) {
     case RPN_REAL:
+        return m_u.real;
     case RPN_COMPLEX:
-        return m_p->m_real;
+        return m_u.p->m_real;
     case RPN_INT:
-        return m_p->m_int;
+        return m_u.i;
     case RPN_STRING: {
-        const QString &t = m_p->Text();
+        const QString &t = m_u.p->Text();
         int consumed = 0;
         const double v = ParseNumber(t, consumed);
         if (consumed > 0 && consumed == t.size())
@@ -457,24 +453,24 @@ double CRpnData::GetDoubleChecked(int &ok) const
 
 std::complex<double> CRpnData::GetComplex() const
 {
-    const CRpnPayload *p = firstOfArrays(m_p);
-    switch (p->m_kind) {
+    const CRpnData *v = firstOfArrays(this);
+    switch (v->m_kind) {
     case RPN_COMPLEX:
-        return {p->m_real, p->m_imag};
+        return {v->m_u.p->m_real, v->m_u.p->m_imag};
     case RPN_REAL:
-        return {p->m_real, 0.0};
+        return {v->m_u.real, 0.0};
     case RPN_INT:
-        return {double(p->m_int), 0.0};
+        return {double(v->m_u.i), 0.0};
     case RPN_STRING: {
         int consumed = 0;
-        return ParseComplexText(p->Text(), consumed);
+        return ParseComplexText(v->m_u.p->Text(), consumed);
     }
     case RPN_ARRAY_R:
-        return {p->m_count > 0 ? p->m_reals[0] : 0.0, 0.0};
+        return {v->m_u.p->m_count > 0 ? v->m_u.p->m_reals[0] : 0.0, 0.0};
     case RPN_ARRAY:
         return {};
     case RPN_FORMULA:
-        return evaluateFormula(p->m_tree).GetComplex();
+        return evaluateFormula(v->m_u.p->m_tree).GetComplex();
     default:
         return {};
     }
@@ -483,15 +479,15 @@ std::complex<double> CRpnData::GetComplex() const
 std::complex<double> CRpnData::GetComplexChecked(int &ok) const
 {
     ok = 1;
-    switch (m_p->m_kind) {
+    switch (m_kind) {
     case RPN_COMPLEX:
-        return {m_p->m_real, m_p->m_imag};
+        return {m_u.p->m_real, m_u.p->m_imag};
     case RPN_REAL:
-        return {m_p->m_real, 0.0};
+        return {m_u.real, 0.0};
     case RPN_INT:
-        return {double(m_p->m_int), 0.0};
+        return {double(m_u.i), 0.0};
     case RPN_STRING: {
-        const QString &t = m_p->Text();
+        const QString &t = m_u.p->Text();
         int consumed = 0;
         const std::complex<double> v = ParseComplexText(t, consumed);
         if (consumed > 0 && consumed == t.size())
@@ -509,14 +505,18 @@ bool CRpnData::IsTrue(bool *wasArray) const
 {
     if (wasArray)
         *wasArray = false;
-    const CRpnPayload *p = m_p;
-    switch (p->m_kind) {
+    switch (m_kind) {
     case RPN_NULL:
         return false;
     case RPN_REAL:
-        return p->m_real != 0.0;
+        return m_u.real != 0.0;
     case RPN_INT:
-        return p->m_int != 0;
+        return m_u.i != 0;
+    default:
+        break;
+    }
+    const CRpnPayload *p = m_u.p;
+    switch (m_kind) {
     case RPN_COMPLEX:
         return p->m_real != 0.0 || p->m_imag != 0.0;
     case RPN_STRING:

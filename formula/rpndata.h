@@ -1,7 +1,9 @@
 #pragma once
 // CRpnData: the one value type of the formula language.
 //
-// A value is a handle of one pointer onto a shared payload with a plain
+// A value is a handle of two words.  Null, REAL and INT live in the handle
+// itself, so numbers cost no allocation and an array of numbers 16 bytes a
+// cell.  Every other kind is a pointer onto a shared payload with a plain
 // (non-atomic) reference count.  Copying a handle shares the payload; a value
 // may therefore only be shared inside one thread.  Setters detach: they drop
 // the old payload and take a fresh one, so other handles keep the old value.
@@ -18,6 +20,7 @@
 #include <QString>
 #include <complex>
 #include <cstdint>
+#include <cstring>
 #include <new>
 
 // Under AddressSanitizer a payload on a free list is poisoned, so that a use
@@ -51,14 +54,13 @@ class CRpnData;
 struct CRpnPayload
 {
     std::uint32_t m_kind;
-    // Low byte: display exponent of a REAL (signed); RPN_FLAG_MATRIX;
-    // RPN_FLAG_BORROWED: the pointed-to object is not freed with the payload.
+    // RPN_FLAG_MATRIX; RPN_FLAG_BORROWED: the pointed-to object is not freed
+    // with the payload.
     std::uint32_t m_flags;
     std::int32_t m_count;    // elements of ARRAY and ARRAY_R
     std::int32_t m_refs;
     union {
-        double m_real;        // REAL; real part of COMPLEX
-        std::int32_t m_int;   // INT
+        double m_real;        // real part of COMPLEX
         void *m_pointer;      // POINTER, TARNPART
         double *m_reals;      // ARRAY_R: room for m_capacity + 1 doubles
         CRpnData *m_items;    // ARRAY: room for m_capacity handles
@@ -157,87 +159,129 @@ inline constexpr int RPN_NOT_DECIDED = -1;
 class CRpnData
 {
 public:
-    CRpnData() : m_p(makePayload(RPN_NULL)) {}
-    explicit CRpnData(int value) : m_p(makePayload(RPN_INT)) { m_p->m_int = value; }
-    explicit CRpnData(double value) : m_p(makePayload(RPN_REAL)) { m_p->m_real = value; }
-    explicit CRpnData(std::complex<double> value) : m_p(makePayload(RPN_COMPLEX))
+    CRpnData() : m_kind(RPN_NULL), m_flags(0) { m_u.p = nullptr; }
+    explicit CRpnData(int value) : m_kind(RPN_INT), m_flags(0)
     {
-        m_p->m_real = value.real();
-        m_p->m_imag = value.imag();
+        m_u.p = nullptr;
+        m_u.i = value;
+    }
+    explicit CRpnData(double value) : m_kind(RPN_REAL), m_flags(0) { m_u.real = value; }
+    explicit CRpnData(std::complex<double> value) : m_kind(RPN_COMPLEX), m_flags(0)
+    {
+        m_u.p = makePayload(RPN_COMPLEX);
+        m_u.p->m_real = value.real();
+        m_u.p->m_imag = value.imag();
     }
     explicit CRpnData(const QString &text);
     // Counts the element unless it is the shared empty element.
     explicit CRpnData(CXmlElement *element);
 
-    CRpnData(const CRpnData &other) : m_p(other.m_p) { ++m_p->m_refs; }
-    // Leaves `other` without a payload: it may only be destroyed or assigned to.
-    CRpnData(CRpnData &&other) noexcept : m_p(other.m_p) { other.m_p = nullptr; }
-    ~CRpnData() { release(m_p); }
+    CRpnData(const CRpnData &other) : m_u(other.m_u), m_kind(other.m_kind), m_flags(other.m_flags)
+    {
+        if (boxed(m_kind))
+            ++m_u.p->m_refs;
+    }
+    // Leaves `other` empty.
+    CRpnData(CRpnData &&other) noexcept : m_u(other.m_u), m_kind(other.m_kind), m_flags(other.m_flags)
+    {
+        other.clear();
+    }
+    ~CRpnData()
+    {
+        if (boxed(m_kind))
+            release(m_u.p);
+    }
 
     // Shares the right side's payload.
     CRpnData &operator=(const CRpnData &other)
     {
-        CRpnPayload *p = other.m_p;
-        if (p != m_p) {
-            ++p->m_refs;
-            CRpnPayload *old = m_p;
-            m_p = p;
+        if (boxed(other.m_kind))
+            ++other.m_u.p->m_refs;
+        CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
+        m_u = other.m_u;
+        m_kind = other.m_kind;
+        m_flags = other.m_flags;
+        if (old)
             release(old);
-        }
         return *this;
     }
     CRpnData &operator=(CRpnData &&other) noexcept
     {
         if (this != &other) {
-            CRpnPayload *old = m_p;
-            m_p = other.m_p;
-            other.m_p = nullptr;
-            release(old);
+            CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
+            m_u = other.m_u;
+            m_kind = other.m_kind;
+            m_flags = other.m_flags;
+            other.clear();
+            if (old)
+                release(old);
         }
         return *this;
     }
 
     // --- kind and flags ------------------------------------------------------
-    std::uint32_t GetKind() const { return m_p->m_kind; }
-    std::uint32_t GetFlags() const { return m_p->m_flags; }
-    int GetRefs() const { return m_p->m_refs; }
-    bool IsNull() const { return m_p->m_kind == RPN_NULL; }
-    bool IsReal() const { return m_p->m_kind == RPN_REAL; }
-    bool IsInt() const { return m_p->m_kind == RPN_INT; }
-    bool IsString() const { return m_p->m_kind == RPN_STRING; }
-    bool IsComplex() const { return m_p->m_kind == RPN_COMPLEX; }
-    bool IsDictionary() const { return m_p->m_kind == RPN_DICTIONARY; }
-    bool IsFormula() const { return m_p->m_kind == RPN_FORMULA; }
-    bool IsXml() const { return m_p->m_kind == RPN_XML; }
+    std::uint32_t GetKind() const { return m_kind; }
+    std::uint32_t GetFlags() const { return boxed(m_kind) ? m_u.p->m_flags : m_flags; }
+    // Handles that share the payload; 1 for the kinds held in the handle.
+    int GetRefs() const { return boxed(m_kind) ? m_u.p->m_refs : 1; }
+    bool IsNull() const { return m_kind == RPN_NULL; }
+    bool IsReal() const { return m_kind == RPN_REAL; }
+    bool IsInt() const { return m_kind == RPN_INT; }
+    bool IsString() const { return m_kind == RPN_STRING; }
+    bool IsComplex() const { return m_kind == RPN_COMPLEX; }
+    bool IsDictionary() const { return m_kind == RPN_DICTIONARY; }
+    bool IsFormula() const { return m_kind == RPN_FORMULA; }
+    bool IsXml() const { return m_kind == RPN_XML; }
     // ARRAY or ARRAY_R.
-    bool IsArray() const { return m_p->m_kind == RPN_ARRAY || m_p->m_kind == RPN_ARRAY_R; }
+    bool IsArray() const { return m_kind == RPN_ARRAY || m_kind == RPN_ARRAY_R; }
     // ARRAY, ARRAY_R or CURVE: the kinds that arithmetic treats as arrays.
-    bool IsArrayOrCurve() const { return IsArray() || m_p->m_kind == RPN_CURVE; }
-    bool IsMatrix() const { return IsArray() && (m_p->m_flags & RPN_FLAG_MATRIX) != 0; }
-    // Same payload.
-    bool IsSameAs(const CRpnData &other) const { return m_p == other.m_p; }
+    bool IsArrayOrCurve() const { return IsArray() || m_kind == RPN_CURVE; }
+    bool IsMatrix() const { return IsArray() && (m_u.p->m_flags & RPN_FLAG_MATRIX) != 0; }
+    // Same payload; for the kinds held in the handle, the same kind and bits.
+    bool IsSameAs(const CRpnData &other) const
+    {
+        if (m_kind != other.m_kind)
+            return false;
+        switch (m_kind) {
+        case RPN_NULL: return true;
+        case RPN_INT: return m_u.i == other.m_u.i;
+        case RPN_REAL: return std::memcmp(&m_u.real, &other.m_u.real, sizeof(double)) == 0;
+        default: return m_u.p == other.m_u.p;
+        }
+    }
 
     // The display exponent of a REAL, from the engineering suffix it was written with.
-    int GetDisplayExponent() const { return std::int8_t(m_p->m_flags & RPN_FLAG_EXPONENT_MASK); }
+    int GetDisplayExponent() const { return std::int8_t(GetFlags() & RPN_FLAG_EXPONENT_MASK); }
     void SetDisplayExponent(int exponent);
     void SetMatrixFlag(bool on);
 
     // --- setters: each detaches from the old payload ---------------------------
-    void SetNull();
-    void SetInt(int value);
+    void SetNull()
+    {
+        CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
+        clear();
+        if (old)
+            release(old);
+    }
+    void SetInt(int value)
+    {
+        CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
+        m_u.p = nullptr;
+        m_u.i = value;
+        m_kind = RPN_INT;
+        m_flags = 0;
+        if (old)
+            release(old);
+    }
     void SetDouble(double value)
     {
-        // An unshared number is overwritten where it lies: nobody else can
-        // see the change, and a getter that fills the same handle row after
-        // row then takes no payload per row.
-        CRpnPayload *p = m_p;
-        if (p->m_refs == 1 && p->m_kind <= RPN_INT) {
-            p->m_kind = RPN_REAL;
-            p->m_flags = 0;
-            p->m_real = value;
-            return;
-        }
-        reset(RPN_REAL)->m_real = value;
+        // Numbers live in the handle itself: setting one takes no payload.
+        CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
+        m_u.real = value;
+        m_kind = RPN_REAL;
+        m_flags = 0;
+        if (old)
+            release(old);
     }
     void SetComplex(std::complex<double> value);
     void SetComplex(double re, double im) { SetComplex({re, im}); }
@@ -260,31 +304,32 @@ public:
     void SetCurve(CRpnObject *curve);
 
     // --- direct access; valid only for the kind named --------------------------
-    double GetRealValue() const { return m_p->m_real; }
-    int GetIntValue() const { return m_p->m_int; }
-    double GetImagValue() const { return m_p->m_imag; }
-    const QString &GetTextValue() const { return m_p->Text(); }
+    // REAL, or the real part of COMPLEX.
+    double GetRealValue() const { return m_kind == RPN_COMPLEX ? m_u.p->m_real : m_u.real; }
+    int GetIntValue() const { return m_u.i; }
+    double GetImagValue() const { return m_u.p->m_imag; }
+    const QString &GetTextValue() const { return m_u.p->Text(); }
     // Appends to a STRING that no other handle shares; false (and nothing
     // done) for any other value.
     bool AppendText(const QString &tail)
     {
-        if (m_p->m_kind != RPN_STRING || m_p->m_refs != 1 || (m_p->m_flags & RPN_FLAG_BORROWED))
+        if (m_kind != RPN_STRING || m_u.p->m_refs != 1 || (m_u.p->m_flags & RPN_FLAG_BORROWED))
             return false;
-        m_p->Text().append(tail);
+        m_u.p->Text().append(tail);
         return true;
     }
-    double *GetRealData() const { return m_p->m_reals; }
-    CRpnData *GetItems() const { return m_p->m_items; }
-    CMapStringToRpnData *GetDictionary() const { return m_p->m_map; }
-    CEquationTree *GetFormula() const { return m_p->m_tree; }
-    CRpnUserFunction *GetFunction() const { return m_p->m_function; }
-    CRpnObject *GetObject() const { return m_p->m_object; }
-    CXmlElement *GetXml() const { return m_p->m_xml; }
-    void *GetPointer() const { return m_p->m_pointer; }
+    double *GetRealData() const { return m_u.p->m_reals; }
+    CRpnData *GetItems() const { return m_u.p->m_items; }
+    CMapStringToRpnData *GetDictionary() const { return m_u.p->m_map; }
+    CEquationTree *GetFormula() const { return m_u.p->m_tree; }
+    CRpnUserFunction *GetFunction() const { return m_u.p->m_function; }
+    CRpnObject *GetObject() const { return m_u.p->m_object; }
+    CXmlElement *GetXml() const { return m_u.p->m_xml; }
+    void *GetPointer() const { return m_u.p->m_pointer; }
 
     // --- arrays ------------------------------------------------------------------
     // Elements of ARRAY and ARRAY_R; 0 for every other kind.
-    int GetSize() const { return IsArray() ? m_p->m_count : 0; }
+    int GetSize() const { return IsArray() ? m_u.p->m_count : 0; }
     // Out of range, or no array: the value itself.  ARRAY_R gives a fresh REAL.
     CRpnData GetAt(int i) const;
     // Ignored out of range; ARRAY_R stores GetDouble of the value.
@@ -298,7 +343,12 @@ public:
     void DictSet(const QString &key, const CRpnData &value);
 
     // --- conversions ---------------------------------------------------------------
-    double GetDouble() const;
+    double GetDouble() const
+    {
+        if (m_kind == RPN_REAL)
+            return m_u.real;
+        return doubleOfOther();
+    }
     // Reals are biased by 0.01 toward their sign and truncated: 2.995 gives 3,
     // 2.98 gives 2.  Out of the 32-bit range saturates, NaN gives 0.
     int GetInt() const;
@@ -322,26 +372,26 @@ public:
     // Two REALs take the short way here; everything else goes to Arithmetic.
     static CRpnData Add(const CRpnData &a, const CRpnData &b)
     {
-        if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
-            return CRpnData(a.m_p->m_real + b.m_p->m_real);
+        if (a.m_kind == RPN_REAL && b.m_kind == RPN_REAL)
+            return CRpnData(a.m_u.real + b.m_u.real);
         return Arithmetic('+', a, b);
     }
     static CRpnData Subtract(const CRpnData &a, const CRpnData &b)
     {
-        if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
-            return CRpnData(a.m_p->m_real - b.m_p->m_real);
+        if (a.m_kind == RPN_REAL && b.m_kind == RPN_REAL)
+            return CRpnData(a.m_u.real - b.m_u.real);
         return Arithmetic('-', a, b);
     }
     static CRpnData Multiply(const CRpnData &a, const CRpnData &b)
     {
-        if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
-            return CRpnData(a.m_p->m_real * b.m_p->m_real);
+        if (a.m_kind == RPN_REAL && b.m_kind == RPN_REAL)
+            return CRpnData(a.m_u.real * b.m_u.real);
         return Arithmetic('*', a, b);
     }
     static CRpnData Divide(const CRpnData &a, const CRpnData &b)
     {
-        if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
-            return CRpnData(a.m_p->m_real / b.m_p->m_real);
+        if (a.m_kind == RPN_REAL && b.m_kind == RPN_REAL)
+            return CRpnData(a.m_u.real / b.m_u.real);
         return Arithmetic('/', a, b);
     }
     static CRpnData Remainder(const CRpnData &a, const CRpnData &b) { return Arithmetic('%', a, b); }
@@ -350,8 +400,8 @@ public:
     // 1 equal, 0 not equal, or RPN_NOT_DECIDED when an array or curve takes part.
     static int Equals(const CRpnData &a, const CRpnData &b)
     {
-        if (a.m_p->m_kind == RPN_REAL && b.m_p->m_kind == RPN_REAL)
-            return a.m_p->m_real == b.m_p->m_real ? 1 : 0;
+        if (a.m_kind == RPN_REAL && b.m_kind == RPN_REAL)
+            return a.m_u.real == b.m_u.real ? 1 : 0;
         return equalsByRules(a, b);
     }
 
@@ -365,6 +415,23 @@ public:
     void Serialize(CRpnBuffer &buffer);
 
 private:
+    // Null, REAL and INT are held in the handle itself (a REAL's display
+    // exponent in m_flags); every other kind in a payload that m_u.p points
+    // to, whose kind m_kind repeats and whose flags are the value's.
+    union Cell {
+        CRpnPayload *p;
+        double real;
+        std::int32_t i;
+    };
+    static bool boxed(std::uint32_t kind) { return kind > RPN_INT; }
+
+    void clear()
+    {
+        m_u.p = nullptr;
+        m_kind = RPN_NULL;
+        m_flags = 0;
+    }
+    double doubleOfOther() const;
     static int equalsByRules(const CRpnData &a, const CRpnData &b);
     // GetText of a value that holds no other values (rpnformat.cpp).
     QString plainText(std::uint32_t flags) const;
@@ -382,27 +449,35 @@ private:
     }
     static void release(CRpnPayload *p)
     {
-        if (p && --p->m_refs == 0)
+        if (--p->m_refs == 0)
             RpnPool::Free(p);
     }
-    // Drops the old payload and takes a fresh one of `kind`.
+    // Drops the old value and takes a fresh payload of `kind` (not null, REAL or INT).
     CRpnPayload *reset(std::uint32_t kind)
     {
-        CRpnPayload *old = m_p;
-        m_p = makePayload(kind);
-        release(old);
-        return m_p;
+        CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
+        m_u.p = makePayload(kind);
+        m_kind = kind;
+        m_flags = 0;
+        if (old)
+            release(old);
+        return m_u.p;
     }
+    // The payload of a boxed value.
+    CRpnPayload *payload() const { return m_u.p; }
     friend class CRpnDataAccess;
 
-    CRpnPayload *m_p;
+    Cell m_u;
+    std::uint32_t m_kind;
+    std::uint32_t m_flags;
 };
 
 // Helpers shared by the value's own source files.
 class CRpnDataAccess
 {
 public:
-    static CRpnPayload *Payload(const CRpnData &v) { return v.m_p; }
+    // The payload of a value of a kind that has one (not null, REAL or INT).
+    static CRpnPayload *Payload(const CRpnData &v) { return v.m_u.p; }
     static CRpnPayload *Reset(CRpnData &v, std::uint32_t kind) { return v.reset(kind); }
 };
 

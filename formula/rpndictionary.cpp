@@ -50,7 +50,11 @@ int CMapStringToRpnData::SetAtIndex(const QString &key, const CRpnData &value)
     }
     const int at = int(m_entries.size());
     m_index.emplace(k, at);
+    // A block that moves takes the entries' addresses with it: a new layout.
+    const Entry *block = m_entries.data();
     m_entries.push_back({k, value});
+    if (m_entries.data() != block)
+        m_layout = NextLayout();
     if (!m_caseSensitive && k != key)
         m_spelling.insert(k, key);
     return at;

@@ -15,8 +15,9 @@
 // variable can keep the position of its name instead of looking the name up
 // on every access.  Each map has a layout number, unique over all maps of the
 // process; it changes whenever positions may have moved (an entry removed,
-// the map emptied).  A position remembered together with the layout number is
-// valid as long as GetLayout still returns that number.
+// the map emptied, or the block of entries moved as the map grew).  A position
+// or an entry's address remembered together with the layout number is valid
+// as long as GetLayout still returns that number.
 
 #include "formula/rpndata.h"
 

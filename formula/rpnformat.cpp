@@ -101,19 +101,25 @@ private:
 // The text of a value that holds no other values: every kind but ARRAY and DICTIONARY.
 QString CRpnData::plainText(std::uint32_t flags) const
 {
-    const CRpnPayload *p = m_p;
     const int precision = precisionOf(flags);
     QString out;
-    switch (p->m_kind) {
+    switch (m_kind) {
+    case RPN_NULL:
+        return out;
+    case RPN_REAL:
+        appendReal(out, m_u.real, GetDisplayExponent(), precision);
+        return out;
+    case RPN_INT:
+        return QString::number(m_u.i);
+    default:
+        break;
+    }
+    const CRpnPayload *p = m_u.p;
+    switch (m_kind) {
     case RPN_STRING:
         if (flags & RPN_TEXT_QUOTES)
             return u'"' + p->Text() + u'"';
         return p->Text();
-    case RPN_REAL:
-        appendReal(out, p->m_real, GetDisplayExponent(), precision);
-        return out;
-    case RPN_INT:
-        return QString::number(p->m_int);
     case RPN_COMPLEX:
         appendComplex(out, p->m_real, p->m_imag, precision);
         return out;
@@ -146,9 +152,9 @@ QString CRpnData::plainText(std::uint32_t flags) const
 
 namespace {
 
-bool holdsValues(const CRpnPayload *p)
+bool holdsValues(const CRpnData &v)
 {
-    return p->m_kind == RPN_ARRAY || p->m_kind == RPN_DICTIONARY;
+    return v.GetKind() == RPN_ARRAY || v.GetKind() == RPN_DICTIONARY;
 }
 
 // Ends a text that grew past the longest one made: cut, with "..." to show it.
@@ -165,7 +171,7 @@ bool endIfTooLong(QString &out)
 
 QString CRpnData::GetText(std::uint32_t flags) const
 {
-    if (!holdsValues(m_p))
+    if (!holdsValues(*this))
         return plainText(flags);
 
     // Arrays and dictionaries nest to any depth: the walk keeps its own stack.
@@ -188,7 +194,7 @@ QString CRpnData::GetText(std::uint32_t flags) const
             out += u'{';
         stack.push_back({p, 0, cut ? kCutAfter : count, open, cut, false});
     };
-    enter(m_p);
+    enter(m_u.p);
     while (!stack.empty()) {
         if (endIfTooLong(out))
             return out;
@@ -219,13 +225,12 @@ QString CRpnData::GetText(std::uint32_t flags) const
             level.entryOpen = true;
         }
         ++level.next;
-        const CRpnPayload *q = value->m_p;
-        if (holdsValues(q))
-            enter(q); // `level` is not used after this
-        else if (q->m_kind == RPN_REAL) // the common cells straight into the text
-            appendReal(out, q->m_real, value->GetDisplayExponent(), precisionOf(flags));
-        else if (q->m_kind == RPN_INT)
-            out += QString::number(q->m_int);
+        if (holdsValues(*value))
+            enter(value->m_u.p); // `level` is not used after this
+        else if (value->m_kind == RPN_REAL) // the common cells straight into the text
+            appendReal(out, value->m_u.real, value->GetDisplayExponent(), precisionOf(flags));
+        else if (value->m_kind == RPN_INT)
+            out += QString::number(value->m_u.i);
         else
             out += value->plainText(flags);
     }
@@ -315,7 +320,7 @@ QString CRpnData::FormatValue(const CMapStringToRpnData &options, int depth) con
             forms.push_back(levelForm(options, depth + int(forms.size())));
         return forms[std::size_t(level - depth)];
     };
-    if (!holdsValues(m_p))
+    if (!holdsValues(*this))
         return formatPlain(*this, formAt(depth));
 
     // As GetText, with the texts of each level from the options.
@@ -339,7 +344,7 @@ QString CRpnData::FormatValue(const CMapStringToRpnData &options, int depth) con
             stack.push_back({p, level, 0, p->m_map ? p->m_map->GetCount() : 0, false});
         }
     };
-    enter(m_p, depth);
+    enter(m_u.p, depth);
     while (!stack.empty()) {
         if (endIfTooLong(out))
             return out;
@@ -370,8 +375,8 @@ QString CRpnData::FormatValue(const CMapStringToRpnData &options, int depth) con
         }
         ++level.next;
         const int inner = level.depth + 1;
-        if (holdsValues(value->m_p))
-            enter(value->m_p, inner); // `level` and `f` are not used after this
+        if (holdsValues(*value))
+            enter(value->m_u.p, inner); // `level` and `f` are not used after this
         else if (value->IsReal())
             appendReal(out, value->GetRealValue(), formAt(inner).plainReal ? 0 : value->GetDisplayExponent(),
                        formAt(inner).precision);

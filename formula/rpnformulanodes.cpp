@@ -526,8 +526,8 @@ bool ReadSubstitutions(CRpnNodeList *call, int first, std::vector<CRpnSubstituti
 void SubstituteInFormula(CRpnNode *call, const CRpnData &formula, const std::vector<CRpnSubstitution> &pairs,
                          CRpnData &result, unsigned char &status)
 {
-    const CEquationTree *from = formula.GetFormula();
-    if (!formula.IsFormula() || !from) {
+    const CEquationTree *from = formula.IsFormula() ? formula.GetFormula() : nullptr;
+    if (!from) {
         status = 0;
         result.SetNull();
         return;

@@ -3,6 +3,7 @@
 #include "formula/rpnfunctioncall.h"
 
 #include "formula/rpnbuffer.h"
+#include "formula/rpnstatements.h"
 #include "formula/rpntree.h"
 #include "formula/rpnuserfunction.h"
 
@@ -12,6 +13,108 @@
 namespace {
 constexpr int kMsgUnknownName = 43028;
 constexpr int kMsgCallsTooDeep = 43300;
+
+bool isBlock(const CRpnNode *node)
+{
+    const std::uint64_t traits = node->GetTraits();
+    return (traits & RPN_TRAIT_LIST) && !(traits & RPN_TRAIT_MULTI_OPERAND);
+}
+
+// A body whose last statement is a `return`: every way through it ends in a
+// `return` or an error, so the values of the other statements are never
+// needed and the body may run for its effect (Execute).
+bool endsInReturn(const CRpnNode *body)
+{
+    if (!body || !isBlock(body))
+        return false;
+    const auto &children = static_cast<const CRpnNodeList *>(body)->m_children;
+    return !children.empty() && children.back() && children.back()->GetKind() == RPN_NODE_RETURN;
+}
+
+// Whether a statement may run on the fast path: `return` of an expression on
+// plain numbers, `if` with such a condition, and blocks of these.
+bool fastStatement(const CRpnNode *node)
+{
+    if (!node)
+        return true;
+    if (StackRoom::IsStackLow())
+        return false;
+    if (isBlock(node)) {
+        for (const CRpnNode *child : static_cast<const CRpnNodeList *>(node)->m_children) {
+            if (!fastStatement(child))
+                return false;
+        }
+        return true;
+    }
+    switch (node->GetKind()) {
+    case RPN_NODE_RETURN: {
+        const CRpnNode *value = static_cast<const CNodeReturn *>(node)->m_operand;
+        return value && value->m_fastValue;
+    }
+    case RPN_NODE_IF: {
+        const auto *branch = static_cast<const CNode_IF *>(node);
+        return branch->m_condition && branch->m_condition->m_fastValue && fastStatement(branch->m_then)
+            && fastStatement(branch->m_else);
+    }
+    default:
+        return false;
+    }
+}
+
+bool fastBody(CRpnUserFunction *function)
+{
+    for (int p = 0; p < function->GetParameterCount(); ++p) {
+        if (function->IsByReference(p))
+            return false;
+    }
+    return endsInReturn(function->m_body) && fastStatement(function->m_body);
+}
+
+// Runs statements that fastStatement accepted.
+enum FastRun { FastGaveUp, FastReturned, FastWentOn };
+
+FastRun runFast(CRpnNode *node, double &out)
+{
+    if (!node)
+        return FastWentOn;
+    if (StackRoom::IsStackLow())
+        return FastGaveUp;
+    switch (node->GetKind()) {
+    case RPN_NODE_RETURN:
+        return static_cast<CNodeReturn *>(node)->m_operand->EvaluateFast(out) ? FastReturned : FastGaveUp;
+    case RPN_NODE_IF: {
+        auto *branch = static_cast<CNode_IF *>(node);
+        double c;
+        if (!branch->m_condition->EvaluateFast(c))
+            return FastGaveUp;
+        return runFast(c != 0.0 ? branch->m_then : branch->m_else, out);
+    }
+    default: // a block
+        for (CRpnNode *child : static_cast<CRpnNodeList *>(node)->m_children) {
+            const FastRun r = runFast(child, out);
+            if (r != FastWentOn)
+                return r;
+        }
+        return FastWentOn;
+    }
+}
+
+// Puts the owner's frame and depth back when a call on the fast path ends.
+struct FastCallScope
+{
+    int &depth;
+    CRpnCallFrame *&current;
+    CRpnCallFrame *outer;
+    CRpnUserFunction *function;
+    CRpnCallFrame *frame;
+    ~FastCallScope()
+    {
+        --depth;
+        current = outer;
+        function->GiveBackFrame(frame);
+    }
+};
+
 } // namespace
 
 CRpnNode *CNode_Function::Clone(CEquationTree *tree, int position, int row, int col) const
@@ -97,7 +200,10 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
     unsigned char callStatus = 1;
     CRpnData value;
     try {
-        function->m_body->Evaluate(value, callStatus);
+        if (endsInReturn(function->m_body))
+            function->m_body->Execute(value, callStatus);
+        else
+            function->m_body->Evaluate(value, callStatus);
     } catch (const std::exception &) {
         if (callStatus == 1)
             callStatus = 0;
@@ -136,4 +242,49 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
         result.SetNull();
     else
         result = std::move(value);
+}
+
+bool CNode_Function::EvaluateFast(double &out)
+{
+    CRpnUserFunction *function = m_function;
+    // m_fastPath: every argument may give its double this way.
+    if (!m_fastPath || !function || !function->m_body || function->m_fastBody == 0)
+        return false;
+    if (function->m_fastBody < 0)
+        function->m_fastBody = fastBody(function) ? 1 : 0;
+    CEquationTree *owner = function->m_owner ? function->m_owner : m_tree;
+    // The limits and a stop are the ordinary path's to report.
+    if (function->m_fastBody == 0 || !owner || owner->m_callDepth >= MaxCallDepth || owner->IsStopping()
+        || StackRoom::IsStackLow())
+        return false;
+    constexpr int kMaxArguments = 8;
+    const int count = int(m_children.size());
+    if (count > kMaxArguments)
+        return false;
+    double arguments[kMaxArguments];
+    for (int i = 0; i < count; ++i) {
+        if (!m_children[std::size_t(i)]->EvaluateFast(arguments[i]))
+            return false;
+    }
+    const int parameters = function->GetParameterCount();
+    CRpnCallFrame *frame = function->TakeFrame();
+    for (int p = 0; p < parameters; ++p) {
+        if (p < count)
+            frame->SetSlot(p, CRpnData(arguments[p]));
+        else
+            frame->SetSlot(p, function->m_defaults.value(p));
+    }
+    if (function->GetMainSlot() >= 0)
+        frame->SetSlot(function->GetMainSlot(), owner->GetVariablesValue());
+    FastCallScope scope{owner->m_callDepth, owner->m_callFrame, owner->m_callFrame, function, frame};
+    owner->m_callFrame = frame;
+    ++owner->m_callDepth;
+    if (runFast(function->m_body, out) == FastReturned)
+        return true;
+    // Something unusual on the way (a value that is no number, a zero
+    // divisor, a limit): this call is done again the ordinary way, and so
+    // are the calls of this function from now on, so that a recursion that
+    // gives up deep down is not tried again at every level.
+    function->m_fastBody = 0;
+    return false;
 }

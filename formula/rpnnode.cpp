@@ -115,7 +115,7 @@ CNodeConstant *CRpnNode::AsConstant()
 
 CNodeVariable *CRpnNode::AsVariable()
 {
-    return Has(RPN_TRAIT_VARIABLE) ? static_cast<CNodeVariable *>(this) : nullptr;
+    return m_variableNode ? static_cast<CNodeVariable *>(this) : nullptr;
 }
 
 CRpnNodeList *CRpnNode::AsList()
@@ -234,6 +234,26 @@ void ResetRunTree(CRpnNode *root)
         (*it)->ResetRun();
 }
 
+namespace {
+
+std::int8_t fastOpOf(int kind)
+{
+    switch (kind) {
+    case RPN_NODE_PLUS: return RPN_FAST_OP_ADD;
+    case RPN_NODE_MINUS: return RPN_FAST_OP_SUBTRACT;
+    case RPN_NODE_MULTIPLY: return RPN_FAST_OP_MULTIPLY;
+    case RPN_NODE_LESS: return RPN_FAST_OP_LESS;
+    case RPN_NODE_GREATER: return RPN_FAST_OP_GREATER;
+    case RPN_NODE_LESS_EQUAL: return RPN_FAST_OP_LESS_EQUAL;
+    case RPN_NODE_GREATER_EQUAL: return RPN_FAST_OP_GREATER_EQUAL;
+    case RPN_NODE_INCREMENT: return RPN_FAST_OP_STEP_UP;
+    case RPN_NODE_DECREMENT: return RPN_FAST_OP_STEP_DOWN;
+    default: return RPN_FAST_OP_NONE;
+    }
+}
+
+} // namespace
+
 void PrepareFastPath(CRpnNode *root)
 {
     // Bottom-up: a node may take the fast path when its class has one and all
@@ -249,6 +269,15 @@ void PrepareFastPath(CRpnNode *root)
             double x;
             // Constants decide now; variables at each read.
             fast = fastValue = node->IsVariable() || node->EvaluateFast(x);
+        } else if (node->IsFunctionCall()) {
+            // A call of a script function: its arguments decide here, its
+            // body at the call (CNode_Function::EvaluateFast).
+            fast = fastValue = true;
+            const int n = node->GetOperandCount();
+            for (int i = 0; i < n; ++i) {
+                const CRpnNode *child = node->GetOperand(i);
+                fast = fastValue = fastValue && child && child->m_fastValue;
+            }
         } else if (node->m_realPath != RPN_REAL_PATH_NONE) {
             fast = fastValue = true;
             const int n = node->GetOperandCount();
@@ -260,6 +289,13 @@ void PrepareFastPath(CRpnNode *root)
         }
         node->m_fastValue = fastValue;
         node->m_fastPath = fast;
+        node->m_fastOp = fastOpOf(node->GetKind());
+        if (node->GetKind() == RPN_NODE_ASSIGN) {
+            const CRpnNode *left = node->GetOperand(0), *right = node->GetOperand(1);
+            // (Not a call: a function may give a number with its display exponent.)
+            node->m_plainStore = left && right && left->m_variableNode && right->m_fastValue && right->IsOperation()
+                && !right->IsFunctionCall();
+        }
     }
 }
 

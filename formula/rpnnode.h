@@ -124,6 +124,20 @@ enum RpnRealPath : int {
     RPN_REAL_PATH_DIVISOR,   // as PLAIN, but a zero right operand is an error (`/`, `%`)
 };
 
+// The operation of m_fastOp.
+enum RpnFastOp : std::int8_t {
+    RPN_FAST_OP_NONE = 0,
+    RPN_FAST_OP_ADD,
+    RPN_FAST_OP_SUBTRACT,
+    RPN_FAST_OP_MULTIPLY,
+    RPN_FAST_OP_LESS,
+    RPN_FAST_OP_GREATER,
+    RPN_FAST_OP_LESS_EQUAL,
+    RPN_FAST_OP_GREATER_EQUAL,
+    RPN_FAST_OP_STEP_UP,   // ++
+    RPN_FAST_OP_STEP_DOWN, // --
+};
+
 class CRpnNode
 {
 public:
@@ -306,6 +320,15 @@ public:
     bool m_fastPath = false;
     bool m_fastValue = false;
     std::int8_t m_realPath = RPN_REAL_PATH_NONE;
+    // Set by PrepareFastPath on a plain `=` whose left side is a variable and
+    // whose right side is an operation that may give a double.
+    bool m_plainStore = false;
+    // The node is a CNodeVariable (AsVariable without a virtual call).
+    bool m_variableNode = false;
+    // Set by PrepareFastPath on the operators whose ApplyReal is plain
+    // arithmetic or a comparison, and on ++ and --, so that the hot paths
+    // need no virtual call for it: one of RpnFastOp.
+    std::int8_t m_fastOp = 0;
 };
 
 // --- walks -----------------------------------------------------------------------------

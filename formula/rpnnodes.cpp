@@ -6,6 +6,7 @@
 #include "formula/rpndictionary.h"
 #include "formula/rpntree.h"
 #include "formula/rpnuserfunction.h"
+#include "formula/rpnvariableplace.h"
 
 #include <cmath>
 
@@ -94,13 +95,14 @@ void CNodeVariable::SerializeNode(CRpnBuffer &buffer)
 CRpnData *CNodeVariable::mainEntry(CMapStringToRpnData *main)
 {
     if (m_mainLayout == main->GetLayout())
-        return &main->GetValueAt(m_mainIndex);
+        return m_mainSlot;
     const int at = main->IndexOf(m_name);
     if (at < 0)
         return nullptr;
     m_mainLayout = main->GetLayout();
     m_mainIndex = at;
-    return &main->GetValueAt(at);
+    m_mainSlot = &main->GetValueAt(at);
+    return m_mainSlot;
 }
 
 CRpnData *CNodeVariable::FindStorage()
@@ -121,7 +123,7 @@ CRpnData *CNodeVariable::FindStorage()
     }
     CMapStringToRpnData *main = tree->GetVariables();
     if (m_mainLayout == main->GetLayout())
-        return &main->GetValueAt(m_mainIndex);
+        return m_mainSlot;
     return mainEntry(main);
 }
 
@@ -187,7 +189,7 @@ void CNodeVariable::Evaluate(CRpnData &result, unsigned char &status)
     }
     // A name with a place of its own: read it there.
     if (!m_column) {
-        if (const CRpnData *slot = FindStorage()) {
+        if (const CRpnData *slot = FindPlace()) {
             m_value = *slot;
             result = m_value;
             return;
@@ -217,7 +219,7 @@ bool CNodeVariable::EvaluateFast(double &out)
         out = c->values[row];
         return true;
     }
-    if (const CRpnData *slot = FindStorage()) {
+    if (const CRpnData *slot = FindPlace()) {
         if (!slot->IsReal())
             return false;
         out = slot->GetRealValue();
@@ -264,6 +266,7 @@ CRpnData CNodeVariable::SetValue(const CRpnData &value, int row, unsigned char &
     }
     m_mainIndex = main->SetAtIndex(m_name, value);
     m_mainLayout = main->GetLayout();
+    m_mainSlot = &main->GetValueAt(m_mainIndex);
     return m_value;
 }
 

@@ -124,8 +124,9 @@ public:
 // The name is looked up once, not on every access: inside a function body
 // the node holds its slot in the call's frame (fixed when the body is
 // compiled), and in the main text it remembers the position of its entry in
-// the main dictionary with the dictionary's layout number, and looks the name
-// up again only when that number has changed or the name was not there.
+// the main dictionary (its position and address) with the dictionary's
+// layout number, and looks the name up again only when that number has
+// changed or the name was not there.
 class CNodeVariable : public CNodeConstant
 {
 public:
@@ -138,6 +139,7 @@ public:
         MarkCurve = 32,    // was assigned a curve
     };
 
+    CNodeVariable() { m_variableNode = true; }
     int GetKind() const override { return RPN_NODE_VARIABLE; }
     QString GetName() const override { return m_name; }
     std::uint64_t GetTraits() const override { return CNodeConstant::GetTraits() | RPN_TRAIT_VARIABLE; }
@@ -177,11 +179,15 @@ public:
     // in the main dictionary; null when no place holds the name (a getter's
     // or a column's variable has none).
     CRpnData *FindStorage();
+    // The same, the common cases inline (defined in rpnvariableplace.h,
+    // which a caller includes).
+    inline CRpnData *FindPlace();
 
 private:
     // The remembered entry of the main dictionary (layout 0: none).
     std::uint64_t m_mainLayout = 0;
     int m_mainIndex = -1;
+    CRpnData *m_mainSlot = nullptr; // its address, valid under the same layout
 
     bool lookUp(CRpnData &value);
     CRpnData *mainEntry(CMapStringToRpnData *main);

@@ -9,6 +9,7 @@
 #include "formula/rpndictionary.h"
 #include "formula/rpnformulavalue.h"
 #include "formula/rpntree.h"
+#include "formula/rpnvariableplace.h"
 #include "support/xmlelement.h"
 
 #include <algorithm>
@@ -511,6 +512,16 @@ bool CNodeDoubleOperand::EvaluateFast(double &out)
     }
     if (!m_right->EvaluateFast(b))
         return false;
+    switch (m_fastOp) {
+    case RPN_FAST_OP_ADD: out = a + b; return true;
+    case RPN_FAST_OP_SUBTRACT: out = a - b; return true;
+    case RPN_FAST_OP_MULTIPLY: out = a * b; return true;
+    case RPN_FAST_OP_LESS: out = a < b ? 1.0 : 0.0; return true;
+    case RPN_FAST_OP_GREATER: out = a > b ? 1.0 : 0.0; return true;
+    case RPN_FAST_OP_LESS_EQUAL: out = a <= b ? 1.0 : 0.0; return true;
+    case RPN_FAST_OP_GREATER_EQUAL: out = a >= b ? 1.0 : 0.0; return true;
+    default: break;
+    }
     if (path == RPN_REAL_PATH_DIVISOR && b == 0.0)
         return false;
     unsigned char st = 1;
@@ -763,15 +774,15 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         result.SetNull();
         return;
     }
-    if (m_right->m_fastValue && m_right->IsOperation() && GetKind() == RPN_NODE_ASSIGN && !IsStopping()) {
+    if (m_plainStore && !IsStopping()) {
         // A variable with a place of its own given the double of an
         // operation on numbers: the variable, the node's copy and the result
         // each take the number in their own payload, overwritten where it
         // lies when no one else holds it.
         double x;
-        CNodeVariable *variable = m_left->AsVariable();
+        CNodeVariable *variable = static_cast<CNodeVariable *>(m_left);
         CRpnData *slot = nullptr;
-        if (variable && m_right->EvaluateFast(x) && (slot = variable->FindStorage()) != nullptr) {
+        if (m_right->EvaluateFast(x) && (slot = variable->FindPlace()) != nullptr) {
             slot->SetDouble(x);
             variable->m_value.SetDouble(x);
             result.SetDouble(x);
@@ -899,11 +910,13 @@ void CNodeIncrement::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
     // A number in a place of its own is stepped there.
-    if (CRpnData *slot = variable->FindStorage(); slot && slot->IsReal()) {
+    if (CRpnData *slot = variable->FindPlace(); slot && slot->IsReal()) {
         // Each handle takes the number in its own payload, overwritten where
         // it lies when no one else holds it: no payload changes hands.
         const double old = slot->GetRealValue();
-        const double now = old + Step();
+        const double now = old + (m_fastOp == RPN_FAST_OP_STEP_UP     ? 1.0
+                                  : m_fastOp == RPN_FAST_OP_STEP_DOWN ? -1.0
+                                                                      : double(Step()));
         slot->SetDouble(now);
         variable->m_value.SetDouble(now);
         result.SetDouble(m_fix < 0 ? now : old);

@@ -403,6 +403,7 @@ public:
     }
     CRpnNode *CreateSame() const override { return new CNodeAssignment; }
     void Evaluate(CRpnData &result, unsigned char &status) override;
+    void Execute(CRpnData &value, unsigned char &status) override { CNodeAssignment::Evaluate(value, status); }
     int CollectDefaults(CMapStringToRpnData &dictionary) override;
 
     // Stores `value` through the left side `target`: a variable, or an index
@@ -475,6 +476,7 @@ public:
     CRpnNode *CreateSame() const override { return new CNodeIncrement; }
     CRpnNode *Clone(CEquationTree *tree, int position, int row, int col) const override;
     void Evaluate(CRpnData &result, unsigned char &status) override;
+    void Execute(CRpnData &value, unsigned char &status) override { CNodeIncrement::Evaluate(value, status); }
     void SerializeNode(CRpnBuffer &buffer) override;
 
     std::int32_t m_fix = -1;

@@ -40,10 +40,9 @@ void CRpnCallFrame::Clear()
 {
     // The values go now, not when the frame is next used: an array that a
     // finished call held must not stay shared (an assignment would copy it).
-    static thread_local const CRpnData empty;
     for (std::size_t i = 0; i < m_slots.size(); ++i) {
         if (m_set[i]) {
-            m_slots[i] = empty;
+            m_slots[i].SetNull();
             m_set[i] = 0;
         }
     }
@@ -65,6 +64,7 @@ int CRpnUserFunction::SlotOf(const QString &name) const
 void CRpnUserFunction::BindSlots(bool caseSensitive)
 {
     m_caseSensitive = caseSensitive;
+    m_fastBody = -1;
     m_slotNames.clear();
     m_slotIndex.clear();
     m_spareFrames.clear();

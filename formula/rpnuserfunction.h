@@ -92,6 +92,10 @@ public:
     QList<std::uint32_t> m_parameterFlags;
     CRpnNode *m_body = nullptr;         // owned
     CEquationTree *m_owner = nullptr;   // not owned
+    // Whether calls may take the fast path (CNode_Function::EvaluateFast):
+    // -1 not yet known, 0 no (the body's form, a parameter passed by
+    // reference, or a call on the fast path that had to give up), 1 yes.
+    std::int8_t m_fastBody = -1;
 
 private:
     QString key(const QString &name) const { return m_caseSensitive ? name : name.toUpper(); }

@@ -29,14 +29,19 @@ private:
 
 TEST(RpnData, CopiesShareAndSettersDetach)
 {
-    static_assert(sizeof(CRpnData) == sizeof(void *));
-    CRpnData a(2.5);
+    static_assert(sizeof(CRpnData) == 2 * sizeof(void *));
+    CRpnData a(QStringLiteral("shared"));
     CRpnData b = a;
     EXPECT_TRUE(a.IsSameAs(b));
     EXPECT_EQ(a.GetRefs(), 2);
     b.SetInt(7);
     EXPECT_EQ(a.GetRefs(), 1);
-    EXPECT_EQ(Describe(a), "REAL:2.5");
+    EXPECT_EQ(Describe(a), "STRING:shared");
+    // Numbers are held in the handle: equal bits are the same value.
+    CRpnData x(2.5), y(2.5), z(-0.0);
+    EXPECT_TRUE(x.IsSameAs(y));
+    EXPECT_FALSE(z.IsSameAs(CRpnData(0.0)));
+    EXPECT_FALSE(CRpnData(1).IsSameAs(CRpnData(1.0)));
 
     // Changes through the payload are seen by every handle.
     CRpnData arr = RealItems({1, 2, 3});
@@ -73,17 +78,22 @@ TEST(RpnData, CopiesShareAndSettersDetach)
 
 TEST(RpnData, PayloadsComeFromTheThreadsFreeList)
 {
-    { CRpnData warm(0.0); } // the list holds at least one payload now
+    { CRpnData warm(QStringLiteral("w")); } // the list holds at least one payload now
     const int before = RpnPool::FreeCount();
     ASSERT_GT(before, 0);
     {
-        CRpnData a(1.0);
+        CRpnData a(QStringLiteral("a"));
         CRpnData b = a; // a copy takes no payload
         CRpnData c = CRpnData::Add(a, b);
         EXPECT_EQ(RpnPool::FreeCount(), before - 2);
         CRpnData arr;
-        arr.SetArray(10); // one for the array, one for each element
-        EXPECT_EQ(RpnPool::FreeCount(), before - 13);
+        arr.SetArray(10); // one for the array; empty cells and numbers take none
+        for (int i = 0; i < 10; ++i)
+            arr.SetAt(i, i % 2 ? CRpnData(i) : CRpnData(0.5 * i));
+        CRpnData sum = CRpnData::Add(CRpnData(1.0), CRpnData(2));
+        EXPECT_EQ(RpnPool::FreeCount(), before - 3);
+        CRpnData z(std::complex<double>(1.0, 2.0)); // a complex number has one
+        EXPECT_EQ(RpnPool::FreeCount(), before - 4);
     }
     EXPECT_EQ(RpnPool::FreeCount(), before);
 
@@ -446,7 +456,7 @@ TEST(RpnDataDeathTest, UseAfterReleaseIsReported)
         {
             CRpnPayload *stale = nullptr;
             {
-                CRpnData v(1.0);
+                CRpnData v(QStringLiteral("text"));
                 stale = CRpnDataAccess::Payload(v);
             }
             volatile std::uint32_t kind = stale->m_kind;

@@ -89,6 +89,23 @@ const ScriptCase kScripts[] = {
     {"return_from_loop_body",
      "function first(limit) { k = 1; while (1) { if (k * k > limit) { return k }; k++ } }; first(50)", "REAL:8"},
     {"return_from_nested_block", "i = 0; while (i < 10) { { if (i == 3) { return i * 10 } }; i++ }", "REAL:30"},
+    // Calls of functions on plain numbers take a shorter way (no values, the
+    // frame's slots only); what they give and report must not change.
+    {"number_recursion", "function fib(n) { if (n < 2) { return n }; return fib(n - 1) + fib(n - 2) }; fib(15)",
+     "REAL:610"},
+    {"number_call_else_branch", "function s(t) { if (t < 0) { return -t } else { if (t > 9) { return 9 } }; return t }; "
+                                "s(-2) + s(12) * 10 + s(4) * 100",
+     "REAL:492"},
+    {"number_call_defaults", "function d(a, b = 4) { return a * b }; d(2) + d(2, 5)", "REAL:18"},
+    {"number_call_in_condition", "function sq(t) { return t*t }; i = 0; while (sq(i) < 50) { i++ }; i",
+     "ARRAY:{0,0,8}"},
+    {"number_call_keeps_display_exponent", "function f(a) { return a }; y = f(2k); y", "ARRAY:{2k,2k}"},
+    {"number_call_argument_of_text", "s = \"4\"; function h(a) { return a * 2 }; {h(3), h(s), h(5)}",
+     "ARRAY:{4,{6,8,10}}"},
+    {"number_call_array_at_the_bottom",
+     "function g(n) { if (n < 1) { return {n} }; return g(n - 1) * 2 }; g(3) + 1", "ARRAY:{1}"},
+    {"number_call_zero_divisor", "function q(a) { return 1 / a }; {q(2), q(0)}", "E41655"},
+    {"number_call_without_end", "function r(n) { return r(n + 1) }; r(0)", "E43300"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Slots, VariableScripts, ::testing::ValuesIn(kScripts),
@@ -122,6 +139,15 @@ TEST(MainVariables, ChangesAfterTheCompileAreSeen)
          },
          "REAL:40"},
         {"removed", [](CMapStringToRpnData &m) { m.RemoveKey(QStringLiteral("q")); }, "REAL:0"},
+        // The entries' block moves as the map grows: the remembered address goes with it.
+        {"set", [](CMapStringToRpnData &m) { m.SetAt(QStringLiteral("q"), CRpnData(5.0)); }, "REAL:50"},
+        {"many names added after it, then set again",
+         [](CMapStringToRpnData &m) {
+             for (int i = 0; i < 5000; ++i)
+                 m.SetAt(QStringLiteral("n%1").arg(i), CRpnData(double(i)));
+             m.SetAt(QStringLiteral("q"), CRpnData(7.0));
+         },
+         "REAL:70"},
     };
     CEquationTree tree;
     tree.m_freeVariables = 1; // the host gives its names later
@@ -264,6 +290,8 @@ TEST(CallFrames, SeriesThroughTheTree)
         {"function g(t) { u = t * 3; if (u > 2) { return u }; return -u }; g(x)", {1.5, 3.0, 6.0}},
         {"iif(x > 1, x*2, 1-x)", {1.5, 0.0, 4.0}},
         {"iif(x > 1, \"a\", {x})", {-0.5, 1.0, 0.0}},
+        {"function h(t) { if (t < 0) { return -t }; if (t > 1.5) { return h(t - 1) * 2 }; return t }; h(x) * 2",
+         {1.0, 2.0, 4.0}},
     };
     for (const Case &c : cases) {
         CEquationTree tree;
