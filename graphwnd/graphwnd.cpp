@@ -9,13 +9,16 @@
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/graphdraw.h"
+#include "graphdata/draw/objectpaint.h"
 #include "graphdata/draw/objectstore.h"
 #include "graphdata/grapherrors.h"
 #include "graphdata/graphglobaldata.h"
+#include "graphdata/pages/curve2page.h"
 #include "graphdata/pages/options2dlg.h"
 #include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphsaveas.h"
 #include "graphwnd/graphtoolbar.h"
+#include "support/controls/messageboxcheck.h"
 #include "support/controls/userprompts.h"
 #include "support/controls/windowdpi.h"
 #include "support/languagestring.h"
@@ -228,16 +231,12 @@ void CGraphWnd::drawPicture(QPainter &painter, const QRect &client, unsigned fla
         m_invalidWarned = true;
         if (!RegistryGetDword(QString::fromLatin1(kOptionsKey), QString::fromLatin1(kHideInvalidWarning), 0)) {
             // Not from inside a paint: the box comes up once this one is done.
+            // Another window may have been told meanwhile not to warn again,
+            // which the box looks at before it shows.
             QTimer::singleShot(0, this, [this] {
-                bool hide = false;
-                CMessagePrompt prompt;
-                prompt.parent = this;
-                prompt.text = LanguageString(kTextInvalidPoints);
-                prompt.checkBoxText = LanguageString(kTextDontShowAgain);
-                prompt.checkBoxChecked = &hide;
-                UserPrompts().Message(prompt);
-                if (hide)
-                    RegistrySetDword(QString::fromLatin1(kOptionsKey), QString::fromLatin1(kHideInvalidWarning), 1);
+                MessageBoxCheck(this, LanguageString(kTextInvalidPoints), QString::fromLatin1(kOptionsKey),
+                                QString::fromLatin1(kHideInvalidWarning), PromptButtons::Ok, PromptIcon::Warning,
+                                LanguageString(kTextDontShowAgain));
             });
         }
     }
@@ -353,17 +352,9 @@ QImage CGraphWnd::RenderImage(QSize size)
 
 CObjectFrame CGraphWnd::ObjectFrame(int axis) const
 {
-    CObjectFrame frame;
     if (!m_graphData)
-        return frame;
-    frame.plotRect = EdgesToQRect(m_graphData->m_plotRect);
-    const CAxisMap xm = XAxisMap(*m_graphData);
-    const CAxisMap ym = YAxisMap(*m_graphData, axis >= 0 && axis < m_graphData->RangeCount() ? axis : 0);
-    frame.xMin = xm.min;
-    frame.xScale = xm.scale;
-    frame.yMin = ym.min;
-    frame.yScale = ym.scale;
-    return frame;
+        return CObjectFrame();
+    return ObjectFrameOf(*m_graphData, m_graphData->m_plotRect, axis);
 }
 
 // ---- tools -----------------------------------------------------------------
@@ -414,13 +405,15 @@ void CGraphWnd::notAvailable()
     ShowMessage(this, LanguageString(kTextNotAvailable), PromptButtons::Ok, PromptIcon::Information);
 }
 
-void CGraphWnd::openOptions(int page)
+void CGraphWnd::openOptions(int page, int curve)
 {
     if (!m_graphData) {
         notAvailable();
         return;
     }
     COptions2_Dlg dialog(*m_graphData, page, this);
+    if (curve >= 0 && curve < dialog.m_curvePage->m_list->rowCount())
+        dialog.m_curvePage->m_list->setCurrentCell(curve, 0);
     if (dialog.exec() != QDialog::Accepted)
         return;
     Redraw(1);
