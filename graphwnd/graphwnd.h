@@ -251,7 +251,9 @@ private:
     void deleteSelection();
     void notAvailable();
     // The option dialog on `page` (-1: the page used last); redraws when accepted.
-    void openOptions(int page);
+    // Opens the option dialog on `page`; on the curve page with the row of
+    // `curve` current when it is one.
+    void openOptions(int page, int curve = -1);
     void syncToolBar();
     void wheelScroll(int axis, int delta);
     bool onObjectCommand(int id);
