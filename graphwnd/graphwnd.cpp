@@ -7,6 +7,7 @@
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/graphdraw.h"
+#include "graphdata/draw/objectpaint.h"
 #include "graphdata/draw/objectstore.h"
 #include "graphdata/grapherrors.h"
 #include "graphdata/pages/curve2page.h"
@@ -351,17 +352,9 @@ QImage CGraphWnd::RenderImage(QSize size)
 
 CObjectFrame CGraphWnd::ObjectFrame(int axis) const
 {
-    CObjectFrame frame;
     if (!m_graphData)
-        return frame;
-    frame.plotRect = EdgesToQRect(m_graphData->m_plotRect);
-    const CAxisMap xm = XAxisMap(*m_graphData);
-    const CAxisMap ym = YAxisMap(*m_graphData, axis >= 0 && axis < m_graphData->RangeCount() ? axis : 0);
-    frame.xMin = xm.min;
-    frame.xScale = xm.scale;
-    frame.yMin = ym.min;
-    frame.yScale = ym.scale;
-    return frame;
+        return CObjectFrame();
+    return ObjectFrameOf(*m_graphData, m_graphData->m_plotRect, axis);
 }
 
 // ---- tools -----------------------------------------------------------------
