@@ -15,6 +15,7 @@
 #include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphsaveas.h"
 #include "graphwnd/graphtoolbar.h"
+#include "support/controls/messageboxcheck.h"
 #include "support/controls/userprompts.h"
 #include "support/controls/windowdpi.h"
 #include "support/languagestring.h"
@@ -227,16 +228,12 @@ void CGraphWnd::drawPicture(QPainter &painter, const QRect &client, unsigned fla
         m_invalidWarned = true;
         if (!RegistryGetDword(QString::fromLatin1(kOptionsKey), QString::fromLatin1(kHideInvalidWarning), 0)) {
             // Not from inside a paint: the box comes up once this one is done.
+            // Another window may have been told meanwhile not to warn again,
+            // which the box looks at before it shows.
             QTimer::singleShot(0, this, [this] {
-                bool hide = false;
-                CMessagePrompt prompt;
-                prompt.parent = this;
-                prompt.text = LanguageString(kTextInvalidPoints);
-                prompt.checkBoxText = LanguageString(kTextDontShowAgain);
-                prompt.checkBoxChecked = &hide;
-                UserPrompts().Message(prompt);
-                if (hide)
-                    RegistrySetDword(QString::fromLatin1(kOptionsKey), QString::fromLatin1(kHideInvalidWarning), 1);
+                MessageBoxCheck(this, LanguageString(kTextInvalidPoints), QString::fromLatin1(kOptionsKey),
+                                QString::fromLatin1(kHideInvalidWarning), PromptButtons::Ok, PromptIcon::Warning,
+                                LanguageString(kTextDontShowAgain));
             });
         }
     }
