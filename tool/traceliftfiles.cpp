@@ -24,6 +24,8 @@ constexpr int OnlyCommentsMessage = 27594;
 constexpr int WriteFailedMessage = 27596;
 constexpr int TextSaveFamilyCaption = 27622;
 constexpr int NoFinishedCurveMessage = 27623;
+constexpr int XRangeDiffersMessage = 27536;
+constexpr int OfferFamilyCsvQuestion = 44300;
 
 // While a curve is captured its points are not in the record yet, and the
 // dialog's load half would drop the mode under the shown canvas.
@@ -63,6 +65,12 @@ bool CTraceliftToolDlg::saveCurves()
         }
         if (plan.messageId)
             showMessage(plan.messageId, plan.messageArgument, PromptIcon::Stop);
+        // Curves of one family often end at different X (a curve leaves the
+        // graph early, another starts late).  The file per curve stays
+        // refused for them; the family CSV, which leaves a cell empty where a
+        // curve has no value, takes them as they are.
+        if (plan.messageId == XRangeDiffersMessage && ask(OfferFamilyCsvQuestion, PromptButtons::YesNo) == StepAnswer::Yes)
+            return OnSaveFamilyCsv();
         return false;
     }
     // Saving the fields loads them back.

@@ -125,7 +125,12 @@ CExportSelection CollectExportColumns(const std::vector<CGraphCurve *> &graphs)
             }
             if (!x || !y)
                 continue;
-            if (yName.isEmpty())
+            // A computed column is named after its formula; the user knows
+            // the curve by the name given to it, so that heads its column.
+            const bool named = curve->Origin() == CCurveBasicInfo::OriginComputed && !curve->m_colLabel.isEmpty();
+            if (named)
+                yName = componentPrefix(graph->m_spectrumMode ? curve->Component() : 0) + curve->m_colLabel;
+            else if (yName.isEmpty())
                 yName = y->m_name;
 
             auto found = xPlaces.find(x);

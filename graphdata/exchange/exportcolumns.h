@@ -36,6 +36,7 @@ struct CExportSelection
 // case) or ordered, that lies wholly inside the shown X span, is taken as
 // it is; any other is cut to the rows inside the span, and so are the Y
 // columns over it.  Y names of spectrum components get "Angle(D)_",
-// "Angle(R)_", "Real_" or "Img_" in front.  Oscilloscope graphs are left
-// out.
+// "Angle(R)_", "Real_" or "Img_" in front; a computed curve's column goes
+// out under the curve's label rather than its formula.  Oscilloscope graphs
+// are left out.
 CExportSelection CollectExportColumns(const std::vector<CGraphCurve *> &graphs);

@@ -1,16 +1,36 @@
 // graphview --curve NAME=FORMULA: how the argument splits, and the curves it
 // adds or refuses.
 #include "graphviewcurves.h"
+#include "graphviewexchange.h"
 
 #include "graphdata/graphcurve.h"
 #include "graphwnd/graphwnd.h"
 #include "support/languagestring.h"
 
 #include <QCommandLineParser>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+// Time = 0, 0.5, ... 4.5 and V1 = 0, 1, ... 9.
+void FillData(CGraphData &data)
+{
+    data.Create(1, 2, 10, 0);
+    data.GetColumn(0)->m_name = u"Time"_s;
+    data.GetColumn(1)->m_name = u"V1"_s;
+    for (int r = 0; r < 10; ++r) {
+        const double row[2] = {r * 0.5, r * 1.0};
+        data.AppendRows(row, nullptr, 0, 2, r, 1);
+    }
+}
+
+} // namespace
 
 TEST(GraphViewCurves, ArgumentSplitsAtTheFirstPlainEquals)
 {
@@ -55,13 +75,7 @@ TEST(GraphViewCurves, CurvesAreAddedOrTheFirstFailureEndsTheProgram)
     };
     for (const auto &c : cases) {
         CGraphData data;
-        data.Create(1, 2, 10, 0);
-        data.GetColumn(0)->m_name = u"Time"_s;
-        data.GetColumn(1)->m_name = u"V1"_s;
-        for (int r = 0; r < 10; ++r) {
-            const double row[2] = {r * 0.5, r * 1.0};
-            data.AppendRows(row, nullptr, 0, 2, r, 1);
-        }
+        FillData(data);
         CGraphWnd window;
         window.SetGraphDataCopy(data);
         QCommandLineParser parser;
@@ -78,5 +92,44 @@ TEST(GraphViewCurves, CurvesAreAddedOrTheFirstFailureEndsTheProgram)
             EXPECT_EQ(graph.Curve(2)->m_colLabel, u"V1+Time"_s);
             EXPECT_EQ(graph.Curve(2)->m_computedColumn->m_values[4], 6.0);
         }
+    }
+}
+
+TEST(GraphViewCurves, AnExportedCurveIsHeadedByItsName)
+{
+    ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG)));
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const struct
+    {
+        std::vector<const char *> curves;
+        const char *file;
+        const char *head, *thirdLine;
+    } cases[] = {
+        {{"S=V1*2"}, "a.csv", "Time,V1,S", "0.5,1,2"},
+        {{"S=V1*2"}, "a.tsv", "Time\tV1\tS", "0.5\t1\t2"},
+        {{"=V1+Time", "two words=V1-1"}, "b.csv", "Time,V1,V1+Time,two_words", "0.5,1,1.5,0"},
+    };
+    for (const auto &c : cases) {
+        CGraphData data;
+        FillData(data);
+        CGraphWnd window;
+        window.SetGraphDataCopy(data);
+        QCommandLineParser parser;
+        CGraphviewCurves curves(parser);
+        CGraphviewExchange exchange(parser);
+        const QString path = dir.filePath(QString::fromLatin1(c.file));
+        QStringList arguments{u"graphview"_s, u"--export"_s, path};
+        for (const char *curve : c.curves)
+            arguments << u"--curve"_s << QString::fromLatin1(curve);
+        ASSERT_TRUE(parser.parse(arguments));
+        ASSERT_EQ(curves.Apply(window, true), -1) << c.file;
+        ASSERT_EQ(exchange.Run(*window.GetGraphData(), u"test"_s), 0) << c.file;
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << c.file;
+        const QStringList lines = QString::fromUtf8(file.readAll()).split(QRegularExpression(u"\r?\n"_s));
+        ASSERT_GE(lines.size(), 3) << c.file;
+        EXPECT_EQ(lines[0].toStdString(), c.head) << c.file;
+        EXPECT_EQ(lines[2].toStdString(), c.thirdLine) << c.file;
     }
 }

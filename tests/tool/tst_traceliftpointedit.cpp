@@ -7,7 +7,10 @@
 #include "support/myarrays.h"
 #include "tool/capture/pointtext.h"
 
+#include <QDir>
+#include <QFile>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <cmath>
 
 namespace {
@@ -464,3 +467,80 @@ TEST_F(TraceliftTest, ShiftClickProposesATraceThatAcceptBecomesThePointText)
     next();
     EXPECT_TRUE(canvas()->Proposal().isEmpty());
 }
+
+namespace {
+
+// A family of two curves saved with OK, whose second curve is clicked at the
+// given vertices, and how the user answers the offer of the family CSV.
+struct FamilySave {
+    const char *name;
+    QList<int> second;
+    PromptAnswer answer;
+    bool refused;         // the X ranges differ by more than a tenth
+    QStringList written;  // the files left in the folder
+    int csvRows;          // the rows of the family CSV: each X of either curve once
+};
+
+class TraceliftFamilySave : public TraceliftTest, public ::testing::WithParamInterface<FamilySave>
+{
+};
+
+const FamilySave g_familySaves[] = {
+    {"ranges apart, family CSV taken", {3, 5}, PromptAnswer::Yes, true, {"family.csv"}, 4},
+    {"ranges apart, family CSV declined", {3, 5}, PromptAnswer::No, true, {}, 0},
+    {"second curve starts early", {0, 5, 8}, PromptAnswer::Yes, true, {"family.csv"}, 4},
+    {"ranges alike within a tenth", {2, 6, 8}, PromptAnswer::Yes, false, {"a.txt", "b.txt"}, 0},
+};
+
+} // namespace
+
+TEST_P(TraceliftFamilySave, ARefusedRangeOffersTheFamilyCsv)
+{
+    const FamilySave &c = GetParam();
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
+    reach(ModeTrace, g);
+    const QList<QList<int>> clicked = {{2, 5, 8}, c.second};
+    for (int curve = 0; curve < clicked.size(); ++curve) {
+        if (curve > 0) {
+            ASSERT_TRUE(dialog->OnTraceAnotherCurve());
+        }
+        for (int i : clicked[curve])
+            click(g.vertices[i] + QPoint(0, 30 * curve));
+        next();
+    }
+    prompts.answers = {PromptAnswer::Ok, c.answer};
+    for (const char *name : {"a.txt", "b.txt"})
+        prompts.fileNames << files.filePath(QString::fromLatin1(name));
+    if (c.refused)
+        prompts.fileNames = {files.filePath(QStringLiteral("family.csv"))};
+    control<QPushButton>(CTraceliftToolDlg::IdOk)->click();
+
+    const QStringList texts = prompts.MessageTexts();
+    if (c.refused) {
+        // The refusal comes first, as it always does; the offer follows it.
+        ASSERT_EQ(texts.size(), 2) << qPrintable(texts.join(u'|'));
+        EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Stop);
+        EXPECT_EQ(texts[0], message(27536, text(IdXName)));
+        EXPECT_EQ(prompts.messages[1].buttons, PromptButtons::YesNo);
+    } else {
+        EXPECT_TRUE(texts.isEmpty()) << qPrintable(texts.join(u'|'));
+    }
+    EXPECT_EQ(QDir(files.path()).entryList(QDir::Files), c.written);
+    if (c.written == QStringList{QStringLiteral("family.csv")}) {
+        QFile file(files.filePath(QStringLiteral("family.csv")));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QStringList lines = QString::fromUtf8(file.readAll()).split(QStringLiteral("\r\n"), Qt::SkipEmptyParts);
+        EXPECT_EQ(lines.size(), 1 + c.csvRows) << qPrintable(lines.join(u'|'));
+        EXPECT_EQ(lines.value(0).count(u','), 2);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Roads, TraceliftFamilySave, ::testing::ValuesIn(g_familySaves),
+                         [](const testing::TestParamInfo<FamilySave> &i) {
+                             QString n = QString::fromLatin1(i.param.name);
+                             n.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9]")), QStringLiteral("_"));
+                             return n.toStdString();
+                         });
