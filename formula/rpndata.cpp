@@ -100,6 +100,12 @@ CRpnData evaluateFormula(CEquationTree *tree)
 
 } // namespace
 
+const QString &CRpnData::emptyText()
+{
+    static const QString empty;
+    return empty;
+}
+
 CRpnData::CRpnData(const QString &text) : m_kind(RPN_STRING), m_flags(0)
 {
     m_u.p = makePayload(RPN_STRING);

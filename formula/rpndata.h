@@ -303,12 +303,19 @@ public:
     void SetPart(void *part);
     void SetCurve(CRpnObject *curve);
 
-    // --- direct access; valid only for the kind named --------------------------
+    // --- direct access ---------------------------------------------------------
+    // Each reads what the value holds when it is of the kind named, and gives
+    // 0, the empty text or a null pointer for any other kind, so that a caller
+    // that did not test the kind first gets nothing rather than a number's
+    // bits read as an address.
     // REAL, or the real part of COMPLEX.
-    double GetRealValue() const { return m_kind == RPN_COMPLEX ? m_u.p->m_real : m_u.real; }
-    int GetIntValue() const { return m_u.i; }
-    double GetImagValue() const { return m_u.p->m_imag; }
-    const QString &GetTextValue() const { return m_u.p->Text(); }
+    double GetRealValue() const
+    {
+        return m_kind == RPN_REAL ? m_u.real : m_kind == RPN_COMPLEX ? m_u.p->m_real : 0.0;
+    }
+    int GetIntValue() const { return m_kind == RPN_INT ? m_u.i : 0; }
+    double GetImagValue() const { return m_kind == RPN_COMPLEX ? m_u.p->m_imag : 0.0; }
+    const QString &GetTextValue() const { return m_kind == RPN_STRING ? m_u.p->Text() : emptyText(); }
     // Appends to a STRING that no other handle shares; false (and nothing
     // done) for any other value.
     bool AppendText(const QString &tail)
@@ -318,14 +325,33 @@ public:
         m_u.p->Text().append(tail);
         return true;
     }
-    double *GetRealData() const { return m_u.p->m_reals; }
-    CRpnData *GetItems() const { return m_u.p->m_items; }
-    CMapStringToRpnData *GetDictionary() const { return m_u.p->m_map; }
-    CEquationTree *GetFormula() const { return m_u.p->m_tree; }
-    CRpnUserFunction *GetFunction() const { return m_u.p->m_function; }
-    CRpnObject *GetObject() const { return m_u.p->m_object; }
-    CXmlElement *GetXml() const { return m_u.p->m_xml; }
-    void *GetPointer() const { return m_u.p->m_pointer; }
+    double *GetRealData() const { return m_kind == RPN_ARRAY_R ? m_u.p->m_reals : nullptr; }
+    CRpnData *GetItems() const { return m_kind == RPN_ARRAY ? m_u.p->m_items : nullptr; }
+    CMapStringToRpnData *GetDictionary() const { return m_kind == RPN_DICTIONARY ? m_u.p->m_map : nullptr; }
+    CEquationTree *GetFormula() const { return m_kind == RPN_FORMULA ? m_u.p->m_tree : nullptr; }
+    CRpnUserFunction *GetFunction() const { return m_kind == RPN_FUNCTION ? m_u.p->m_function : nullptr; }
+    // DOCUMENT, CURVE, table and lookup table.
+    CRpnObject *GetObject() const
+    {
+        switch (m_kind) {
+        case RPN_DOCUMENT:
+        case RPN_CURVE:
+        case RPN_TABLE:
+        case RPN_LOOKUP_TABLE: return m_u.p->m_object;
+        default: return nullptr;
+        }
+    }
+    CXmlElement *GetXml() const { return m_kind == RPN_XML ? m_u.p->m_xml : nullptr; }
+    // POINTER, TARNPART, and the object of a DOCUMENT.
+    void *GetPointer() const
+    {
+        switch (m_kind) {
+        case RPN_POINTER:
+        case RPN_TARNPART:
+        case RPN_DOCUMENT: return m_u.p->m_pointer;
+        default: return nullptr;
+        }
+    }
 
     // --- arrays ------------------------------------------------------------------
     // Elements of ARRAY and ARRAY_R; 0 for every other kind.
@@ -432,6 +458,7 @@ private:
         m_flags = 0;
     }
     double doubleOfOther() const;
+    static const QString &emptyText();
     static int equalsByRules(const CRpnData &a, const CRpnData &b);
     // GetText of a value that holds no other values (rpnformat.cpp).
     QString plainText(std::uint32_t flags) const;

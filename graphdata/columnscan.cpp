@@ -8,26 +8,10 @@ void RecomputeExtents(CGraphColumn *column, int rows)
 {
     if (!column)
         return;
-    if (rows > column->m_count)
-        rows = column->m_count;
+    // A column without a valid row has the extent 0..0.
     double lo = 0, hi = 0;
-    bool any = false;
     bool invalid = false;
-    for (int i = 0; i < rows; ++i) {
-        if (column->m_valid[i] != 1) {
-            invalid = true;
-            continue;
-        }
-        const double v = column->m_values[i];
-        if (!any) {
-            lo = hi = v;
-            any = true;
-        } else if (v < lo) {
-            lo = v;
-        } else if (v > hi) {
-            hi = v;
-        }
-    }
+    RangeOf(column, 0, rows - 1, lo, hi, invalid);
     column->m_minValue = lo;
     column->m_maxValue = hi;
     column->m_orderFlags = 0;

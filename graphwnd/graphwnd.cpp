@@ -9,6 +9,7 @@
 #include "graphdata/draw/graphdraw.h"
 #include "graphdata/draw/objectstore.h"
 #include "graphdata/grapherrors.h"
+#include "graphdata/pages/curve2page.h"
 #include "graphdata/pages/options2dlg.h"
 #include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphsaveas.h"
@@ -423,13 +424,15 @@ void CGraphWnd::notAvailable()
     ShowMessage(this, LanguageString(kTextNotAvailable), PromptButtons::Ok, PromptIcon::Information);
 }
 
-void CGraphWnd::openOptions(int page)
+void CGraphWnd::openOptions(int page, int curve)
 {
     if (!m_graphData) {
         notAvailable();
         return;
     }
     COptions2_Dlg dialog(*m_graphData, page, this);
+    if (curve >= 0 && curve < dialog.m_curvePage->m_list->rowCount())
+        dialog.m_curvePage->m_list->setCurrentCell(curve, 0);
     if (dialog.exec() != QDialog::Accepted)
         return;
     Redraw(1);

@@ -269,7 +269,9 @@ private:
     void deleteSelection();
     void notAvailable();
     // The option dialog on `page` (-1: the page used last); redraws when accepted.
-    void openOptions(int page);
+    // Opens the option dialog on `page`; on the curve page with the row of
+    // `curve` current when it is one.
+    void openOptions(int page, int curve = -1);
     void syncToolBar();
     // Scrolls X (bar 0) or the active Y axis (bar 1) by wheel notches.
     void wheelScroll(int bar, int notches);

@@ -5,6 +5,7 @@
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/objectstore.h"
 #include "graphdata/draw/polylinecache.h"
+#include "graphdata/pages/optionscopy.h"
 #include "graphwnd/graphcursorbase.h"
 #include "graphwnd/graphcursors.h"
 #include "graphwnd/graphreadout.h"
@@ -627,7 +628,7 @@ void CGraphWnd::OnContextCommand(int id, QPoint point)
             }
             break;
         case CmdCurveProperties:
-            notAvailable();
+            openOptions(COptionsFault::PageCurves, curve);
             return;
         case CmdDelete:
             if (object >= 0) {

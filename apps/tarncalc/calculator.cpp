@@ -39,7 +39,12 @@ void CTarnCalculator::SetArguments(const QStringList &arguments)
 QString CTarnCalculator::FormatError(const QString &text, const QString &sourceName, const QString &message, int row,
                                      int col)
 {
-    QString out = RpnFormat(QString::fromLatin1(RPN_INNER_ERROR_FORMAT), {message, row, col});
+    // An error handed on from a formula run by Eval or Formula comes already in
+    // the block's form, with its place inside that formula; it is shown as it
+    // is, and the lines below give its place in the script.
+    const QString head = QString::fromLatin1(RPN_INNER_ERROR_FORMAT).section(u'%', 0, 0);
+    QString out = message.startsWith(head) ? message
+                                           : RpnFormat(QString::fromLatin1(RPN_INNER_ERROR_FORMAT), {message, row, col});
     const QStringList lines = text.split(u'\n');
     if (row < 1 || row > lines.size() || col < 0)
         return out;

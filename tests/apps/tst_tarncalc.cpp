@@ -99,6 +99,11 @@ INSTANTIATE_TEST_SUITE_P(Cases, TarnCalcRuns, ::testing::Values(
     RunCase{{"-e", "a = 1; SubStr()"}, "",
             "Error: SubStr failed without giving a reason: a parameter may be missing or of a kind it cannot take."
             "  at row: 1   col = 7  \n  in -e at row 1, col 7:\n  1 | a = 1; SubStr()\n    |        ^\n", 1},
+    // An error inside a formula names its place in the formula, then the
+    // place in the script, each once.
+    RunCase{{"-e", "x = Eval(\"1+\")"}, "",
+            "Error: An operator is missing its operand.  at row: 1   col = 1  \n  in -e at row 1, col 4:\n"
+            "  1 | x = Eval(\"1+\")\n    |     ^\n", 1},
     RunCase{{"-e", "LoadScript(\"missing.tarn\")"}, "", "Error in function LoadScript(\"missing.tarn\"). File does not exist.",
             1}));
 

@@ -8,7 +8,9 @@
 #include "formulatest.h"
 
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace {
 
@@ -148,6 +150,93 @@ TEST(RpnData, ArrayAccess)
     EXPECT_EQ(Text("abc").GetSize(), 0);
     EXPECT_EQ(Empty(RPN_DICTIONARY).GetSize(), 0);
 }
+
+// The direct accessors read a value of their own kind and give nothing for
+// any other: numbers live in the handle, so reading one as a payload must not
+// follow its bits.
+struct AccessorCase
+{
+    const char *name;
+    std::function<CRpnData()> make;
+};
+
+class RpnDataAccessors : public ::testing::TestWithParam<AccessorCase>
+{
+};
+
+TEST_P(RpnDataAccessors, GiveNothingForOtherKinds)
+{
+    const CRpnData v = GetParam().make();
+    const std::uint32_t k = v.GetKind();
+    const auto owns = [k](std::initializer_list<std::uint32_t> kinds) {
+        return std::find(kinds.begin(), kinds.end(), k) != kinds.end();
+    };
+    EXPECT_EQ(v.GetItems() != nullptr, owns({RPN_ARRAY}));
+    EXPECT_EQ(v.GetRealData() != nullptr, owns({RPN_ARRAY_R}));
+    EXPECT_EQ(v.GetDictionary() != nullptr, owns({RPN_DICTIONARY}));
+    EXPECT_EQ(v.GetFormula(), nullptr);
+    EXPECT_EQ(v.GetFunction(), nullptr);
+    EXPECT_EQ(v.GetObject() != nullptr, owns({RPN_DOCUMENT}));
+    EXPECT_EQ(v.GetPointer() != nullptr, owns({RPN_DOCUMENT, RPN_POINTER, RPN_TARNPART}));
+    EXPECT_EQ(v.GetXml() != nullptr, owns({RPN_XML}));
+    if (k == RPN_STRING)
+        EXPECT_EQ(v.GetTextValue(), v.GetText());
+    else
+        EXPECT_TRUE(v.GetTextValue().isEmpty());
+    if (k != RPN_COMPLEX)
+        EXPECT_EQ(v.GetImagValue(), 0.0);
+    if (k != RPN_INT)
+        EXPECT_EQ(v.GetIntValue(), 0);
+    if (k != RPN_REAL && k != RPN_COMPLEX)
+        EXPECT_EQ(v.GetRealValue(), 0.0);
+    // Out of its own kind the value reads as no array at all.
+    if (!v.IsArray())
+        EXPECT_EQ(v.GetSize(), 0);
+}
+
+namespace {
+int g_documentDeaths = 0;
+int g_pointerTarget = 0;
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    EachKind, RpnDataAccessors,
+    ::testing::Values(AccessorCase{"null", [] { return CRpnData(); }},
+                      AccessorCase{"zero", [] { return CRpnData(0.0); }},
+                      AccessorCase{"real", [] { return CRpnData(-2.5e300); }},
+                      AccessorCase{"nan", [] { return CRpnData(std::nan("")); }},
+                      AccessorCase{"int", [] { return CRpnData(-7); }},
+                      AccessorCase{"intMax", [] { return CRpnData(2147483647); }},
+                      AccessorCase{"emptyText", [] { return Text(""); }},
+                      AccessorCase{"text", [] { return Text("abc"); }},
+                      AccessorCase{"complex", [] { return CRpnData(C(1.5, -2.0)); }},
+                      AccessorCase{"array", [] { return RealItems({1, 2}); }},
+                      AccessorCase{"realArray", [] { return RealBlock({1, 2}); }},
+                      AccessorCase{"dictionary", [] { return Empty(RPN_DICTIONARY); }},
+                      AccessorCase{"pointer",
+                                   [] {
+                                       CRpnData v;
+                                       v.SetPointer(&g_pointerTarget);
+                                       return v;
+                                   }},
+                      AccessorCase{"part",
+                                   [] {
+                                       CRpnData v;
+                                       v.SetPart(&g_pointerTarget);
+                                       return v;
+                                   }},
+                      AccessorCase{"document",
+                                   [] {
+                                       CRpnData v;
+                                       v.SetDocument(new CountedObject(g_documentDeaths));
+                                       return v;
+                                   }},
+                      AccessorCase{"xml",
+                                   [] {
+                                       const CXmlElementPtr e = CXmlElementPtr::Create(QStringLiteral("a"));
+                                       return CRpnData(e.Get());
+                                   }}),
+    [](const ::testing::TestParamInfo<AccessorCase> &info) { return std::string(info.param.name); });
 
 TEST(RpnData, DictionaryAccessAndScopes)
 {

@@ -20,6 +20,7 @@
 
 #include <new>
 
+#include "graphdata/pages/curve2page.h"
 #include "graphdata/pages/options2dlg.h"
 
 #include <QTabWidget>
@@ -558,6 +559,19 @@ TEST_F(GraphWnd, TheMenuOffersWhatLiesUnderTheMouse)
 
     const int hit = m_wnd.CurveAt(onCurve);
     ASSERT_GE(hit, 0);
+    // Properties opens the curve page on the row of the curve clicked.
+    int shownTab = -1, shownRow = -1;
+    QTimer::singleShot(0, [&] {
+        auto *dialog = qobject_cast<COptions2_Dlg *>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        shownTab = dialog->Tabs()->currentIndex();
+        shownRow = dialog->m_curvePage->m_list->currentRow();
+        dialog->reject();
+    });
+    m_wnd.OnContextCommand(CmdCurveProperties, onCurve);
+    EXPECT_EQ(shownTab, 0);
+    EXPECT_EQ(shownRow, hit);
     m_wnd.OnContextCommand(CmdHighlight, onCurve);
     EXPECT_EQ(graph().m_highlightedCurve, hit);
     m_wnd.OnContextCommand(CmdOwnAxis, onCurve);
