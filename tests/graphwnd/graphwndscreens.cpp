@@ -39,17 +39,17 @@ CGraphData stepResponse()
     return data;
 }
 
-// Ten weeks of a battery test from 2024-03-01, one row every six hours:
-// the capacity fading and the cell temperature swinging with the days.
+// Six weeks of a battery test from 2024-03-01, one row every six hours:
+// the capacity fading, and the cell temperature following the lab's week.
 CGraphData batteryLog()
 {
     CGraphData data;
     data.Create(1, 3, 0, 0);
     const double firstDay = 45352; // 2024-03-01 in days from 1899-12-30
-    for (int i = 0; i <= 70 * 4; ++i) {
+    for (int i = 0; i <= 45 * 4; ++i) {
         const double day = i / 4.0;
         const double row[3] = {firstDay + day, 100 - 0.12 * day - 0.9 * (1 - std::exp(-day / 5)),
-                               24 + 3 * std::sin(2 * std::numbers::pi * day) + 2 * std::sin(day / 9)};
+                               24 + 3 * std::sin(2 * std::numbers::pi * day / 7) + 0.6 * std::sin(day)};
         data.AppendRows(row, nullptr, 0, 3, i, 1);
     }
     data.GetColumn(0)->m_name = QStringLiteral("Date");
