@@ -1,13 +1,12 @@
 #pragma once
-// The X axis page: the shown range and tick, log, labels and grids, the X
-// column, the axis title, and "More..." for the rest (with the switch that
-// makes the X values days shown as dates).  In an oscilloscope
+// The X axis page: the shown range and tick, log, labels and grids, the
+// axis title, and "More..." for the rest (with the switch that makes the X
+// values days shown as dates).  In an oscilloscope
 // graph the X controls are hidden; in spectrum mode the log switch is.
 
 #include "graphdata/pages/optionspage.h"
 
 class CAxisFieldsBox;
-class QComboBox;
 class QLabel;
 class QLineEdit;
 
@@ -22,6 +21,5 @@ public:
 
     CAxisFieldsBox *m_fields;
     QLineEdit *m_title;
-    QComboBox *m_xColumn;
     QLabel *m_scopeNote;
 };
