@@ -16,12 +16,16 @@ class CBufferIO;
 // What a drawing object needs to know about the plot it is drawn on: the
 // plot rectangle and the mapping of the X axis and of its own Y axis
 // (pixel = plotLeft + floor((x - xMin) * xScale), and
-// plotBottom - floor((y - yMin) * yScale)).
+// plotBottom - floor((y - yMin) * yScale)).  On a log axis the minimum and
+// the scale are in log10 units, as the axis keeps its view, while the
+// objects keep plain graph values: they stay on the same data when the axis
+// changes between linear and log.
 struct CObjectFrame
 {
     QRect plotRect;
     double xMin = 0, xScale = 1;
     double yMin = 0, yScale = 1;
+    bool xLog = false, yLog = false;
     double fontScale = 1;
     int printing = 0; // bit 1: black and white
 };

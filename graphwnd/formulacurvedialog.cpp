@@ -4,20 +4,17 @@
 #include "graphdata/graphcurve.h"
 #include "graphdata/spectrum/spectrumjob.h"
 #include "graphwnd/graphwnd.h"
+#include "support/controls/progressworkingdlg.h"
 #include "support/languagestring.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>
-#include <QEventLoop>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
-#include <QProgressDialog>
-#include <QTimer>
+#include <QScopeGuard>
 #include <QVBoxLayout>
-
-#include <thread>
 
 namespace {
 
@@ -28,47 +25,33 @@ enum : int {
     TextFormula = 43778,
 };
 
-const int kSteps = 1000;
-// How often the box looks at the job, and asks a stopped one again.
-const int kPollMs = 20;
-
 bool g_running = false;
+
+// The computed curve's job as the busy box runs it.
+class CFormulaCurveWork : public CWorkingJob
+{
+public:
+    explicit CFormulaCurveWork(CFormulaCurveJob &job) : m_job(job) {}
+    void Run() override { m_job.Run(); }
+    void Stop() override { m_job.Stop(); }
+    double Progress() const override { return m_job.Progress(); }
+
+private:
+    CFormulaCurveJob &m_job;
+};
 
 } // namespace
 
 void RunFormulaCurveJob(QWidget *parent, CFormulaCurveJob &job)
 {
-    std::thread worker([&job] { job.Run(); });
-    {
-        QProgressDialog box(parent);
-        box.setWindowTitle(LanguageString(TextComputing));
-        box.setLabelText(QStringLiteral("%1: %2").arg(LanguageString(TextComputing), job.Formula()));
-        box.setWindowModality(Qt::ApplicationModal);
-        box.setRange(0, kSteps);
-        box.setMinimumDuration(300);
-        box.setAutoClose(false);
-        box.setAutoReset(false);
-        QEventLoop loop;
-        QTimer poll;
-        poll.setInterval(kPollMs);
-        QObject::connect(&box, &QProgressDialog::canceled, &box, [&job] { job.Stop(); });
-        QObject::connect(&poll, &QTimer::timeout, &box, [&] {
-            if (job.IsFinished()) {
-                loop.quit();
-                return;
-            }
-            if (box.wasCanceled())
-                job.Stop();
-            else
-                box.setValue(int(job.Progress() * kSteps));
-        });
-        box.setValue(0);
-        poll.start();
-        if (!job.IsFinished())
-            loop.exec();
-        poll.stop();
-    }
-    worker.join();
+    // Made on the heap: should the window close while the job runs, the box
+    // goes with it, and the job is stopped and waited for all the same.
+    QPointer<CProgressWorkingDlg> box = new CProgressWorkingDlg(
+        parent, LanguageString(TextComputing), QStringLiteral("%1: %2").arg(LanguageString(TextComputing), job.Formula()));
+    const auto drop = qScopeGuard([&box] { delete box.data(); });
+    box->SetShowDelay(300);
+    CFormulaCurveWork work(job);
+    box->Run(work);
 }
 
 void InstallFormulaCurveProgress()

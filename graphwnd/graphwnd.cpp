@@ -7,6 +7,7 @@
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/graphdraw.h"
+#include "graphdata/draw/objectpaint.h"
 #include "graphdata/draw/objectstore.h"
 #include "graphdata/grapherrors.h"
 #include "graphdata/pages/curve2page.h"
@@ -14,6 +15,7 @@
 #include "graphwnd/grapherrorbox.h"
 #include "graphwnd/graphsaveas.h"
 #include "graphwnd/graphtoolbar.h"
+#include "support/controls/messageboxcheck.h"
 #include "support/controls/userprompts.h"
 #include "support/controls/windowdpi.h"
 #include "support/languagestring.h"
@@ -226,16 +228,12 @@ void CGraphWnd::drawPicture(QPainter &painter, const QRect &client, unsigned fla
         m_invalidWarned = true;
         if (!RegistryGetDword(QString::fromLatin1(kOptionsKey), QString::fromLatin1(kHideInvalidWarning), 0)) {
             // Not from inside a paint: the box comes up once this one is done.
+            // Another window may have been told meanwhile not to warn again,
+            // which the box looks at before it shows.
             QTimer::singleShot(0, this, [this] {
-                bool hide = false;
-                CMessagePrompt prompt;
-                prompt.parent = this;
-                prompt.text = LanguageString(kTextInvalidPoints);
-                prompt.checkBoxText = LanguageString(kTextDontShowAgain);
-                prompt.checkBoxChecked = &hide;
-                UserPrompts().Message(prompt);
-                if (hide)
-                    RegistrySetDword(QString::fromLatin1(kOptionsKey), QString::fromLatin1(kHideInvalidWarning), 1);
+                MessageBoxCheck(this, LanguageString(kTextInvalidPoints), QString::fromLatin1(kOptionsKey),
+                                QString::fromLatin1(kHideInvalidWarning), PromptButtons::Ok, PromptIcon::Warning,
+                                LanguageString(kTextDontShowAgain));
             });
         }
     }
@@ -351,17 +349,9 @@ QImage CGraphWnd::RenderImage(QSize size)
 
 CObjectFrame CGraphWnd::ObjectFrame(int axis) const
 {
-    CObjectFrame frame;
     if (!m_graphData)
-        return frame;
-    frame.plotRect = EdgesToQRect(m_graphData->m_plotRect);
-    const CAxisMap xm = XAxisMap(*m_graphData);
-    const CAxisMap ym = YAxisMap(*m_graphData, axis >= 0 && axis < m_graphData->RangeCount() ? axis : 0);
-    frame.xMin = xm.min;
-    frame.xScale = xm.scale;
-    frame.yMin = ym.min;
-    frame.yScale = ym.scale;
-    return frame;
+        return CObjectFrame();
+    return ObjectFrameOf(*m_graphData, m_graphData->m_plotRect, axis);
 }
 
 // ---- tools -----------------------------------------------------------------

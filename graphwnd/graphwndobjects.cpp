@@ -6,9 +6,9 @@
 
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/objectstore.h"
+#include "support/controls/userprompts.h"
 #include "support/languagestring.h"
 
-#include <QInputDialog>
 
 #include <algorithm>
 #include <memory>
@@ -83,9 +83,16 @@ bool CGraphWnd::startPlacing(int tool, QPoint point, Qt::KeyboardModifiers keys)
         m_partialBoxTrack.m_spanOnly = keys & Qt::ShiftModifier;
         startTrack(m_partialBoxTrack, point);
     } else {
-        const QString text = m_askObjectText ? m_askObjectText(*this, point)
-                                             : QInputDialog::getText(this, LanguageString(CmdToolText),
-                                                                     LanguageString(TextNewLabel));
+        QString text;
+        if (m_askObjectText) {
+            text = m_askObjectText(*this, point);
+        } else {
+            CInputPrompt prompt;
+            prompt.parent = this;
+            prompt.title = LanguageString(CmdToolText);
+            prompt.prompt = LanguageString(TextNewLabel);
+            text = AskText(prompt).value_or(QString());
+        }
         double x, y;
         const int axis = std::clamp(m_graphData->m_activeAxis, 0, m_graphData->RangeCount() - 1);
         if (text.isEmpty() || !m_graphData || !ObjectValue(ObjectFrame(axis), point.x(), point.y(), x, y))

@@ -1,11 +1,11 @@
 #include "graphwnd/spectrumprogress.h"
 
 #include "graphdata/graphcurve.h"
+#include "support/controls/progressworkingdlg.h"
 #include "support/controls/userprompts.h"
 #include "support/languagestring.h"
 
 #include <QApplication>
-#include <QProgressDialog>
 
 namespace {
 
@@ -15,37 +15,30 @@ enum : int {
     TextNoSpectrum = 43620,
 };
 
-const int kSteps = 1000;
-
 } // namespace
 
 CSpectrumProgress::CSpectrumProgress(QWidget *parent) : m_parent(parent) {}
 
-CSpectrumProgress::~CSpectrumProgress() = default;
+CSpectrumProgress::~CSpectrumProgress()
+{
+    delete m_box.data();
+}
 
 SpectrumProgressFactory CSpectrumProgress::Factory()
 {
     return [this](const QString &name) -> CFourierTransform::Progress {
-        if (!m_box) {
-            m_box = std::make_unique<QProgressDialog>(m_parent);
-            m_box->setWindowTitle(LanguageString(TextSpectrumTitle));
-            m_box->setWindowModality(Qt::WindowModal);
-            m_box->setRange(0, kSteps);
-            m_box->setMinimumDuration(400);
-            m_box->setAutoClose(false);
-            m_box->setAutoReset(false);
+        if (!m_made) {
+            m_made = true;
+            m_box = new CProgressWorkingDlg(m_parent, LanguageString(TextSpectrumTitle));
+            m_box->Begin();
         }
-        m_box->reset();
-        m_box->setLabelText(LanguageString(TextComputing).arg(name));
-        m_box->setValue(0);
-        QProgressDialog *box = m_box.get();
-        return [box](double fraction) {
-            // A modal box takes the events while it is set; that is where
-            // its Cancel button is pressed.
-            box->setValue(int(fraction * kSteps));
-            QCoreApplication::processEvents();
-            return !box->wasCanceled();
-        };
+        if (m_box)
+            m_box->SetText(LanguageString(TextComputing).arg(name));
+        // The transform runs on this thread and reports here; the box takes
+        // its events, Cancel among them, while it does.  A box gone with its
+        // window stops the work.
+        QPointer<CProgressWorkingDlg> box = m_box;
+        return [box](double fraction) { return box && box->Step(fraction); };
     };
 }
 

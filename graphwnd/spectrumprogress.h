@@ -1,18 +1,19 @@
 #pragma once
-// The spectrum mode of a graph window: the switch, with a modal progress
-// box and its Cancel button for each curve's transform.
+// The spectrum mode of a graph window: the switch, with the busy box and
+// its Cancel button while the curves' transforms run.
 
 #include "graphdata/spectrum/spectrumjob.h"
 
-#include <memory>
+#include <QPointer>
 
 class CGraphCurve;
-class QProgressDialog;
+class CProgressWorkingDlg;
 class QWidget;
 
-// Makes one progress box per curve (title text 43119, text 43118 with the
-// column's name); it shows once a transform takes a moment, and its Cancel
-// stops the transform.  The box of the last curve closes with this object.
+// One busy box for all the curves (title text 43119, text 43118 with the
+// name of the curve being done); it shows once the transforms take a
+// moment, and its Cancel stops the transform running and leaves the rest
+// undone.  The box closes with this object.
 class CSpectrumProgress
 {
 public:
@@ -25,7 +26,9 @@ public:
 
 private:
     QWidget *m_parent;
-    std::unique_ptr<QProgressDialog> m_box;
+    // Goes with its parent should that close meanwhile.
+    QPointer<CProgressWorkingDlg> m_box;
+    bool m_made = false;
 };
 
 // Switches the graph between its time and spectrum views, computing the

@@ -26,9 +26,22 @@ CGraphviewScope::CGraphviewScope(QCommandLineParser &parser)
 
 CGraphviewScope::~CGraphviewScope()
 {
+    StopLive();
+}
+
+void CGraphviewScope::StopLive()
+{
     m_timer.stop();
-    if (m_writer)
+    if (m_writer) {
         m_writer->Stop();
+        m_rowsBefore += m_writer->RowsWritten();
+        m_writer.reset();
+    }
+}
+
+std::int64_t CGraphviewScope::LiveRows() const
+{
+    return m_rowsBefore + (m_writer ? m_writer->RowsWritten() : 0);
 }
 
 bool CGraphviewScope::Scope() const { return m_parser.isSet(m_scope); }
@@ -41,8 +54,10 @@ void CGraphviewScope::ShowAsScope(CGraphWnd &window, const CGraphData &data)
 
 void CGraphviewScope::restartData()
 {
-    if (m_writer)
+    if (m_writer) {
         m_writer->Stop();
+        m_rowsBefore += m_writer->RowsWritten();
+    }
     CGraphData data(true);
     data.Create(2, 5, 1 << 20, 1 << 20);
     const char *names[5] = {"t", "sine", "square", "sawtooth", "noisy"};
@@ -79,7 +94,6 @@ void CGraphviewScope::restartData()
         graph->ClearCurveCaches();
         graph->m_lastDrawnRow = 0;
     }
-    m_rowsBefore = 0;
     m_writer = std::make_unique<CScopeSignalWriter>(data, kLiveRowsPerSecond);
     m_writer->Start();
 }
@@ -97,10 +111,10 @@ void CGraphviewScope::StartLive(CGraphWnd &window, QLabel *status)
 
 void CGraphviewScope::frame()
 {
-    if (m_writer->RowsWritten() > kLiveRowsKept) {
-        m_rowsBefore += m_writer->RowsWritten();
+    if (!m_writer)
+        return;
+    if (m_writer->RowsWritten() > kLiveRowsKept)
         restartData();
-    }
     QElapsedTimer draw;
     draw.start();
     m_window->Redraw(0);
@@ -109,9 +123,10 @@ void CGraphviewScope::frame()
     m_drawMs += ms;
     m_worstMs = std::max(m_worstMs, ms);
     ++m_frames;
+    ++m_framesTotal;
     if (m_second.elapsed() >= 1000 && m_status) {
         const double seconds = m_second.elapsed() / 1000.0;
-        const std::int64_t rows = m_rowsBefore + m_writer->RowsWritten();
+        const std::int64_t rows = LiveRows();
         m_status->setText(QStringLiteral("%1 frames/s, %2 ms a frame (worst %3 ms), %4 rows/s")
                               .arg(m_frames / seconds, 0, 'f', 1)
                               .arg(m_drawMs / m_frames, 0, 'f', 2)

@@ -31,6 +31,13 @@ public:
     static void ShowAsScope(CGraphWnd &window, const CGraphData &data);
     // Starts the live demonstration in the window; `status` gets the speed.
     void StartLive(CGraphWnd &window, QLabel *status);
+    // Stops the redraws and the writer, and waits for the writer's thread.
+    void StopLive();
+    bool LiveRunning() const { return m_writer != nullptr; }
+    // Rows the live writer appended since the start, over every data set
+    // it filled, and the frames drawn.
+    std::int64_t LiveRows() const;
+    std::int64_t LiveFrames() const { return m_framesTotal; }
 
     // The rows a second of the live writer, and the seconds on its screen.
     static constexpr double kLiveRowsPerSecond = 1e5;
@@ -49,6 +56,7 @@ private:
     QTimer m_timer;
     QElapsedTimer m_second;
     int m_frames = 0;
+    std::int64_t m_framesTotal = 0;
     double m_drawMs = 0, m_worstMs = 0;
     std::int64_t m_rowsAtSecond = 0, m_rowsBefore = 0;
 };

@@ -8,6 +8,7 @@
 #include <QPolygonF>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace {
@@ -114,25 +115,31 @@ QPoint toPoint(double x, double y)
     return QPoint(int(std::lround(x)), int(std::lround(y)));
 }
 
-// Graph value of a pixel, the inverse of ObjectPixel.
-void valueOf(const CObjectFrame &frame, double px, double py, double &x, double &y)
+// An axis position (log10 units on a log axis) as a graph value, and back.
+double fromAxis(double position, bool log)
 {
-    x = frame.xScale != 0 ? frame.xMin + (px - frame.plotRect.left()) / frame.xScale : frame.xMin;
-    y = frame.yScale != 0 ? frame.yMin + (frame.plotRect.bottom() - py) / frame.yScale : frame.yMin;
+    return log ? std::pow(10.0, position) : position;
 }
 
-// Moves the graph point (x, y) by a pixel delta.
+double toAxis(double value, bool log)
+{
+    if (!log)
+        return value;
+    return value > 0 ? std::log10(value) : std::numeric_limits<double>::quiet_NaN();
+}
+
+// Moves the graph point (x, y) by a pixel delta: by delta / scale in axis
+// units, so that a point keeps its place within its pixel.  A point that
+// has no pixel stays where it is.
 void movePoint(const CObjectFrame &frame, double &x, double &y, QPoint delta, bool moveX = true, bool moveY = true)
 {
     double px, py;
     if (!ObjectPixel(frame, x, y, px, py))
         return;
-    double nx, ny;
-    valueOf(frame, px + delta.x(), py + delta.y(), nx, ny);
-    if (moveX)
-        x = nx;
-    if (moveY)
-        y = ny;
+    if (moveX && frame.xScale != 0)
+        x = fromAxis(toAxis(x, frame.xLog) + delta.x() / frame.xScale, frame.xLog);
+    if (moveY && frame.yScale != 0)
+        y = fromAxis(toAxis(y, frame.yLog) - delta.y() / frame.yScale, frame.yLog);
 }
 
 void invertBlock(QPainter &painter, QPoint centre)
@@ -169,8 +176,8 @@ void transferPen(CBufferIO &io, CLogPen &pen)
 
 bool ObjectPixel(const CObjectFrame &frame, double x, double y, double &px, double &py)
 {
-    px = frame.plotRect.left() + pixelOffset(x, frame.xMin, frame.xScale);
-    py = frame.plotRect.bottom() - pixelOffset(y, frame.yMin, frame.yScale);
+    px = frame.plotRect.left() + pixelOffset(toAxis(x, frame.xLog), frame.xMin, frame.xScale);
+    py = frame.plotRect.bottom() - pixelOffset(toAxis(y, frame.yLog), frame.yMin, frame.yScale);
     return std::isfinite(px) && std::isfinite(py);
 }
 
@@ -178,8 +185,8 @@ bool ObjectValue(const CObjectFrame &frame, int px, int py, double &x, double &y
 {
     if (!(frame.xScale != 0) || !(frame.yScale != 0) || !std::isfinite(frame.xScale) || !std::isfinite(frame.yScale))
         return false;
-    x = frame.xMin + (px - frame.plotRect.left() + 0.5) / frame.xScale;
-    y = frame.yMin + (frame.plotRect.bottom() - py + 0.5) / frame.yScale;
+    x = fromAxis(frame.xMin + (px - frame.plotRect.left() + 0.5) / frame.xScale, frame.xLog);
+    y = fromAxis(frame.yMin + (frame.plotRect.bottom() - py + 0.5) / frame.yScale, frame.yLog);
     return std::isfinite(x) && std::isfinite(y);
 }
 

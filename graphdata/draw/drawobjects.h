@@ -24,7 +24,8 @@ static_assert(sizeof(CLogPen) == 16);
 
 // The pixel of a graph value on `frame`: plotLeft + floor((x - xMin) *
 // xScale), plotBottom - floor((y - yMin) * yScale), in doubles so that a far
-// value stays representable.  False when either is not finite.
+// value stays representable, with log10 of the value on a log axis.  False
+// when either is not finite, or not above 0 on a log axis.
 bool ObjectPixel(const CObjectFrame &frame, double x, double y, double &px, double &py);
 // The graph value whose pixel on `frame` is (px, py): aimed at the middle
 // of the pixel, so that ObjectPixel gives that pixel back.  False when the

@@ -2,7 +2,9 @@
 
 #include "graphdata/graphcurve.h"
 #include "graphdata/pages/curve2page.h"
+#include "graphdata/pages/display2page.h"
 #include "graphdata/pages/screen2page.h"
+#include "graphdata/pages/useremipage.h"
 #include "graphdata/pages/xaxis2page.h"
 #include "graphdata/pages/yaxis2page.h"
 #include "support/controls/userprompts.h"
@@ -21,6 +23,8 @@ enum : int {
     TextXAxis = 43803,
     TextYAxes = 43804,
     TextScreen = 43805,
+    TextDisplay = 43870,
+    TextUserEmi = 43885,
 };
 
 const char kKey[] = "Options2";
@@ -36,10 +40,14 @@ COptions2_Dlg::COptions2_Dlg(CGraphCurve &graph, int startPage, QWidget *parent)
     m_xPage = new CXAxis_2_Page(m_copy);
     m_yPage = new CYAxis_2_Page(m_copy);
     m_screenPage = new CScreen_2_Page(m_copy);
+    m_displayPage = new CDisplay_2_Page(m_copy);
+    m_emiPage = new CUserEMI(m_copy);
     m_tabs->addTab(m_curvePage, LanguageString(TextCurves));
+    m_tabs->addTab(m_displayPage, LanguageString(TextDisplay));
     m_tabs->addTab(m_xPage, LanguageString(TextXAxis));
     m_tabs->addTab(m_yPage, LanguageString(TextYAxes));
     m_tabs->addTab(m_screenPage, LanguageString(TextScreen));
+    m_tabs->addTab(m_emiPage, LanguageString(TextUserEmi));
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_tabs);
@@ -81,6 +89,8 @@ COptionsPage *COptions2_Dlg::Page(COptionsFault::Page page) const
     case COptionsFault::PageXAxis: return m_xPage;
     case COptionsFault::PageYAxis: return m_yPage;
     case COptionsFault::PageScreen: return m_screenPage;
+    case COptionsFault::PageDisplay: return m_displayPage;
+    case COptionsFault::PageEmi: return m_emiPage;
     default: return nullptr;
     }
 }
@@ -117,23 +127,25 @@ void COptions2_Dlg::showFault(const COptionsFault &fault)
 
 void COptions2_Dlg::accept()
 {
-    // The page shown first, then the others: each holds what the copies
-    // had when it was last shown, or the user's edits since.
+    // Only the page shown holds edits the copies lack: every other one
+    // stored its fields when it was left.  Storing those again would write
+    // back what they showed then, over what later pages changed (the curve
+    // and display pages both edit the curve list).
     COptionsFault fault;
     COptionsPage *current = pageAt(m_shown);
     if (current && !current->Store(fault)) {
         showFault(fault);
         return;
     }
-    for (int i = 0; i < m_tabs->count(); ++i) {
-        if (i != m_shown && !pageAt(i)->Store(fault)) {
-            showFault(fault);
-            return;
-        }
-    }
     if (!m_copy.Check(fault)) {
         if (COptionsPage *page = Page(fault.page))
             page->Load();
+        showFault(fault);
+        return;
+    }
+    // New formulas compile before anything is written, so that one that
+    // does not leaves the graph as it was.
+    if (!CheckNewFormulas(m_graph, m_copy, fault)) {
         showFault(fault);
         return;
     }

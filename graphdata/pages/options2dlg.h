@@ -12,6 +12,8 @@
 class CGraphCurve;
 class COptionsPage;
 class CCurve_2_Page;
+class CDisplay_2_Page;
+class CUserEMI;
 class CXAxis_2_Page;
 class CYAxis_2_Page;
 class CScreen_2_Page;
@@ -37,6 +39,8 @@ public:
     CXAxis_2_Page *m_xPage;
     CYAxis_2_Page *m_yPage;
     CScreen_2_Page *m_screenPage;
+    CDisplay_2_Page *m_displayPage;
+    CUserEMI *m_emiPage;
 
 private:
     void pageChanging(int index);

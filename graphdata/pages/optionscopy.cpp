@@ -1,5 +1,6 @@
 #include "graphdata/pages/optionscopy.h"
 
+#include "graphdata/emi/emilimits.h"
 #include "graphdata/graphcurve.h"
 #include "support/languagestring.h"
 
@@ -77,6 +78,14 @@ void CGraphOptionsCopy::Take(const CGraphCurve &graph)
     m_xAxisName = graph.m_xAxisName;
     m_xyMode = graph.m_xyMode;
     m_xColumnIndex = graph.m_xColumnIndex;
+    m_timeColumn = graph.m_xyMode ? 0 : graph.m_xColumnIndex;
+    m_emiLimit = -1;
+    for (const CCurveInfo *curve : graph.m_curves) {
+        if (curve->IsLimitLine()) {
+            m_emiLimit = curve->m_colIndex;
+            break;
+        }
+    }
 
     m_backColor = graph.m_backColor;
     m_foreColor = graph.m_foreColor;
@@ -148,6 +157,24 @@ void CGraphOptionsCopy::Apply(CGraphCurve &graph, bool &notFound) const
     graph.m_xyMode = m_xyMode;
     graph.m_xColumnIndex = m_xColumnIndex;
     graph.ApplyCurveList(wanted, notFound);
+
+    // Limit lines are found in the global list by their key: the user may
+    // have removed one before them in this dialog, which renumbers the rest.
+    const CCurveInfoArray &limits = GetEmiLimits();
+    bool limitShown = false;
+    for (CCurveInfo *curve : graph.m_curves) {
+        if (!curve->IsLimitLine())
+            continue;
+        int index = -1;
+        for (int i = 0; i < limits.GetSize() && index < 0; ++i) {
+            if (limits.GetAt(i)->m_colName == curve->m_colName)
+                index = i;
+        }
+        curve->m_colIndex = index;
+        limitShown = limitShown || curve->m_colIndex == m_emiLimit;
+    }
+    if (m_emiLimit >= 0 && !limitShown && AddEmiLimitToGraph(graph, m_emiLimit) >= 0)
+        graph.FitRanges();
 
     // The data extents were fitted to the new curves; the ranges bring the
     // user's settings, not extents of their own.

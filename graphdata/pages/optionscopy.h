@@ -70,6 +70,13 @@ public:
     QString m_xAxisName;
     std::int32_t m_xyMode = 0;
     std::int32_t m_xColumnIndex = 0;
+    // The column the graph draws over when not in X-Y mode ("Time").
+    std::int32_t m_timeColumn = 0;
+
+    // ---- the limit line ----------------------------------------------------------
+    // The limit of the global list to add on acceptance when the graph does
+    // not show it yet; -1 for none.  Limits already shown are curve entries.
+    int m_emiLimit = -1;
 
     // ---- the screen ------------------------------------------------------------
     std::uint32_t m_backColor = 0;

@@ -4,7 +4,6 @@
 #include "support/languagestring.h"
 
 #include <QCheckBox>
-#include <QComboBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -14,7 +13,6 @@ namespace {
 
 enum : int {
     TextTitle = 43848,
-    TextXColumn = 43858,
     TextScopeNote = 43859,
 };
 
@@ -22,19 +20,17 @@ enum : int {
 
 CXAxis_2_Page::CXAxis_2_Page(CGraphOptionsCopy &copy, QWidget *parent)
     : COptionsPage(copy, parent), m_fields(new CAxisFieldsBox(this)), m_title(new QLineEdit(this)),
-      m_xColumn(new QComboBox(this)), m_scopeNote(new QLabel(LanguageString(TextScopeNote), this))
+      m_scopeNote(new QLabel(LanguageString(TextScopeNote), this))
 {
     auto *layout = new QVBoxLayout(this);
     auto *form = new QFormLayout;
     form->addRow(LanguageString(TextTitle), m_title);
-    form->addRow(LanguageString(TextXColumn), m_xColumn);
     layout->addLayout(form);
     layout->addWidget(m_fields);
     layout->addWidget(m_scopeNote);
     layout->addStretch(1);
     m_scopeNote->setWordWrap(true);
-    setTabOrder(m_title, m_xColumn);
-    setTabOrder(m_xColumn, m_fields->m_automatic);
+    setTabOrder(m_title, m_fields->m_automatic);
 }
 
 void CXAxis_2_Page::Load()
@@ -53,15 +49,8 @@ void CXAxis_2_Page::Load()
     m_fields->SetLogShown(!m_copy.m_spectrum);
     m_title->setText(m_copy.m_xAxisName);
 
-    // The data's columns; the curves are drawn over the one chosen.
-    m_xColumn->clear();
-    for (const QString &name : m_copy.m_columnNames)
-        m_xColumn->addItem(name.isEmpty() ? QStringLiteral("-") : name);
-    m_xColumn->setCurrentIndex(std::min(int(m_copy.m_xColumnIndex), m_xColumn->count() - 1));
-
     const bool scope = m_copy.m_scope != 0;
     m_fields->setVisible(!scope);
-    m_xColumn->setEnabled(!scope && !m_copy.m_spectrum);
     m_scopeNote->setVisible(scope);
 }
 
@@ -90,8 +79,6 @@ bool CXAxis_2_Page::Store(COptionsFault &fault)
         m_copy.m_majorColor = f.more.majorColor;
         m_copy.m_minorPenStyle = f.more.minorStyle;
         m_copy.m_minorColor = f.more.minorColor;
-        if (m_xColumn->isEnabled() && m_xColumn->currentIndex() >= 0)
-            m_copy.m_xColumnIndex = m_xColumn->currentIndex();
     }
     m_copy.m_xAxisName = m_title->text();
     return true;

@@ -1,12 +1,11 @@
 #pragma once
-// The X axis page: the shown range and tick, log, labels and grids, the X
-// column, the axis title, and "More..." for the rest.  In an oscilloscope
+// The X axis page: the shown range and tick, log, labels and grids, the
+// axis title, and "More..." for the rest.  In an oscilloscope
 // graph the X controls are hidden; in spectrum mode the log switch is.
 
 #include "graphdata/pages/optionspage.h"
 
 class CAxisFieldsBox;
-class QComboBox;
 class QLabel;
 class QLineEdit;
 
@@ -21,6 +20,5 @@ public:
 
     CAxisFieldsBox *m_fields;
     QLineEdit *m_title;
-    QComboBox *m_xColumn;
     QLabel *m_scopeNote;
 };

@@ -1,7 +1,9 @@
 #include "support/controls/userprompts.h"
 
+#include "support/controls/inputboxdlg.h"
+#include "support/controls/messageboxcheck.h"
+
 #include <QApplication>
-#include <QCheckBox>
 #include <QFileDialog>
 #include <QMessageBox>
 
@@ -25,6 +27,14 @@ QMessageBox::Icon boxIcon(PromptIcon icon)
 
 PromptAnswer CUserPrompts::Message(const CMessagePrompt &prompt)
 {
+    if (!prompt.checkBoxText.isEmpty()) {
+        CMessageBoxCheck box(prompt.parent, prompt.text, QString(), prompt.checkBoxText, prompt.buttons,
+                             prompt.icon);
+        box.exec();
+        if (prompt.checkBoxChecked)
+            *prompt.checkBoxChecked = box.IsChecked();
+        return box.Answer();
+    }
     QMessageBox box(boxIcon(prompt.icon), QGuiApplication::applicationDisplayName(), prompt.text,
                     QMessageBox::NoButton, prompt.parent);
     PromptAnswer closed = PromptAnswer::Ok;
@@ -45,14 +55,7 @@ PromptAnswer CUserPrompts::Message(const CMessagePrompt &prompt)
         closed = PromptAnswer::Cancel;
         break;
     }
-    QCheckBox *check = nullptr;
-    if (!prompt.checkBoxText.isEmpty()) {
-        check = new QCheckBox(prompt.checkBoxText, &box);
-        box.setCheckBox(check);
-    }
     const int pressed = box.exec();
-    if (check && prompt.checkBoxChecked)
-        *prompt.checkBoxChecked = check->isChecked();
     switch (pressed) {
     case QMessageBox::Ok: return PromptAnswer::Ok;
     case QMessageBox::Yes: return PromptAnswer::Yes;
@@ -84,6 +87,15 @@ QString CUserPrompts::FileName(const CFilePrompt &prompt)
     return dialog.selectedFiles().constFirst();
 }
 
+bool CUserPrompts::Input(const CInputPrompt &prompt, QString &value)
+{
+    CInputBoxDlg box(prompt.parent, prompt.prompt, prompt.title, prompt.value, prompt.flags);
+    if (box.exec() != QDialog::Accepted)
+        return false;
+    value = box.Value();
+    return true;
+}
+
 CUserPrompts *SetUserPrompts(CUserPrompts *prompts)
 {
     CUserPrompts *previous = g_prompts;
@@ -111,4 +123,12 @@ PromptAnswer ShowMessage(QWidget *parent, const QString &text, PromptButtons but
 QString AskFileName(const CFilePrompt &prompt)
 {
     return UserPrompts().FileName(prompt);
+}
+
+std::optional<QString> AskText(const CInputPrompt &prompt)
+{
+    QString value = prompt.value;
+    if (!UserPrompts().Input(prompt, value))
+        return std::nullopt;
+    return value;
 }

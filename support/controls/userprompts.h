@@ -4,6 +4,8 @@
 // boxes and a person, in tests a script.
 
 #include <QString>
+#include <cstdint>
+#include <optional>
 
 class QWidget;
 
@@ -32,6 +34,14 @@ struct CFilePrompt {
     int *filterPosition = nullptr; // when set: receives the 1-based position of the filter chosen
 };
 
+struct CInputPrompt {
+    QWidget *parent = nullptr;
+    QString title;           // empty: the application's name
+    QString prompt;          // the line above the field; may be empty
+    QString value;           // the text the field starts with
+    std::uint16_t flags = 255; // what may be typed, as in CExEditCtrl (255: any text)
+};
+
 class CUserPrompts
 {
 public:
@@ -41,6 +51,9 @@ public:
     virtual PromptAnswer Message(const CMessagePrompt &prompt);
     // Asks for a file; empty when the dialog was cancelled.
     virtual QString FileName(const CFilePrompt &prompt);
+    // Asks for one line of text; false when the box was cancelled, with
+    // `value` left as it was.
+    virtual bool Input(const CInputPrompt &prompt, QString &value);
 };
 
 // Puts `prompts` in charge from now on (null: the standard boxes again) and
@@ -52,3 +65,5 @@ PromptAnswer ShowMessage(QWidget *parent, const QString &text,
                          PromptButtons buttons = PromptButtons::Ok,
                          PromptIcon icon = PromptIcon::Warning);
 QString AskFileName(const CFilePrompt &prompt);
+// One line of text; nothing when the person cancelled.
+std::optional<QString> AskText(const CInputPrompt &prompt);

@@ -18,8 +18,13 @@ public:
     // File names given in turn; when they run out, the dialog is cancelled.
     QStringList fileNames;
 
+    // Texts typed into input boxes in turn; a null string cancels, and so
+    // does running out.
+    QStringList inputs;
+
     QList<CMessagePrompt> messages;
     QList<CFilePrompt> filePrompts;
+    QList<CInputPrompt> inputPrompts;
 
     PromptAnswer Message(const CMessagePrompt &prompt) override
     {
@@ -33,6 +38,16 @@ public:
     {
         filePrompts.append(prompt);
         return fileNames.isEmpty() ? QString() : fileNames.takeFirst();
+    }
+
+    bool Input(const CInputPrompt &prompt, QString &value) override
+    {
+        inputPrompts.append(prompt);
+        const QString typed = inputs.isEmpty() ? QString() : inputs.takeFirst();
+        if (typed.isNull())
+            return false;
+        value = typed;
+        return true;
     }
 
     QStringList MessageTexts() const

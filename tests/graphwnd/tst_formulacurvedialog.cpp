@@ -10,13 +10,13 @@
 #include "graphdata/graphcurve.h"
 #include "graphwnd/formulacurvedialog.h"
 #include "graphwnd/graphwnd.h"
+#include "support/controls/progressworkingdlg.h"
 #include "support/languagestring.h"
 
 #include <gtest/gtest.h>
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QProgressDialog>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -131,8 +131,8 @@ TEST_F(FormulaCurveWindow, CancelLeavesTheGraphAsItWas)
     QTimer press;
     press.setInterval(5);
     QObject::connect(&press, &QTimer::timeout, [this] {
-        for (QProgressDialog *box : m_wnd.findChildren<QProgressDialog *>())
-            box->cancel();
+        for (CProgressWorkingDlg *box : m_wnd.findChildren<CProgressWorkingDlg *>())
+            box->Cancel();
     });
     press.start();
     CFormulaCurveJob job;
@@ -142,7 +142,7 @@ TEST_F(FormulaCurveWindow, CancelLeavesTheGraphAsItWas)
     EXPECT_EQ(graph.CurveCount(), 1);
     EXPECT_EQ(graph.m_xViewMin, viewMin);
     EXPECT_EQ(graph.m_xViewMax, viewMax);
-    EXPECT_TRUE(m_wnd.findChildren<QProgressDialog *>().isEmpty());
+    EXPECT_TRUE(m_wnd.findChildren<CProgressWorkingDlg *>().isEmpty());
 }
 
 TEST_F(FormulaCurveWindow, ApplyCurveListComputesThroughTheProgressBox)

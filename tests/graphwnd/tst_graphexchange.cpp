@@ -4,10 +4,12 @@
 #include "graphwnd/graphsaveas.h"
 #include "graphwnd/graphwnd.h"
 #include "graphwnd/spectrumprogress.h"
+#include "support/controls/progressworkingdlg.h"
 #include "support/controls/userprompts.h"
 #include "support/languagestring.h"
 
 #include <QFile>
+#include <QTimer>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -135,4 +137,35 @@ TEST_F(GraphExchange, SpectrumSwitchAndItsFilters)
     EXPECT_EQ(m_wnd.GetGraphData()->m_spectrumMode, 0);
     ASSERT_EQ(m_prompts.messages.size(), 1);
     EXPECT_TRUE(m_prompts.messages[0].contains(u"one row"_qs));
+}
+
+TEST_F(GraphExchange, SpectrumCancelLeavesTheOtherCurvesUndone)
+{
+    // Three curves; Cancel on the busy box as soon as the first transform
+    // reports stops the rest, and the box is gone afterwards.
+    CGraphData data;
+    data.Create(1, 4, 256, 0);
+    std::vector<double> v;
+    for (int r = 0; r < 256; ++r)
+        v.insert(v.end(), {r * 0.5, std::sin(r * 0.3), std::cos(r * 0.2), r * 0.01});
+    data.AppendRows(v.data(), nullptr, 0, 4, 0, 256);
+    for (const bool cancel : {false, true}) {
+        m_wnd.SetGraphDataCopy(data);
+        CGraphCurve &graph = *m_wnd.GetGraphData();
+        ASSERT_EQ(graph.CurveCount(), 3);
+        QTimer press;
+        press.setInterval(0);
+        QObject::connect(&press, &QTimer::timeout, [this] {
+            for (CProgressWorkingDlg *box : m_wnd.findChildren<CProgressWorkingDlg *>())
+                box->Cancel();
+        });
+        if (cancel)
+            press.start();
+        EXPECT_EQ(SwitchSpectrumMode(&m_wnd, graph, true, u"three"_qs), 1);
+        press.stop();
+        EXPECT_EQ(bool(graph.Curve(1)->m_spectrumMagnitude), !cancel);
+        EXPECT_EQ(bool(graph.Curve(2)->m_spectrumMagnitude), !cancel);
+        EXPECT_TRUE(m_prompts.messages.isEmpty()); // a cancel is no failure
+        EXPECT_TRUE(m_wnd.findChildren<CProgressWorkingDlg *>().isEmpty());
+    }
 }

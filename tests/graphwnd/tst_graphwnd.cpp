@@ -22,6 +22,7 @@
 
 #include "graphdata/pages/curve2page.h"
 #include "graphdata/pages/options2dlg.h"
+#include "graphdata/pages/optionspage.h"
 
 #include <QTabWidget>
 #include <QTimer>
@@ -468,20 +469,25 @@ TEST_F(GraphWnd, OptionCommandsOpenTheirPageAndToolsAreShared)
     const struct
     {
         int command;
-        int tab; // -1: the page used last
-    } commands[] = {{CmdGraphOptions, 0}, {CmdXAxis, 1}, {CmdYAxisDialog, 2}, {CmdOptions, 2}};
+        COptionsFault::Page page; // CmdOptions: the page used last
+    } commands[] = {{CmdGraphOptions, COptionsFault::PageCurves},
+                    {CmdXAxis, COptionsFault::PageXAxis},
+                    {CmdYAxisDialog, COptionsFault::PageYAxis},
+                    {CmdOptions, COptionsFault::PageYAxis}};
     for (const auto &c : commands) {
         SCOPED_TRACE(c.command);
-        int shownTab = -2;
+        bool opened = false, onPage = false;
         QTimer::singleShot(0, [&] {
             auto *dialog = qobject_cast<COptions2_Dlg *>(QApplication::activeModalWidget());
             if (!dialog)
                 return;
-            shownTab = dialog->Tabs()->currentIndex();
+            opened = true;
+            onPage = dialog->Tabs()->currentWidget() == dialog->Page(c.page);
             dialog->reject();
         });
         EXPECT_TRUE(m_wnd.OnCommand(c.command));
-        EXPECT_EQ(shownTab, c.tab);
+        EXPECT_TRUE(opened);
+        EXPECT_TRUE(onPage);
     }
     EXPECT_TRUE(m_prompts.messages.isEmpty());
     EXPECT_FALSE(m_wnd.OnCommand(12345));

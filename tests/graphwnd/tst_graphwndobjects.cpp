@@ -8,6 +8,7 @@
 #include "graphdata/draw/objectstore.h"
 #include "graphdata/draw/polylinecache.h"
 #include "graphdata/file/graphfileload.h"
+#include "graphwnd/graphreadout.h"
 #include "graphwnd/graphwnd.h"
 #include "support/languagestring.h"
 
@@ -355,6 +356,105 @@ INSTANTIATE_TEST_SUITE_P(
                       FarCase{"RectRoundThePlot", 3, -1e300, -1e300, 1e300, 1e300, 25, 80, -20, -20},
                       FarCase{"RectFarAway", 3, 1e200, 1e200, 2e200, 2e200, kNaN, 0, 99, 99}),
     [](const auto &info) { return std::string(info.param.name); });
+
+// ---- log axes ------------------------------------------------------------------
+
+struct LogAxesCase
+{
+    const char *name;
+    bool xLog, yLog;
+};
+
+// Values 1..1000 on both axes, each axis linear or log.  The read-out of
+// the status line maps pixels to values on its own path: an object must lie
+// on the pixel whose values bracket its own.
+class LogAxesObjects : public ::testing::TestWithParam<LogAxesCase>
+{
+protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG))); }
+
+    void SetUp() override
+    {
+        CGraphData data;
+        data.Create(1, 2, 1000, 0);
+        for (int i = 1; i <= 1000; ++i) {
+            const double row[2] = {double(i), double(i)};
+            data.AppendRows(row, nullptr, 0, 2, i - 1, 1);
+        }
+        m_wnd.resize(640, 480);
+        m_wnd.SetGraphDataCopy(data);
+        CGraphCurve &g = *m_wnd.GetGraphData();
+        g.m_xLog = GetParam().xLog;
+        g.Range(0)->m_logScale = GetParam().yLog;
+        g.FitRanges();
+        m_wnd.m_askObjectText = [](CGraphWnd &, QPoint) { return QStringLiteral("here"); };
+        m_wnd.show();
+        m_wnd.Redraw(1);
+        m_wnd.grab();
+    }
+
+    // True when the value (x, y) belongs to pixel `p` as the read-out sees it.
+    ::testing::AssertionResult onPixel(double x, double y, QPoint p)
+    {
+        CGraphPosition at, next;
+        const CGraphCurve &g = *m_wnd.GetGraphData();
+        if (!GraphPositionAt(g, p, at) || !GraphPositionAt(g, p + QPoint(1, -1), next) || at.y.empty())
+            return ::testing::AssertionFailure() << "no read-out";
+        const double slack = 1e-9;
+        if (x < at.x * (1 - slack) || x > next.x * (1 + slack))
+            return ::testing::AssertionFailure() << "x " << x << " not in [" << at.x << ", " << next.x << "]";
+        if (y < at.y[0] * (1 - slack) || y > next.y[0] * (1 + slack))
+            return ::testing::AssertionFailure() << "y " << y << " not in [" << at.y[0] << ", " << next.y[0] << "]";
+        return ::testing::AssertionSuccess();
+    }
+
+    CScriptedPrompts m_prompts;
+    CGraphWnd m_wnd;
+};
+
+TEST_P(LogAxesObjects, AreDrawnHitAndMovedWhereTheirValuesAre)
+{
+    CTextnLineArray &objects = m_wnd.GetGraphData()->m_textObjects;
+    auto *line = new CDrawLines;
+    line->m_x1 = 3, line->m_y1 = 5, line->m_x2 = 400, line->m_y2 = 700;
+    objects.Add(line);
+    m_wnd.Redraw(1);
+    m_wnd.grab();
+    ASSERT_TRUE(line->m_drawn);
+    EXPECT_TRUE(onPixel(3, 5, line->m_end1));
+    EXPECT_TRUE(onPixel(400, 700, line->m_end2));
+
+    // a click on the middle of the drawn line selects it; a drag moves it
+    const QPoint middle = (line->m_end1 + line->m_end2) / 2;
+    int handle = 0;
+    ASSERT_EQ(m_wnd.ObjectAt(middle, handle), 0);
+    QTest::mouseClick(&m_wnd, Qt::LeftButton, Qt::NoModifier, middle);
+    ASSERT_EQ(m_wnd.Selection().size(), 1u);
+    const QPoint end1 = line->m_end1, delta(37, -21);
+    QTest::mousePress(&m_wnd, Qt::LeftButton, Qt::NoModifier, middle);
+    QTest::mouseMove(&m_wnd, middle + delta / 2);
+    QTest::mouseMove(&m_wnd, middle + delta);
+    QTest::mouseRelease(&m_wnd, Qt::LeftButton, Qt::NoModifier, middle + delta);
+    m_wnd.grab();
+    EXPECT_LE((line->m_end1 - (end1 + delta)).manhattanLength(), 1);
+    EXPECT_TRUE(onPixel(line->m_x1, line->m_y1, line->m_end1));
+
+    // a text placed with its tool keeps the values under the click
+    const QPoint click = EdgesToQRect(m_wnd.GetGraphData()->m_plotRect).center() + QPoint(-60, 40);
+    m_wnd.OnCommand(CmdToolText);
+    QTest::mouseClick(&m_wnd, Qt::LeftButton, Qt::NoModifier, click);
+    m_wnd.grab();
+    ASSERT_EQ(objects.GetSize(), 2);
+    auto *text = dynamic_cast<CDrawText *>(objects.GetAt(1));
+    ASSERT_NE(text, nullptr);
+    EXPECT_TRUE(onPixel(text->m_x, text->m_y, click));
+    EXPECT_TRUE(text->LastRect().contains(click));
+}
+
+INSTANTIATE_TEST_SUITE_P(Axes, LogAxesObjects,
+                         ::testing::Values(LogAxesCase{"Linear", false, false}, LogAxesCase{"LogX", true, false},
+                                           LogAxesCase{"LogY", false, true}, LogAxesCase{"LogXY", true, true}),
+                         [](const auto &info) { return std::string(info.param.name); });
 
 // ---- stored form ---------------------------------------------------------------
 

@@ -93,11 +93,13 @@ struct CGroup {
 };
 
 // The ink of a label's blobs (and the faint rim around them) within a
-// rectangle, drawn alone on white and enlarged for the OCR engine.
+// rectangle, drawn alone on white at the picture's scale.  A crop that starts
+// after a minus sign keeps its left edge, so that no rim of the minus comes
+// in as a speck before the first digit.
 QImage cropOf(const CDarkness &dark, const CRegion &region, const std::vector<int> &blobs, QRect box,
-              bool stretch = false)
+              bool stretch = false, bool afterMinus = false)
 {
-    box = box.adjusted(-1, -1, 1, 1).intersected(region.rect);
+    box = box.adjusted(afterMinus ? 0 : -1, -1, 1, 1).intersected(region.rect);
     QImage crop(box.size(), QImage::Format_Grayscale8);
     crop.fill(255);
     for (int y = box.top(); y <= box.bottom(); ++y) {
@@ -112,16 +114,7 @@ QImage cropOf(const CDarkness &dark, const CRegion &region, const std::vector<in
                 line[x - box.left()] = uchar(255 - d);
         }
     }
-    // Text some 32 pixels high reads best; small print is enlarged smoothly.
-    const double scale = std::clamp(32.0 / std::max(1, box.height()), 1.0, 6.0);
-    const QImage big = crop.scaled(int(std::round(crop.width() * scale)), int(std::round(crop.height() * scale)),
-                                   Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    const int pad = 12;
-    QImage out(big.width() + 2 * pad, big.height() + 2 * pad, QImage::Format_Grayscale8);
-    out.fill(255);
-    QPainter p(&out);
-    p.drawImage(pad, pad, big);
-    return out;
+    return crop;
 }
 
 // The ink of one label, column by column: the top and bottom of the ink of
@@ -158,16 +151,27 @@ CColumns columnsOf(const CDarkness &dark, const CRegion &region, const std::vect
 }
 
 // A minus sign at the start of columns [from, to): a flat stroke about the
-// middle of the part's height, at least as wide as high.  Returns the first
-// column after it, or -1 when there is none.
-int minusEnd(const CColumns &cols, int from, int to, int partTop, int partBottom, double band)
+// middle of the height of the characters that follow it, at least as wide as
+// high.  Returns the first column after it, or -1 when there is none.  Before
+// a base, lone specks leading in are the rim of something else; in a small
+// exponent the minus itself may be no more than such a speck.
+int minusEnd(const CColumns &cols, int from, int to, double band, bool speckMayBeMinus)
 {
-    // Blank columns and lone specks (the rim of the digit before) lead in.
-    while (from < to && (cols.Blank(from) || (from + 1 < to && cols.Blank(from + 1))))
+    while (from < to && cols.Blank(from))
         ++from;
-    const int height = partBottom - partTop + 1;
-    const int thin = std::max(2, int(0.3 * height));
-    int c = from, top = 1 << 30, bottom = -1;
+    if (!speckMayBeMinus)
+        while (from < to && (cols.Blank(from) || (from + 1 < to && cols.Blank(from + 1))))
+            ++from;
+    // The characters after the stroke set its scale.
+    int c = from;
+    int top = 1 << 30, bottom = -1;
+    int restTop = 1 << 30, restBottom = -1;
+    for (int k = from; k < to; ++k)
+        if (!cols.Blank(k)) {
+            restTop = std::min(restTop, cols.top[std::size_t(k)]);
+            restBottom = std::max(restBottom, cols.bottom[std::size_t(k)]);
+        }
+    const int thin = std::max(2, int(0.3 * (restBottom - restTop + 1)));
     while (c < to && !cols.Blank(c)) {
         const int t = std::min(top, cols.top[std::size_t(c)]), b = std::max(bottom, cols.bottom[std::size_t(c)]);
         if (b - t + 1 > thin)
@@ -176,17 +180,25 @@ int minusEnd(const CColumns &cols, int from, int to, int partTop, int partBottom
         bottom = b;
         ++c;
     }
+    restTop = 1 << 30;
+    restBottom = -1;
+    for (int k = c; k < to; ++k)
+        if (!cols.Blank(k)) {
+            restTop = std::min(restTop, cols.top[std::size_t(k)]);
+            restBottom = std::max(restBottom, cols.bottom[std::size_t(k)]);
+        }
+    // Something must follow it.
+    if (bottom < 0 || restBottom < 0)
+        return -1;
+    const int height = restBottom - restTop + 1;
     const int width = c - from;
-    if (bottom < 0 || width < std::max(2.0, 0.3 * height) || width < bottom - top + 1)
+    const double least = speckMayBeMinus && bottom == top ? 1.0 : std::max(2.0, 0.25 * height);
+    if (width < least || width < bottom - top + 1)
         return -1;
     const double middle = (top + bottom) / 2.0;
-    if (middle < partTop + band * height || middle > partBottom - band * height)
+    if (middle < restTop + band * height || middle > restBottom - band * height)
         return -1;
-    // Something must follow it.
-    for (int k = c; k < to; ++k)
-        if (!cols.Blank(k))
-            return c;
-    return -1;
+    return c;
 }
 
 } // namespace
@@ -295,19 +307,38 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
             while (tail > 0 && region.blobs[std::size_t(sorted[tail - 1])].box.bottom() < raisedLimit)
                 --tail;
             if (tail > 0 && tail < sorted.size()) {
-                int blobSplit = cols.Count(), baseRight = -1;
-                for (std::size_t k = tail; k < sorted.size(); ++k)
-                    blobSplit = std::min(blobSplit, region.blobs[std::size_t(sorted[k])].box.left() - cols.left);
+                int blobSplit = cols.Count(), baseRight = -1, raisedTop = 1 << 30, raisedBottom = -1;
+                for (std::size_t k = tail; k < sorted.size(); ++k) {
+                    const QRect &box = region.blobs[std::size_t(sorted[k])].box;
+                    blobSplit = std::min(blobSplit, box.left() - cols.left);
+                    raisedTop = std::min(raisedTop, box.top());
+                    raisedBottom = std::max(raisedBottom, box.bottom());
+                }
                 for (std::size_t k = 0; k < tail; ++k)
                     baseRight = std::max(baseRight, region.blobs[std::size_t(sorted[k])].box.right() - cols.left);
-                if (blobSplit > baseRight) {
-                    // Back over the gap and a thin raised stroke in it (a
-                    // minus); the round edge of a base digit is not thin.
+                // Unless a raised digit stands before that blob, joined to
+                // the base by antialiasing (the 1 of a 12): it reaches as high
+                // as the raised blobs over two columns at least, which the
+                // round edge of a base digit does not.
+                int raisedRun = 0;
+                for (int k = split; k < blobSplit && raisedRun < 2; ++k) {
+                    const bool raised = !cols.Blank(k) && cols.top[std::size_t(k)] <= raisedTop + 1
+                        && cols.bottom[std::size_t(k)] < raisedLimit;
+                    raisedRun = raised ? raisedRun + 1 : 0;
+                }
+                if (blobSplit > baseRight && raisedRun < 2) {
+                    // Back over the gap, a thin raised stroke in it (a minus),
+                    // and the faint part of a small exponent that fell below
+                    // the ink of a blob, all within the height of the raised
+                    // blobs.  The faint rim of a base digit's round edge
+                    // reaches lower, and right beside the digit only a thin
+                    // stroke may stand.
                     int c = blobSplit - 1, firstStroke = blobSplit;
                     while (c > baseRight) {
                         if (!cols.Blank(c)) {
                             const int t = cols.top[std::size_t(c)], b = cols.bottom[std::size_t(c)];
-                            if (b >= raisedLimit || b - t + 1 > 2)
+                            if (b >= raisedLimit || t < raisedTop - 1 || b > raisedBottom + 1
+                                || (b - t + 1 > 2 && c == baseRight + 1))
                                 break;
                             firstStroke = c;
                         }
@@ -327,8 +358,8 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
         for (int c = 0; c < split; ++c)
             if (!cols.Blank(c))
                 baseTop = std::min(baseTop, cols.top[std::size_t(c)]);
-        // An exponent holds a digit, not just a dash.
-        // and rises above the base's digits (the top bar of a 7 does not).
+        // An exponent holds a digit, not just a dash, and rises above the
+        // base's digits (the top bar of a 7 does not).
         const bool hasExponent = split > 0 && exponentBottom >= 0
             && exponentBottom - exponentTop + 1 >= 0.35 * (baseLine - baseTop + 1) && exponentTop < baseTop;
         const int baseEnd = hasExponent ? split : cols.Count();
@@ -336,7 +367,7 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
         CTickLabel label;
         label.box = g.box;
         label.position = side == AxisSide::X ? (g.box.left() + g.box.right()) / 2.0 : (baseTop + baseLine) / 2.0;
-        const int baseMinusEnd = minusEnd(cols, 0, baseEnd, baseTop, baseLine, 0.3);
+        const int baseMinusEnd = minusEnd(cols, 0, baseEnd, 0.3, false);
         label.baseMinus = baseMinusEnd >= 0;
         const int baseStart = std::max(0, baseMinusEnd);
         // The base after the minus in runs of inked columns, and among them
@@ -367,17 +398,18 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
             label.baseBlobs = runs;
         }
         label.baseCrop = cropOf(dark, region, g.blobs,
-                                QRect(QPoint(cols.left + baseStart, baseTop), QPoint(cols.left + baseEnd - 1, baseLine)));
+                                QRect(QPoint(cols.left + baseStart, baseTop), QPoint(cols.left + baseEnd - 1, baseLine)),
+                                false, label.baseMinus);
         if (hasExponent) {
             // A raised minus sits a little lower in its digits' height than a
             // minus on the base line.
-            const int exponentMinusEnd = minusEnd(cols, split, cols.Count(), exponentTop, exponentBottom, 0.2);
+            const int exponentMinusEnd = minusEnd(cols, split, cols.Count(), 0.2, true);
             label.exponentMinus = exponentMinusEnd >= 0;
             const int exponentStart = std::max(split, exponentMinusEnd);
             label.exponentCrop = cropOf(dark, region, g.blobs,
                                         QRect(QPoint(cols.left + exponentStart, exponentTop),
                                               QPoint(g.box.right(), exponentBottom)),
-                                        true);
+                                        true, label.exponentMinus);
         }
         labels.append(label);
     }
@@ -438,6 +470,53 @@ COcr g_ocr;
 
 } // namespace
 
+namespace {
+
+// A crop enlarged smoothly so that its ink stands about `pixels` high, on a
+// white margin: the engine reads text of some 20 to 30 pixels best.
+QImage forReading(const QImage &crop, double pixels)
+{
+    const double scale = std::clamp(pixels / std::max(1, crop.height()), 1.0, 6.0);
+    const QImage big = crop.scaled(int(std::round(crop.width() * scale)), int(std::round(crop.height() * scale)),
+                                   Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const int pad = 12;
+    QImage out(big.width() + 2 * pad, big.height() + 2 * pad, QImage::Format_Grayscale8);
+    out.fill(255);
+    QPainter p(&out);
+    p.drawImage(pad, pad, big);
+    return out;
+}
+
+// A raised exponent is small print: a digit or two of six or seven pixels.
+// The engine passes such a lone digit over, or takes it for another, more
+// often at one size than at the next, so it is read at three sizes and a
+// reading counts only when two of them give it.  Read as a word, a "12" of
+// this size loses its "1"; as a line it does not.  A round "0" may come back
+// as a letter.
+QString readExponent(COcr &ocr, const CTickLabel &label, int &confidence)
+{
+    const tesseract::PageSegMode mode = tesseract::PSM_SINGLE_LINE;
+    QStringList readings;
+    int lowest = 100;
+    for (double pixels : {18.0, 22.0, 26.0}) {
+        int c = 0;
+        QString r = ocr.Read(forReading(label.exponentCrop, pixels), "0123456789oO", c, mode);
+        r.replace(u'o', u'0').replace(u'O', u'0');
+        readings << r;
+        if (!r.isEmpty())
+            lowest = std::min(lowest, c);
+    }
+    for (const QString &r : readings)
+        if (!r.isEmpty() && readings.count(r) >= 2) {
+            confidence = lowest;
+            return r;
+        }
+    confidence = 0;
+    return QString();
+}
+
+} // namespace
+
 bool ReadTickLabels(QList<CTickLabel> &labels)
 {
     std::lock_guard<std::mutex> lock(g_ocrLock);
@@ -447,7 +526,7 @@ bool ReadTickLabels(QList<CTickLabel> &labels)
         int baseConfidence = 0, exponentConfidence = 100;
         // A minus sign found by its shape is not given to the engine, which
         // reads a lone small dash poorly.
-        l.text = g_ocr.Read(l.baseCrop, "0123456789.,-+eEkKMGTmunp\xc2\xb5x^()", baseConfidence);
+        l.text = g_ocr.Read(forReading(l.baseCrop, 32), "0123456789.,-+eEkKMGTmunp\xc2\xb5x^()", baseConfidence);
         const bool digitsOnly = !l.text.isEmpty()
             && std::all_of(l.text.begin(), l.text.end(), [](QChar c) { return c.isDigit(); });
         if (l.pointAfter > 0 && digitsOnly && l.text.size() == l.baseBlobs)
@@ -455,11 +534,7 @@ bool ReadTickLabels(QList<CTickLabel> &labels)
         if (l.baseMinus)
             l.text.prepend(u'-');
         if (!l.exponentCrop.isNull()) {
-            // A lone small digit is often passed over as a line; as a word,
-            // or at last as one character, it is read.
-            l.exponent = g_ocr.Read(l.exponentCrop, "0123456789", exponentConfidence, tesseract::PSM_SINGLE_WORD);
-            if (l.exponent.isEmpty())
-                l.exponent = g_ocr.Read(l.exponentCrop, "0123456789", exponentConfidence, tesseract::PSM_SINGLE_CHAR);
+            l.exponent = readExponent(g_ocr, l, exponentConfidence);
             if (l.exponent.isEmpty()) {
                 // An exponent that cannot be read leaves the label unread,
                 // rather than read as its base alone.

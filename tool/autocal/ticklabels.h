@@ -25,8 +25,8 @@ struct CTickLabel {
     // Tesseract's confidence, 0 to 100 (the lower of base and exponent).
     int confidence = 0;
     CLabelValue value;
-    // The label's ink alone on white, enlarged for the OCR engine: the base,
-    // and the raised exponent (null without one).
+    // The label's ink alone on white, at the picture's scale: the base, and
+    // the raised exponent (null without one), each without its minus sign.
     QImage baseCrop;
     QImage exponentCrop;
     // A leading minus sign, told by its shape and left out of the crop.

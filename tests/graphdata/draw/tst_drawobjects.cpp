@@ -317,3 +317,126 @@ TEST(DrawObjects, PositionsNotNumbersOrFarOutAreSkippedOrClipped)
         EXPECT_EQ(text.HitTest(QPoint(10, 209), false), 0);
     }
 }
+
+namespace {
+
+// The same plot with 50 pixels a decade, from 1 to 10^4, on a log axis.
+CObjectFrame frameOn(bool xLog, bool yLog)
+{
+    CObjectFrame f = frame();
+    if (xLog)
+        f.xLog = true, f.xMin = 0, f.xScale = 50;
+    if (yLog)
+        f.yLog = true, f.yMin = 0, f.yScale = 50;
+    return f;
+}
+
+struct LogCase
+{
+    const char *name;
+    bool xLog, yLog;
+    double x1, y1, x2, y2;
+    bool drawn;
+    QPoint end1, end2;
+    double movedX1, movedY1, movedX2, movedY2; // after a move by (50, -50)
+};
+
+class ObjectsOnLogAxes : public ::testing::TestWithParam<LogCase>
+{
+};
+
+} // namespace
+
+TEST_P(ObjectsOnLogAxes, LineIsDrawnHitAndMovedInLogUnits)
+{
+    const LogCase &c = GetParam();
+    const CObjectFrame f = frameOn(c.xLog, c.yLog);
+    CDrawLines line;
+    line.m_x1 = c.x1, line.m_y1 = c.y1, line.m_x2 = c.x2, line.m_y2 = c.y2;
+    QImage image(220, 220, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    {
+        QPainter painter(&image);
+        line.Draw(painter, false, f);
+    }
+    if (!c.drawn) {
+        EXPECT_EQ(darkPixels(image), 0);
+        EXPECT_EQ(line.HitTest(QPoint(110, 110), false), 0);
+        EXPECT_TRUE(line.PixelRect(f).isEmpty());
+        line.MoveBy(QPoint(50, -50), f); // a value the axis cannot show stays as it was
+        EXPECT_EQ(line.m_x1, c.x1);
+        EXPECT_EQ(line.m_y1, c.y1);
+        return;
+    }
+    EXPECT_EQ(line.m_end1, c.end1);
+    EXPECT_EQ(line.m_end2, c.end2);
+    const QPoint middle = (c.end1 + c.end2) / 2;
+    EXPECT_TRUE(dark(image, middle.x(), middle.y()));
+    EXPECT_EQ(line.HitTest(middle, false), 10);
+    EXPECT_EQ(line.HitTest(c.end2, true), 2);
+    EXPECT_TRUE(line.PixelRect(f).contains(QRect(c.end1, c.end2).normalized()));
+
+    line.MoveBy(QPoint(50, -50), f);
+    EXPECT_NEAR(line.m_x1, c.movedX1, 1e-9 * std::abs(c.movedX1));
+    EXPECT_NEAR(line.m_y1, c.movedY1, 1e-9 * std::abs(c.movedY1));
+    EXPECT_NEAR(line.m_x2, c.movedX2, 1e-9 * std::abs(c.movedX2));
+    EXPECT_NEAR(line.m_y2, c.movedY2, 1e-9 * std::abs(c.movedY2));
+}
+
+// A value taken from a pixel gives that pixel back, across the whole plot.
+TEST_P(ObjectsOnLogAxes, PixelsComeBackFromTheirValues)
+{
+    const LogCase &c = GetParam();
+    const CObjectFrame f = frameOn(c.xLog, c.yLog);
+    for (int p = 10; p <= 209; p += 3) {
+        double x, y, px, py;
+        ASSERT_TRUE(ObjectValue(f, p, 219 - p, x, y));
+        ASSERT_TRUE(ObjectPixel(f, x, y, px, py));
+        EXPECT_EQ(px, p);
+        EXPECT_EQ(py, 219 - p);
+        if (c.xLog) {
+            EXPECT_GT(x, 0);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Axes, ObjectsOnLogAxes,
+    ::testing::Values(LogCase{"Linear", false, false, 10, 10, 60, 60, true, {30, 189}, {130, 89}, 35, 35, 85, 85},
+                      LogCase{"LogX", true, false, 10, 10, 1000, 60, true, {60, 189}, {160, 89}, 100, 35, 1e4, 85},
+                      LogCase{"LogY", false, true, 10, 10, 60, 100, true, {30, 159}, {130, 109}, 35, 100, 85, 1000},
+                      LogCase{"LogXY", true, true, 10, 10, 1000, 100, true, {60, 159}, {160, 109}, 100, 100, 1e4,
+                              1000},
+                      LogCase{"ZeroOnLogX", true, false, 0, 10, 100, 60, false, {}, {}, 0, 0, 0, 0},
+                      LogCase{"NegativeOnLogY", false, true, 10, -5, 60, 100, false, {}, {}, 0, 0, 0, 0}),
+    [](const auto &info) { return std::string(info.param.name); });
+
+// A rectangle's corner handle and a text's move keep to the log scale.
+TEST(DrawObjects, RectangleAndTextFollowALogAxis)
+{
+    const CObjectFrame f = frameOn(true, true);
+    CDrawRect rect;
+    rect.m_x1 = 10, rect.m_y1 = 1000, rect.m_x2 = 100, rect.m_y2 = 10; // pixels x 60..110, y 59..159
+    QImage image(220, 220, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    CDrawText text;
+    text.m_x = 100, text.m_y = 100; // pixel (110, 109)
+    text.m_text = QStringLiteral("1 kHz");
+    text.m_alignment = 1;
+    {
+        QPainter painter(&image);
+        rect.Draw(painter, false, f);
+        text.Draw(painter, false, f);
+    }
+    EXPECT_EQ(rect.m_pixels, QRect(QPoint(60, 59), QPoint(110, 159)));
+    EXPECT_EQ(rect.HitTest(QPoint(110, 59), true), 14);
+    EXPECT_EQ(text.LastRect().left() + 2, 110);
+    EXPECT_EQ(text.HitTest(text.LastRect().center(), false), 10);
+    rect.MoveHandle(12, QPoint(50, 50), f); // the lower right corner a decade right and down
+    EXPECT_NEAR(rect.m_x2, 1000, 1e-9);
+    EXPECT_NEAR(rect.m_y2, 1, 1e-12);
+    EXPECT_NEAR(rect.m_x1, 10, 1e-12);
+    text.MoveBy(QPoint(-100, 0), f);
+    EXPECT_NEAR(text.m_x, 1, 1e-12);
+    EXPECT_EQ(text.m_y, 100);
+}
