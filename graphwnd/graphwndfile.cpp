@@ -6,14 +6,20 @@
 #include "graphdata/draw/objectstore.h"
 #include "graphdata/file/graphfilesave.h"
 #include "graphdata/graphsnapshot.h"
+#include "support/controls/progressworkingdlg.h"
 #include "support/controls/userprompts.h"
 #include "support/languagestring.h"
+
+#include <QFileInfo>
+#include <QPointer>
+#include <QScopeGuard>
 
 namespace {
 
 enum : int {
     TextSaveCaption = 14012,
     TextDataFileFilter = 43115,
+    TextWriting = 43953,
 };
 
 } // namespace
@@ -46,13 +52,32 @@ bool CGraphWnd::SaveDataFile(QString path)
     std::vector<CGraphColumn *> columns;
     for (int i = 0; i < snapshot.Size(); ++i)
         columns.push_back(const_cast<CGraphColumn *>(snapshot.Column(i)));
+    std::vector<CGraphColumnPtr> computedKept; // alive while the file is written
     for (CCurveInfo *curve : m_graphData->m_curves) {
         CGraphColumn *computed = curve->m_computedColumn.Get();
-        if (curve->Origin() == CCurveBasicInfo::OriginComputed && computed && computed->m_count >= snapshot.RowCount())
+        if (curve->Origin() == CCurveBasicInfo::OriginComputed && computed && computed->m_count >= snapshot.RowCount()) {
             columns.push_back(computed);
+            computedKept.push_back(curve->m_computedColumn);
+        }
     }
-    if (!SaveColumns(4, path, columns.data(), int(columns.size()), snapshot.RowCount(), attachments, {},
-                     &m_graphData->m_holds, &message)) {
+    // A large file takes a while: it is written on a worker thread under the
+    // busy box, which keeps the window painted and shows the time it takes.
+    // Writing cannot be stopped half way, so the box has no Cancel.
+    int saved = 0;
+    const CCurveHoldList *holds = &m_graphData->m_holds;
+    CWorkingFunctionJob work([&](const std::atomic<bool> &, std::atomic<double> &) {
+        saved = SaveColumns(4, path, columns.data(), int(columns.size()), snapshot.RowCount(), attachments, {},
+                            holds, &message);
+    });
+    {
+        QPointer<CProgressWorkingDlg> box =
+            new CProgressWorkingDlg(this, LanguageString(TextSaveCaption),
+                                    LanguageString(TextWriting).arg(QFileInfo(path).fileName()));
+        const auto drop = qScopeGuard([&box] { delete box.data(); });
+        box->SetCancelable(false);
+        box->Run(work, CProgressWorkingDlg::WorkThreadBusy);
+    }
+    if (!saved) {
         ShowMessage(this, message, PromptButtons::Ok, PromptIcon::Stop);
         return false;
     }

@@ -68,11 +68,17 @@ void CProgressWorkingDlg::SetText(const QString &text)
         m_text->setText(text);
 }
 
+void CProgressWorkingDlg::SetCancelable(bool cancelable)
+{
+    m_cancelable = cancelable;
+    m_cancel->setVisible(cancelable);
+}
+
 void CProgressWorkingDlg::start()
 {
     m_cancelled = false;
     m_working = true;
-    m_cancel->setEnabled(true);
+    m_cancel->setEnabled(m_cancelable);
     m_bar->setRange(0, kSteps);
     m_bar->setValue(0);
     m_elapsed.start();
@@ -145,6 +151,7 @@ int CProgressWorkingDlg::Run(CWorkingJob &job, int kind)
         // waited for.
         QPointer<CProgressWorkingDlg> self(this);
         bool stopAsked = false;
+        bool shown = isVisible();
         QEventLoop loop;
         QTimer poll;
         poll.setInterval(kPollMs);
@@ -161,10 +168,17 @@ int CProgressWorkingDlg::Run(CWorkingJob &job, int kind)
             }
             showIfDue();
             showProgress(busy ? -1 : job.Progress());
+            if (!shown && isVisible()) {
+                shown = true;
+                loop.quit(); // into the loop that takes input again
+            }
         });
         poll.start();
-        if (!done.load())
-            loop.exec();
+        // Until the box shows, the program takes no input (it is kept for
+        // later), so that nothing changes what the job works on; once it
+        // shows, it is modal and takes the input itself.
+        while (!done.load())
+            loop.exec(shown ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
         poll.stop();
         worker.join();
         if (!self) {
@@ -206,7 +220,7 @@ void CProgressWorkingDlg::End()
 
 void CProgressWorkingDlg::Cancel()
 {
-    if (!m_working || m_cancelled)
+    if (!m_working || m_cancelled || !m_cancelable)
         return;
     m_cancelled = true;
     m_cancel->setEnabled(false);

@@ -71,6 +71,8 @@ public:
     ~CProgressWorkingDlg() override;
 
     void SetText(const QString &text);
+    // Work that cannot be stopped: no Cancel button, and Escape does nothing.
+    void SetCancelable(bool cancelable);
     // How long the work must last before the box shows; 0 shows it at once.
     void SetShowDelay(int milliseconds) { m_showDelay = milliseconds; }
 
@@ -114,4 +116,5 @@ private:
     int m_showDelay = 400;
     bool m_cancelled = false;
     bool m_working = false;
+    bool m_cancelable = true;
 };

@@ -2,8 +2,9 @@
 
 #include "graphdata/file/graphfileload.h"
 #include "graphdata/graphcurve.h"
-#include "graphwnd/graphwnd.h"
 #include "graphwnd/graphtoolbar.h"
+#include "graphwnd/graphwnd.h"
+#include "support/controls/progressworkingdlg.h"
 #include "support/languagestring.h"
 
 #include <gtest/gtest.h>
@@ -77,4 +78,6 @@ TEST_F(GraphWndFile, CancelledOrFailedSaves)
     ASSERT_EQ(m_prompts.messages.size(), 1);
     EXPECT_TRUE(m_prompts.messages[0].text.contains(path)) << qPrintable(m_prompts.messages[0].text);
     EXPECT_FALSE(QFile::exists(path));
+    // The busy box of the write is gone with it.
+    EXPECT_TRUE(m_wnd.findChildren<CProgressWorkingDlg *>().isEmpty());
 }

@@ -267,6 +267,28 @@ TEST(ProgressBox, KindsAndResults)
     }
 }
 
+TEST(ProgressBox, WorkThatCannotStopIsWaitedFor)
+{
+    CProgressWorkingDlg box(nullptr);
+    box.SetShowDelay(0);
+    box.SetCancelable(false);
+    std::atomic<bool> release{false};
+    CWorkingFunctionJob job([&](const std::atomic<bool> &, std::atomic<double> &) {
+        while (!release.load())
+            std::this_thread::yield();
+    });
+    whenShown<CProgressWorkingDlg>([&](CProgressWorkingDlg *shown) {
+        QTest::keyClick(shown, Qt::Key_Escape);
+        shown->close();
+        shown->Cancel();
+        EXPECT_TRUE(shown->isVisible());
+        release = true;
+    });
+    EXPECT_EQ(box.Run(job), CProgressWorkingDlg::Done);
+    EXPECT_FALSE(job.Stopped());
+    EXPECT_FALSE(box.WasCancelled());
+}
+
 TEST(ProgressBox, ParentClosedWhileWorkingStopsTheJob)
 {
     auto *owner = new QWidget;
