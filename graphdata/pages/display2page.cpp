@@ -4,6 +4,7 @@
 #include "graphdata/formula/formulacurve.h"
 #include "graphdata/formula/graphcustom.h"
 #include "graphdata/graphcurve.h"
+#include "support/controls/userprompts.h"
 #include "support/languagestring.h"
 
 #include <QComboBox>
@@ -65,6 +66,14 @@ QString DisplayEntryName(const CCurveBasicInfo &curve, const QStringList &column
     return curve.IsLimitLine() ? label : componentPrefix(curve.Component()) + label;
 }
 
+QString FormulaCompileError(const CGraphCurve &graph, const QString &formula)
+{
+    CFormulaCurveJob job;
+    if (job.Prepare(graph, formula))
+        return QString();
+    return LanguageString(TextBadFormula).arg(formula, FormulaErrorText(job));
+}
+
 bool CheckNewFormulas(const CGraphCurve &graph, const CGraphOptionsCopy &copy, COptionsFault &fault)
 {
     for (int i = 0; i < copy.m_curves.GetSize(); ++i) {
@@ -77,10 +86,9 @@ bool CheckNewFormulas(const CGraphCurve &graph, const CGraphOptionsCopy &copy, C
             shown = shown || (curve->Origin() == CCurveBasicInfo::OriginComputed && curve->m_colName == entry.m_colName);
         if (shown)
             continue;
-        CFormulaCurveJob job;
-        if (!job.Prepare(graph, entry.m_colName)) {
-            fault = {COptionsFault::PageDisplay, i, COptionsFault::FieldFormula,
-                     LanguageString(TextBadFormula).arg(entry.m_colName, FormulaErrorText(job))};
+        const QString message = FormulaCompileError(graph, entry.m_colName);
+        if (!message.isEmpty()) {
+            fault = {COptionsFault::PageDisplay, i, COptionsFault::FieldFormula, message};
             return false;
         }
     }
@@ -175,6 +183,7 @@ CDisplay_2_Page::CDisplay_2_Page(CGraphOptionsCopy &copy, QWidget *parent)
     connect(m_source, &QListWidget::itemDoubleClicked, this, &CDisplay_2_Page::AddSelected);
     connect(m_display, &QListWidget::itemDoubleClicked, this, &CDisplay_2_Page::RemoveSelected);
     connect(m_vector->m_add, &QPushButton::clicked, this, &CDisplay_2_Page::AddFormula);
+    connect(m_emi, &QComboBox::currentIndexChanged, this, &CDisplay_2_Page::showLimit);
 
     setTabOrder(m_source, m_addButton);
     setTabOrder(m_addButton, m_removeButton);
@@ -268,6 +277,7 @@ void CDisplay_2_Page::Load()
     m_xLabel->setVisible(!m_copy.m_scope);
 
     // Limit lines belong over a spectrum.
+    const QSignalBlocker blockLimits(m_emi);
     m_emi->clear();
     m_emi->addItem(LanguageString(TextNoLimit), -1);
     const CCurveInfoArray &limits = GetEmiLimits();
@@ -282,6 +292,26 @@ void CDisplay_2_Page::Load()
     }
     m_emi->setCurrentIndex(std::max(0, m_emi->findData(shownLimit)));
     m_emi->setEnabled(m_copy.m_spectrum != 0);
+}
+
+void CDisplay_2_Page::showLimit()
+{
+    // The display list shows the limit chosen, in place of any other.
+    const int limit = m_emi->currentData().toInt();
+    for (int row = int(m_entries.size()) - 1; row >= 0; --row) {
+        if (m_entries[std::size_t(row)]->IsLimitLine() && m_entries[std::size_t(row)]->m_colIndex != limit) {
+            delete m_display->takeItem(row);
+            m_entries.erase(m_entries.begin() + row);
+        }
+    }
+    const CCurveInfoArray &limits = GetEmiLimits();
+    if (limit < 0 || limit >= limits.GetSize())
+        return;
+    for (const auto &e : m_entries) {
+        if (e->IsLimitLine())
+            return;
+    }
+    addDisplayRow(std::make_unique<CCurveBasicInfo>(static_cast<const CCurveBasicInfo &>(*limits.GetAt(limit))));
 }
 
 void CDisplay_2_Page::AddSelected()
@@ -319,6 +349,10 @@ void CDisplay_2_Page::RemoveSelected()
     for (int row = m_display->count() - 1; row >= 0; --row) {
         if (!m_display->item(row)->isSelected())
             continue;
+        if (m_entries[std::size_t(row)]->IsLimitLine()) {
+            const QSignalBlocker block(m_emi);
+            m_emi->setCurrentIndex(0);
+        }
         delete m_display->takeItem(row);
         m_entries.erase(m_entries.begin() + row);
     }
@@ -327,9 +361,27 @@ void CDisplay_2_Page::RemoveSelected()
 
 bool CDisplay_2_Page::AddFormula()
 {
+    QString message;
+    if (addFormula(message))
+        return true;
+    if (!message.isEmpty()) {
+        ShowMessage(this, message);
+        FocusField(m_vector->m_formula);
+    }
+    return false;
+}
+
+bool CDisplay_2_Page::addFormula(QString &message)
+{
+    message.clear();
     const QString text = m_vector->m_formula->text().trimmed();
     if (text.isEmpty())
         return false;
+    if (m_formulaCheck) {
+        message = m_formulaCheck(text);
+        if (!message.isEmpty())
+            return false;
+    }
     auto entry = std::make_unique<CCurveBasicInfo>();
     entry->m_source = CCurveBasicInfo::OriginComputed;
     entry->m_colIndex = -1;
@@ -340,12 +392,16 @@ bool CDisplay_2_Page::AddFormula()
     return true;
 }
 
-bool CDisplay_2_Page::Store(COptionsFault &)
+bool CDisplay_2_Page::Store(COptionsFault &fault)
 {
     // A formula left in the entry is meant to be shown.
-    AddFormula();
+    QString message;
+    if (!addFormula(message) && !message.isEmpty()) {
+        fault = {COptionsFault::PageDisplay, -1, COptionsFault::FieldFormula, message};
+        return false;
+    }
 
-    const int limit = m_emi->isEnabled() ? m_emi->currentData().toInt() : m_copy.m_emiLimit;
+    const int limit = m_emi->currentData().toInt();
     m_copy.m_curves.DeleteAll();
     for (const auto &e : m_entries) {
         // One limit line at a time: the one chosen stays, others go.
@@ -373,9 +429,11 @@ bool CDisplay_2_Page::Store(COptionsFault &)
 
 void CDisplay_2_Page::Focus(const COptionsFault &fault)
 {
-    // The copies hold what every page stored: show them, then take the
-    // failing formula back into the entry for the user to mend.
-    Load();
+    // A fault of a shown formula (index 0 or more) is found once every page
+    // stored its fields: show the copies, then take the formula back into
+    // the entry for the user to mend.  One still in the entry is there.
+    if (fault.index >= 0)
+        Load();
     if (fault.field == COptionsFault::FieldFormula && fault.index >= 0 && fault.index < int(m_entries.size()) &&
         m_entries[std::size_t(fault.index)]->Origin() == CCurveBasicInfo::OriginComputed) {
         const QString text = m_entries[std::size_t(fault.index)]->m_colName;

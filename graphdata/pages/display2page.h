@@ -11,6 +11,7 @@
 
 #include "graphdata/pages/optionspage.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -53,8 +54,14 @@ public:
     void AddSelected();
     void RemoveSelected();
     // Appends the formula in the entry as a computed curve and empties the
-    // entry; false when it is empty.
+    // entry; false when it is empty, or (with the message shown and the
+    // text selected) when m_formulaCheck refuses it.
     bool AddFormula();
+
+    // Says why a formula cannot be used, or nothing when it can; the dialog
+    // compiles it against its graph.  Unset, every formula is taken here
+    // and compiled only when the dialog is accepted.
+    std::function<QString(const QString &formula)> m_formulaCheck;
 
     QListWidget *m_source;
     QListWidget *m_display;
@@ -65,6 +72,8 @@ public:
 
 private:
     void fillSource();
+    void showLimit();
+    bool addFormula(QString &message);
     void addDisplayRow(std::unique_ptr<CCurveBasicInfo> entry);
     std::uint32_t freeColor() const;
 
@@ -77,6 +86,10 @@ private:
 // The name a curve goes by in the lists: a column with its spectrum
 // component prefix ("Real_U"), a formula or limit by its label.
 QString DisplayEntryName(const CCurveBasicInfo &curve, const QStringList &columnNames);
+
+// Why `formula` does not compile against the columns of `graph` (text
+// 43880 with the error and where it stands), or nothing when it does.
+QString FormulaCompileError(const CGraphCurve &graph, const QString &formula);
 
 // Compiles every formula of the copies that the graph does not show yet.
 // False with the fault (display page, the entry's index, the message) for

@@ -41,6 +41,7 @@ COptions2_Dlg::COptions2_Dlg(CGraphCurve &graph, int startPage, QWidget *parent)
     m_yPage = new CYAxis_2_Page(m_copy);
     m_screenPage = new CScreen_2_Page(m_copy);
     m_displayPage = new CDisplay_2_Page(m_copy);
+    m_displayPage->m_formulaCheck = [this](const QString &formula) { return FormulaCompileError(m_graph, formula); };
     m_emiPage = new CUserEMI(m_copy);
     m_tabs->addTab(m_curvePage, LanguageString(TextCurves));
     m_tabs->addTab(m_displayPage, LanguageString(TextDisplay));

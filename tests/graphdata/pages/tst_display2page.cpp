@@ -36,6 +36,7 @@
 namespace {
 
 const QString kKey = QStringLiteral("Software\\HELIOMAR\\TARN\\UserEMI");
+const QString kFunctionKey = QStringLiteral("Software\\HELIOMAR\\TARN\\UserFunction");
 
 struct RecordingPrompts : CUserPrompts
 {
@@ -208,6 +209,31 @@ TEST_F(DisplayPage, AcceptedChoicesReachTheGraph)
              EXPECT_EQ(limits, 1);
              EXPECT_EQ(g.Range(0)->m_dbScale, 1);
          }},
+        {"a limit taken out of the shown list stays out",
+         true,
+         [](CDisplay_2_Page *p) {
+             p->m_emi->setCurrentIndex(p->m_emi->findData(1));
+             ASSERT_EQ(p->m_display->count(), 3);
+             p->m_display->item(2)->setSelected(true);
+             p->RemoveSelected();
+             EXPECT_EQ(p->m_emi->currentData().toInt(), -1);
+         },
+         [](const CGraphCurve &g) {
+             ASSERT_EQ(g.CurveCount(), 2);
+             EXPECT_FALSE(g.Curve(0)->IsLimitLine() || g.Curve(1)->IsLimitLine());
+         }},
+        {"one limit at a time: a second choice replaces the first",
+         true,
+         [](CDisplay_2_Page *p) {
+             p->m_emi->setCurrentIndex(p->m_emi->findData(1));
+             p->m_emi->setCurrentIndex(p->m_emi->findData(4));
+             EXPECT_EQ(p->m_display->count(), 3);
+         },
+         [](const CGraphCurve &g) {
+             ASSERT_EQ(g.CurveCount(), 3);
+             EXPECT_TRUE(g.Curve(2)->IsLimitLine());
+             EXPECT_EQ(g.Curve(2)->m_colIndex, 4);
+         }},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -243,34 +269,60 @@ TEST_F(DisplayPage, CurveAndDisplayPagesAgree)
     EXPECT_EQ(m_graph.Curve(1)->m_colName, QStringLiteral("U-V"));
 }
 
+// A formula that does not compile, whether typed and accepted at once, added
+// with the button, or taken from the saved formulas (checked only on
+// acceptance, here from another page): the message, the dialog open on the
+// display page with the formula selected in the entry, the graph untouched.
 TEST_F(DisplayPage, FormulaThatDoesNotCompileKeepsTheDialogOpen)
 {
+    enum Route { TypedAndAccepted, AddButton, SavedFormula };
     const char *const formulas[] = {"U*(", "NoSuchColumn+1", "SIN(U"};
     const std::string before = curvesOf(m_graph);
-    for (const char *formula : formulas) {
-        SCOPED_TRACE(formula);
-        m_prompts.messages.clear();
-        COptions2_Dlg dialog(m_graph, COptionsFault::PageDisplay);
-        dialog.show();
-        dialog.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
-        CDisplay_2_Page *page = dialog.m_displayPage;
-        page->m_vector->m_formula->setText(QString::fromLatin1(formula));
-        page->AddFormula();
-        // Accepted from another page: the fault brings the display page back.
-        dialog.Tabs()->setCurrentWidget(dialog.m_screenPage);
-        dialog.accept();
-        EXPECT_NE(dialog.result(), QDialog::Accepted);
-        EXPECT_TRUE(dialog.isVisible());
-        ASSERT_EQ(m_prompts.messages.size(), 1);
-        EXPECT_TRUE(m_prompts.messages[0].startsWith(textStart(43880))) << m_prompts.messages[0].toStdString();
-        EXPECT_EQ(dialog.Tabs()->currentWidget(), page);
-        EXPECT_EQ(QApplication::focusWidget(), page->m_vector->m_formula);
-        EXPECT_EQ(page->m_vector->m_formula->selectedText(), QString::fromLatin1(formula));
-        EXPECT_EQ(page->m_display->count(), 2);
-        EXPECT_EQ(curvesOf(m_graph), before);
-        dialog.reject();
-        EXPECT_EQ(curvesOf(m_graph), before);
+    for (const Route route : {TypedAndAccepted, AddButton, SavedFormula}) {
+        for (const char *formula : formulas) {
+            SCOPED_TRACE(std::string(formula) + " route " + std::to_string(int(route)));
+            const QString text = QString::fromLatin1(formula);
+            RegistrySetDword(kFunctionKey, QStringLiteral("FormulaCount"), 1);
+            RegistrySetString(kFunctionKey, QStringLiteral("Formula1"), QStringLiteral("Mine{%1}").arg(text));
+            ResetGraphCustom();
+            m_prompts.messages.clear();
+            COptions2_Dlg dialog(m_graph, COptionsFault::PageDisplay);
+            dialog.show();
+            dialog.activateWindow();
+            ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+            CDisplay_2_Page *page = dialog.m_displayPage;
+            switch (route) {
+            case TypedAndAccepted:
+                page->m_vector->m_formula->setText(text);
+                dialog.accept();
+                break;
+            case AddButton:
+                page->m_vector->m_formula->setText(text);
+                EXPECT_FALSE(page->AddFormula());
+                break;
+            case SavedFormula: {
+                const QList<QListWidgetItem *> saved = page->m_source->findItems(QStringLiteral("Mine"), Qt::MatchExactly);
+                ASSERT_EQ(saved.size(), 1);
+                saved[0]->setSelected(true);
+                page->AddSelected();
+                EXPECT_EQ(page->m_display->count(), 3);
+                dialog.Tabs()->setCurrentWidget(dialog.m_screenPage);
+                dialog.accept();
+                break;
+            }
+            }
+            EXPECT_NE(dialog.result(), QDialog::Accepted);
+            EXPECT_TRUE(dialog.isVisible());
+            ASSERT_EQ(m_prompts.messages.size(), 1);
+            EXPECT_TRUE(m_prompts.messages[0].startsWith(textStart(43880))) << m_prompts.messages[0].toStdString();
+            EXPECT_EQ(dialog.Tabs()->currentWidget(), page);
+            EXPECT_EQ(QApplication::focusWidget(), page->m_vector->m_formula);
+            EXPECT_EQ(page->m_vector->m_formula->selectedText(), text);
+            EXPECT_EQ(page->m_display->count(), 2);
+            EXPECT_EQ(curvesOf(m_graph), before);
+            dialog.reject();
+            EXPECT_EQ(curvesOf(m_graph), before);
+        }
     }
 }
 
