@@ -33,7 +33,7 @@ int main(int argc, char **argv)
     if (!LoadLanguageFile(QStringLiteral(TARN_SOURCE_DIR "/lang/en.lang")))
         return 1;
 
-    CDatasheetSpec sheet;
+    CDatasheetLayout sheet;
     sheet.size = QSize(760, 520);
     sheet.x = {true, -1, 1, 4, LabelStyle::Prefixed};
     sheet.y = {true, -6, 1, 4, LabelStyle::Prefixed};
@@ -61,7 +61,7 @@ int main(int argc, char **argv)
 
     // From the paste to the proposal, for a large picture: the first run
     // starts the OCR engine, the second is what every later paste costs.
-    CDatasheetSpec large = sheet;
+    CDatasheetLayout large = sheet;
     large.size = QSize(2000, 1500);
     large.fontPixels = 20;
     const QImage big = MakeDatasheetPicture(large).image;
