@@ -154,6 +154,24 @@ void BM_CurveWhole(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * kRows);
 }
 
+// The same pieces without looking at the stop flag or storing the progress
+// between them: what the looking costs, at equal pieces.
+void BM_CurveUnwatched(benchmark::State &state)
+{
+    const QString formula = QString::fromLatin1(kPairs[state.range(0)].tarn);
+    for (auto _ : state) {
+        CFormulaCurveJob job;
+        job.SetWatched(false);
+        if (!job.Prepare(graph(), formula)) {
+            state.SkipWithError("the formula does not compile");
+            return;
+        }
+        job.Run();
+        benchmark::DoNotOptimize(job.Result().Get());
+    }
+    state.SetItemsProcessed(state.iterations() * kRows);
+}
+
 // As a window runs it: on a worker thread, while this thread looks at the
 // progress every millisecond as the progress box's timer would (far more
 // often than it does), in pieces with the stop check between them.  Wall
@@ -231,6 +249,7 @@ void BM_MuParserBulk(benchmark::State &state)
 
 BENCHMARK(BM_Curve)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CurveWhole)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CurveUnwatched)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CurveOnWorker)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_Series)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MuParserBulk)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
@@ -326,8 +345,8 @@ int main(int argc, char **argv)
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     std::printf("\nRows per second over %d rows (higher is better), CPU time\n", kRows);
-    std::printf("%-40s %12s %12s %8s   %12s %10s %10s %10s\n", "expression", "curve", "mu bulk", "ratio", "series",
-                "job cost", "pieces", "worker");
+    std::printf("%-40s %12s %12s %8s   %12s %10s %10s %10s %10s\n", "expression", "curve", "mu bulk", "ratio",
+                "series", "job cost", "pieces", "watching", "worker");
     for (int i = 0; i < kExpressionCount; ++i) {
         auto seconds = [&](const char *name, bool wall = false) {
             const auto &times = wall ? reporter.wallTimes : reporter.times;
@@ -336,17 +355,19 @@ int main(int argc, char **argv)
         };
         const double curve = seconds("BM_Curve"), series = seconds("BM_Series"), bulk = seconds("BM_MuParserBulk");
         const double whole = seconds("BM_CurveWhole"), worker = seconds("BM_CurveOnWorker", true),
-                     wholeWall = seconds("BM_CurveWhole", true);
+                     wholeWall = seconds("BM_CurveWhole", true), unwatched = seconds("BM_CurveUnwatched");
         if (curve <= 0)
             continue;
-        std::printf("%-40s %12.3g %12.3g %8.2f   %12.3g %9.1f%% %9.1f%% %9.1f%%\n", kPairs[i].tarn, kRows / curve,
-                    bulk > 0 ? kRows / bulk : 0.0, bulk > 0 ? bulk / curve : 0.0, series > 0 ? kRows / series : 0.0,
-                    series > 0 ? (curve / series - 1) * 100 : 0.0, whole > 0 ? (curve / whole - 1) * 100 : 0.0,
+        std::printf("%-40s %12.3g %12.3g %8.2f   %12.3g %9.1f%% %9.1f%% %9.1f%% %9.1f%%\n", kPairs[i].tarn,
+                    kRows / curve, bulk > 0 ? kRows / bulk : 0.0, bulk > 0 ? bulk / curve : 0.0,
+                    series > 0 ? kRows / series : 0.0, series > 0 ? (curve / series - 1) * 100 : 0.0,
+                    whole > 0 ? (curve / whole - 1) * 100 : 0.0, unwatched > 0 ? (curve / unwatched - 1) * 100 : 0.0,
                     wholeWall > 0 && worker > 0 ? (worker / wholeWall - 1) * 100 : 0.0);
     }
     std::printf("ratio: muparser's time over the curve's (above 1: the curve is faster); job cost: the curve's "
                 "time over the bare series', less one (the snapshot, compile, new column, extents and gaps); "
                 "pieces: the curve in pieces with progress and stop checks over the curve in one piece, less one; "
+                "watching: the curve over the same pieces without the stop checks and progress, less one; "
                 "worker: the curve on a worker thread watched every millisecond over the curve in one piece, both "
                 "in wall time, less one.  With --benchmark_repetitions the medians are taken.\n");
     if (!agree)
