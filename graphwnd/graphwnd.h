@@ -31,6 +31,7 @@
 
 class CGraphCursorBase;
 class CGraphToolBar;
+class CTextAttributes;
 class QMenu;
 
 // Command ids of the window, its toolbar and its pop-up menu.
@@ -178,6 +179,12 @@ public:
     // The text of a new text object, asked for at `point`; empty to place
     // none.  A host or a test may replace the question.
     std::function<QString(CGraphWnd &, QPoint)> m_askObjectText;
+    // The text attributes dialog on a text object (opened by a double click
+    // on it, or Properties in its pop-up menu); OK with a change is an edit
+    // that undo takes back.  True when the text changed.
+    bool EditTextAttributes(CDrawText *text);
+    // Runs the dialog in place of its exec(); for hosts and tests.
+    std::function<int(CTextAttributes &)> m_runTextAttributes;
     // The style of new lines and rectangles.
     CLogPen m_newPen{0, 1, 0, 0x000000C0};
     int m_newArrowStyle = CDrawLines::ArrowFilled;
@@ -233,6 +240,7 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void closeEvent(QCloseEvent *event) override;

@@ -361,6 +361,23 @@ void CGraphWnd::mouseMoveEvent(QMouseEvent *event)
     updateCursor(point);
 }
 
+// A double click on a text object with the select tool opens its
+// attributes; anywhere else it is a second click.
+void CGraphWnd::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    int handle = 0;
+    const int object = event->button() == Qt::LeftButton && Tool() == 1 && m_graphData && !m_activeTrack
+                           ? ObjectAt(event->position().toPoint(), handle)
+                           : -1;
+    if (object >= 0) {
+        if (auto *text = dynamic_cast<CDrawText *>(m_graphData->m_textObjects.GetAt(object))) {
+            EditTextAttributes(text);
+            return;
+        }
+    }
+    QWidget::mouseDoubleClickEvent(event);
+}
+
 void CGraphWnd::updateCursor(QPoint point)
 {
     GraphCursorRole role = CursorArrow;
@@ -594,6 +611,10 @@ void CGraphWnd::OnContextCommand(int id, QPoint point)
             }
             break;
         case CmdCurveProperties:
+            if (auto *text = object >= 0 ? dynamic_cast<CDrawText *>(g.m_textObjects.GetAt(object)) : nullptr) {
+                EditTextAttributes(text);
+                return;
+            }
             openOptions(COptionsFault::PageCurves, curve);
             return;
         case CmdDelete:

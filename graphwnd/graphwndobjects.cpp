@@ -6,9 +6,9 @@
 
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/draw/objectstore.h"
+#include "graphwnd/textattributes.h"
 #include "support/controls/userprompts.h"
 #include "support/languagestring.h"
-
 
 #include <algorithm>
 #include <memory>
@@ -43,6 +43,38 @@ bool CGraphWnd::UndoObjectEdit()
     m_undoObjects.clear();
     if (!restored)
         return false;
+    Redraw(1);
+    notifyChanged();
+    return true;
+}
+
+namespace {
+
+bool sameAttributes(const CDrawText &a, const CDrawText &b)
+{
+    return a.m_text == b.m_text && a.m_face == b.m_face && a.m_fontHeight == b.m_fontHeight &&
+           a.m_fontWeight == b.m_fontWeight && a.m_italic == b.m_italic && a.m_color == b.m_color &&
+           a.m_alignment == b.m_alignment && a.m_vertical == b.m_vertical;
+}
+
+} // namespace
+
+bool CGraphWnd::EditTextAttributes(CDrawText *text)
+{
+    if (!m_graphData || !text)
+        return false;
+    CTextAttributes dialog(this);
+    dialog.Load(*text);
+    const int result = m_runTextAttributes ? m_runTextAttributes(dialog) : dialog.exec();
+    // The dialog may have run the event loop: the text must still be ours.
+    if (result != QDialog::Accepted || !m_graphData || m_graphData->m_textObjects.Find(text) < 0)
+        return false;
+    CDrawText edited = *text;
+    dialog.Store(edited);
+    if (sameAttributes(edited, *text))
+        return false;
+    RememberObjects();
+    dialog.Store(*text);
     Redraw(1);
     notifyChanged();
     return true;

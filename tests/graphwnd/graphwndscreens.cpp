@@ -3,13 +3,15 @@
 // two EMI limits over it.  Run under a display (xvfb-run works) or on the
 // offscreen platform:
 //     graphwnd_screens OUTPUT_FOLDER
-// It writes graphwnd-objects.png and graphwnd-emi.png.
+// It writes graphwnd-objects.png, graphwnd-emi.png and
+// graphwnd-textattributes.png (the dialog of a text object).
 
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/emi/emilimits.h"
 #include "graphdata/spectrum/spectrumjob.h"
 #include "graphwnd/graphcursors.h"
 #include "graphwnd/graphwnd.h"
+#include "graphwnd/textattributes.h"
 #include "support/languagestring.h"
 
 #include <QApplication>
@@ -142,6 +144,20 @@ int main(int argc, char **argv)
             std::fprintf(stderr, "the window did not show\n");
         wnd.grab();
         ok = save(wnd, out.filePath(QStringLiteral("graphwnd-emi.png"))) && ok;
+    }
+    {
+        CDrawText text;
+        text.m_text = QStringLiteral("overshoot 29 %");
+        text.m_face = QStringLiteral("DejaVu Serif");
+        text.m_fontHeight = 14;
+        text.m_fontWeight = 700;
+        text.m_color = 0x0000C0;
+        CTextAttributes dialog;
+        dialog.Load(text);
+        dialog.show();
+        if (!QTest::qWaitForWindowExposed(&dialog))
+            std::fprintf(stderr, "the dialog did not show\n");
+        ok = save(dialog, out.filePath(QStringLiteral("graphwnd-textattributes.png"))) && ok;
     }
     return ok ? 0 : 1;
 }

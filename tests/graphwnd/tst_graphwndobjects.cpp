@@ -9,10 +9,18 @@
 #include "graphdata/draw/polylinecache.h"
 #include "graphdata/file/graphfileload.h"
 #include "graphwnd/graphreadout.h"
+#include "graphdata/pages/optionspage.h"
 #include "graphwnd/graphwnd.h"
+#include "graphwnd/textattributes.h"
 #include "support/languagestring.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QFontComboBox>
+#include <QFontDatabase>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSpinBox>
 #include <QMouseEvent>
 #include <QTemporaryDir>
 #include <QTest>
@@ -456,6 +464,149 @@ INSTANTIATE_TEST_SUITE_P(Axes, LogAxesObjects,
                                            LogAxesCase{"LogY", false, true}, LogAxesCase{"LogXY", true, true}),
                          [](const auto &info) { return std::string(info.param.name); });
 
+// ---- text attributes -------------------------------------------------------------
+
+struct AttributesCase
+{
+    const char *name;
+    bool byMenu;        // Properties in the pop-up menu, else a double click
+    QString text;       // typed into the fields
+    int size;
+    QString color;
+    bool bold;
+    bool pressOk;       // else Cancel
+    bool changed;       // the object takes the fields
+    bool refused;       // OK keeps the dialog open with a reason
+};
+
+void PrintTo(const AttributesCase &c, std::ostream *out)
+{
+    *out << c.name;
+}
+
+class TextAttributes : public WndObjects, public ::testing::WithParamInterface<AttributesCase>
+{
+protected:
+    // Red pixels of the window inside `rect`.
+    int redPixels(const QRect &rect)
+    {
+        const QImage image = m_wnd.grab().toImage();
+        int n = 0;
+        for (int y = rect.top(); y <= rect.bottom(); ++y)
+            for (int x = rect.left(); x <= rect.right(); ++x) {
+                const QColor c = image.pixelColor(x, y);
+                n += c.red() > 180 && c.green() < 90 && c.blue() < 90;
+            }
+        return n;
+    }
+};
+
+TEST_P(TextAttributes, TheDialogChangesTheTextOrLeavesIt)
+{
+    const AttributesCase &c = GetParam();
+    auto *text = new CDrawText;
+    text->m_x = 50, text->m_y = 50;
+    text->m_text = QStringLiteral("label");
+    objects().Add(text);
+    m_wnd.Redraw(1);
+    paint();
+    const CDrawText before = *text;
+    const QRect drawnBefore = text->LastRect();
+    ASSERT_EQ(redPixels(drawnBefore), 0);
+
+    int runs = 0;
+    bool refused = false;
+    QString face;
+    m_wnd.m_runTextAttributes = [&](CTextAttributes &dialog) {
+        ++runs;
+        EXPECT_EQ(dialog.TextEdit()->text(), QStringLiteral("label"));
+        EXPECT_EQ(dialog.SizeBox()->value(), before.m_fontHeight);
+        dialog.TextEdit()->clear();
+        QTest::keyClicks(dialog.TextEdit(), c.text);
+        dialog.SizeBox()->setValue(c.size);
+        dialog.BoldBox()->setChecked(c.bold);
+        dialog.ColorField()->Edit()->clear();
+        QTest::keyClicks(dialog.ColorField()->Edit(), c.color);
+        // another face than the one shown
+        for (const QString &family : QFontDatabase::families())
+            if (family != dialog.FaceBox()->currentText()) {
+                face = family;
+                break;
+            }
+        dialog.FaceBox()->setCurrentFont(QFont(face));
+        if (c.pressOk) {
+            dialog.accept();
+            refused = dialog.result() != QDialog::Accepted && dialog.ErrorLabel()->isVisibleTo(&dialog);
+            if (refused)
+                dialog.reject();
+        } else {
+            dialog.reject();
+        }
+        return dialog.result();
+    };
+    const QPoint on = drawnBefore.center();
+    if (c.byMenu) {
+        m_wnd.OnContextCommand(CmdCurveProperties, on);
+    } else {
+        QTest::mouseDClick(&m_wnd, Qt::LeftButton, Qt::NoModifier, on);
+    }
+    paint();
+    ASSERT_EQ(runs, 1);
+    EXPECT_EQ(refused, c.refused);
+    ASSERT_EQ(objects().GetSize(), 1);
+    if (!c.changed) {
+        EXPECT_EQ(text->m_text, before.m_text);
+        EXPECT_EQ(text->m_fontHeight, before.m_fontHeight);
+        EXPECT_EQ(text->m_color, before.m_color);
+        EXPECT_EQ(text->m_face, before.m_face);
+        EXPECT_FALSE(m_wnd.CanUndoObjectEdit());
+        return;
+    }
+    EXPECT_EQ(text->m_text, c.text);
+    EXPECT_EQ(text->m_fontHeight, c.size);
+    EXPECT_EQ(text->m_fontWeight >= 600, c.bold);
+    EXPECT_EQ(text->m_face, face);
+    EXPECT_EQ(text->m_color, 0x0000FFu); // red, as 0x00BBGGRR
+    // redrawn: in red, and taller for the larger font
+    EXPECT_GT(redPixels(text->LastRect()), 10);
+    EXPECT_GT(text->LastRect().height(), drawnBefore.height());
+    // one undo takes the whole change back
+    ASSERT_TRUE(m_wnd.UndoObjectEdit());
+    paint();
+    auto *back = dynamic_cast<CDrawText *>(objects().GetAt(0));
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(back->m_text, before.m_text);
+    EXPECT_EQ(back->m_fontHeight, before.m_fontHeight);
+    EXPECT_EQ(back->m_color, before.m_color);
+    EXPECT_EQ(redPixels(back->LastRect()), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Edits, TextAttributes,
+    ::testing::Values(
+        AttributesCase{"DoubleClickOk", false, QStringLiteral("Peak 3 dB"), 20, QStringLiteral("#FF0000"), true, true,
+                       true, false},
+        AttributesCase{"MenuOk", true, QStringLiteral("fc"), 24, QStringLiteral("red"), false, true, true, false},
+        AttributesCase{"Cancel", false, QStringLiteral("other"), 20, QStringLiteral("#FF0000"), true, false, false,
+                       false},
+        AttributesCase{"NoColour", true, QStringLiteral("other"), 20, QStringLiteral("#12"), false, true, false, true},
+        AttributesCase{"NoText", false, QString(), 20, QStringLiteral("#FF0000"), false, true, false, true}),
+    [](const auto &info) { return std::string(info.param.name); });
+
+TEST_F(WndObjects, OnlyTextsOpenTheAttributes)
+{
+    auto *line = new CDrawLines;
+    line->m_x1 = 10, line->m_y1 = 10, line->m_x2 = 90, line->m_y2 = 90;
+    objects().Add(line);
+    m_wnd.Redraw(1);
+    paint();
+    int runs = 0;
+    m_wnd.m_runTextAttributes = [&](CTextAttributes &) { return ++runs, int(QDialog::Rejected); };
+    QTest::mouseDClick(&m_wnd, Qt::LeftButton, Qt::NoModifier, pixel(50, 50));
+    EXPECT_EQ(runs, 0);
+    EXPECT_EQ(objects().GetSize(), 1);
+}
+
 // ---- stored form ---------------------------------------------------------------
 
 CTextnLineArray *sampleObjects()
@@ -480,6 +631,9 @@ CTextnLineArray *sampleObjects()
     text->m_vertical = 1;
     text->m_color = 0xFF;
     text->m_face = QStringLiteral("DejaVu Sans");
+    text->m_fontHeight = 14;
+    text->m_fontWeight = 700;
+    text->m_italic = 1;
     text->m_yAxisIndex = 1;
     list->Add(text);
     return list;
@@ -499,9 +653,9 @@ QString describe(const CTextnLineArray &list)
             s += QStringLiteral("%1 %2 %3 %4 p%5,%6")
                      .arg(r->m_x1).arg(r->m_y1).arg(r->m_x2).arg(r->m_y2).arg(r->m_pen.style).arg(r->m_pen.color);
         if (auto *t = dynamic_cast<const CDrawText *>(o))
-            s += QStringLiteral("%1 %2 %3 %4 %5 %6 %7")
+            s += QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8 %9 %10")
                      .arg(t->m_x).arg(t->m_y).arg(t->m_text).arg(t->m_alignment).arg(t->m_vertical).arg(t->m_color)
-                     .arg(t->m_face);
+                     .arg(t->m_face).arg(t->m_fontHeight).arg(t->m_fontWeight).arg(t->m_italic);
         s += u']';
     }
     return s;
