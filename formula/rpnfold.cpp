@@ -483,6 +483,15 @@ bool operandIsName(const CRpnNode *call, int i)
     }
 }
 
+// An operator of two operands checked as the generic case below checks one:
+// left, then right.  A left-deep chain of them (a long flat sum) is checked
+// with a loop.
+bool plainBinary(const CRpnNode *node)
+{
+    return node && node->IsBinary() && !node->IsAssignmentLike() && !node->IsFormula() && !node->IsVariable()
+        && !node->TakesBareWords() && !node->IsFunctionCall() && GetOperandPlaces(node) == 2;
+}
+
 } // namespace
 
 bool CRpnParser::checkStructure(CRpnNode *node)
@@ -491,6 +500,18 @@ bool CRpnParser::checkStructure(CRpnNode *node)
         return true;
     if (StackRoom::IsStackLow())
         return fail(node, kMsgTooDeep, {});
+    if (plainBinary(node) && plainBinary(node->GetOperand(0))) {
+        std::vector<CRpnNode *> chain;
+        for (CRpnNode *n = node; plainBinary(n); n = n->GetOperand(0))
+            chain.push_back(n);
+        if (!checkStructure(chain.back()->GetOperand(0)))
+            return false;
+        for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+            if (!checkStructure((*it)->GetOperand(1)))
+                return false;
+        }
+        return true;
+    }
     if (node->IsVariable())
         return useVariable(node);
     if (node->IsFormula()) {

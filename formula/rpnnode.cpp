@@ -148,11 +148,6 @@ CNode_Function *CRpnNode::AsFunctionCall()
     return Has(RPN_TRAIT_FUNCTION_CALL) ? dynamic_cast<CNode_Function *>(this) : nullptr;
 }
 
-bool CRpnNode::IsStopping() const
-{
-    return m_tree && m_tree->IsStopping();
-}
-
 void CRpnNode::ReportError(unsigned char &status, int id, std::initializer_list<CRpnFormatArg> args)
 {
     if (m_tree)
@@ -290,6 +285,11 @@ void PrepareFastPath(CRpnNode *root)
         node->m_fastValue = fastValue;
         node->m_fastPath = fast;
         node->m_fastOp = fastOpOf(node->GetKind());
+        const auto link = [](const CRpnNode *n) {
+            return n && (n->m_fastOp == RPN_FAST_OP_ADD || n->m_fastOp == RPN_FAST_OP_SUBTRACT
+                         || n->m_fastOp == RPN_FAST_OP_MULTIPLY);
+        };
+        node->m_chainHead = link(node) && node->GetOperandCount() == 2 && link(node->GetOperand(0));
         if (node->GetKind() == RPN_NODE_ASSIGN) {
             const CRpnNode *left = node->GetOperand(0), *right = node->GetOperand(1);
             // (Not a call: a function may give a number with its display exponent.)

@@ -22,6 +22,7 @@
 
 #include "formula/rpndata.h"
 #include "formula/rpnexception.h"
+#include "formula/rpntree.h"
 #include "support/stackroom.h"
 
 #include <QString>
@@ -267,7 +268,7 @@ public:
 
     // --- helpers for nodes ---------------------------------------------------------
     // The stop test of composites: the tree was asked to stop.
-    bool IsStopping() const;
+    bool IsStopping() const { return m_tree && m_tree->IsStopping(); }
     // Evaluates an operand of a composite into `value`.  False when the
     // composite must return at once with `result` as set here: null after a
     // failure, the operand's value while a `return` unwinds or a stop is asked.
@@ -329,6 +330,9 @@ public:
     // arithmetic or a comparison, and on ++ and --, so that the hot paths
     // need no virtual call for it: one of RpnFastOp.
     std::int8_t m_fastOp = 0;
+    // Set by PrepareFastPath on a + - * whose left operand is one of these
+    // too: the head of a chain that is evaluated with a loop.
+    bool m_chainHead = false;
 };
 
 // --- walks -----------------------------------------------------------------------------

@@ -317,6 +317,37 @@ bool CNodeDoubleOperand::SetOperand(int i, CRpnNode *node)
     return true;
 }
 
+namespace {
+
+// A link of a left-deep chain of + - * (how the parser leaves a long flat sum
+// or product): a node whose value is made by CNodeDoubleOperand::Evaluate
+// and EvaluateFast themselves.  Such a chain is walked with a loop, so that
+// its length is bounded by memory rather than by the stack.
+bool isChainLink(const CRpnNode *node)
+{
+    const int op = node->m_fastOp;
+    return op == RPN_FAST_OP_ADD || op == RPN_FAST_OP_SUBTRACT || op == RPN_FAST_OP_MULTIPLY;
+}
+
+// The links from `top` down to the last one whose left operand is no link;
+// top first.  Links without both operands end the chain.
+template <typename List>
+void collectChain(CNodeDoubleOperand *top, List &chain)
+{
+    CNodeDoubleOperand *node = top;
+    for (;;) {
+        chain.push_back(node);
+        CRpnNode *left = node->m_left;
+        if (!left || !node->m_right || !isChainLink(left))
+            return;
+        node = static_cast<CNodeDoubleOperand *>(left);
+    }
+}
+
+using Chain = QVarLengthArray<CNodeDoubleOperand *, 32>;
+
+} // namespace
+
 void CNodeDoubleOperand::Evaluate(CRpnData &result, unsigned char &status)
 {
     if (m_fastValue && !IsStopping()) {
@@ -330,9 +361,49 @@ void CNodeDoubleOperand::Evaluate(CRpnData &result, unsigned char &status)
         result.SetNull();
         return;
     }
+    if (m_chainHead) {
+        // From the deepest link up, each link's value is the left operand of
+        // the one above it.
+        Chain chain;
+        collectChain(this, chain);
+        CNodeDoubleOperand *bottom = chain.back();
+        CRpnData a;
+        if (!bottom->m_left || !bottom->m_right) {
+            result.SetNull();
+            return;
+        }
+        if (!bottom->EvaluateOrPass(bottom->m_left, a, result, status))
+            return;
+        for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+            CNodeDoubleOperand *link = *it;
+            if (it != chain.rbegin()) {
+                // The link below is this one's left operand: what it left
+                // behind is taken as EvaluateOrPass takes an operand's.
+                if (status == 0) {
+                    link->NoteFailure(*(it - 1));
+                    result.SetNull();
+                    return;
+                }
+                if (status == 10 || IsStopping()) {
+                    result = std::move(a);
+                    return;
+                }
+            }
+            CRpnData value;
+            link->evaluateWithLeft(a, value, status);
+            a = std::move(value);
+        }
+        result = std::move(a);
+        return;
+    }
     CRpnData a;
     if (!EvaluateOrPass(m_left, a, result, status))
         return;
+    evaluateWithLeft(a, result, status);
+}
+
+void CNodeDoubleOperand::evaluateWithLeft(CRpnData &a, CRpnData &result, unsigned char &status)
+{
     // The short cuts: `0 * f()`, `0 && f()` and `1 || f()` do not evaluate f.
     if (a.IsReal()) {
         const int path = GetRealPath();
@@ -493,12 +564,9 @@ void CNodeDoubleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnDa
     result.SetDouble(ApplyReal(a.GetDouble(), b.GetDouble(), status));
 }
 
-bool CNodeDoubleOperand::EvaluateFast(double &out)
+inline bool CNodeDoubleOperand::fastWithLeft(double a, double &out)
 {
-    double a, b;
-    // Short of stack the ordinary evaluation reports it.
-    if (StackRoom::IsStackLow() || !m_left->EvaluateFast(a))
-        return false;
+    double b;
     const int path = m_realPath;
     // A short cut needs a REAL on the left.  Where a list inside may have
     // made an ARRAY (or not, if a short cut further in kept a REAL), the
@@ -527,6 +595,35 @@ bool CNodeDoubleOperand::EvaluateFast(double &out)
     unsigned char st = 1;
     out = ApplyReal(a, b, st);
     return st == 1;
+}
+
+bool CNodeDoubleOperand::EvaluateFast(double &out)
+{
+    double a;
+    // Short of stack the ordinary evaluation reports it.
+    if (StackRoom::IsStackLow())
+        return false;
+    if (m_chainHead)
+        return fastChain(out);
+    if (!m_left->EvaluateFast(a))
+        return false;
+    return fastWithLeft(a, out);
+}
+
+bool CNodeDoubleOperand::fastChain(double &out)
+{
+    Chain chain;
+    collectChain(this, chain);
+    CNodeDoubleOperand *bottom = chain.back();
+    double a;
+    if (!bottom->m_left || !bottom->m_right || !bottom->m_left->EvaluateFast(a))
+        return false;
+    for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+        if (!(*it)->fastWithLeft(a, a))
+            return false;
+    }
+    out = a;
+    return true;
 }
 
 // --- arithmetic ----------------------------------------------------------------------------------
@@ -713,14 +810,28 @@ void CNodeAssignment::Store(CRpnNode *node, CRpnNode *target, const CRpnData &va
     QVarLengthArray<CRpnData, 4> indices;
     for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
         CRpnNode *indexNode = (*it)->m_right;
-        if (indexNode && indexNode->GetKind() == RPN_NODE_LIST && indexNode->GetOperandCount() == 0 &&
-            !indexNode->IsOperation()) {
-            // `a[] = x`: the empty index, without making an empty array for it.
+        // The bracket's list of one index, `a[i] = x` or `a[] = x` (whose
+        // list holds a NULL): its one value is taken without making the
+        // list's array, the cells of an array index one level deep as the
+        // list would give them.
+        CRpnNode *single = nullptr;
+        if (indexNode && indexNode->GetKind() == RPN_NODE_LIST && !indexNode->IsOperation()) {
+            const int n = indexNode->GetOperandCount();
+            if (n == 0) {
+                indices.push_back(CRpnData());
+                continue;
+            }
+            if (n == 1)
+                single = indexNode->GetOperand(0);
+        }
+        if (single && single->GetKind() == RPN_NODE_NULL) {
             indices.push_back(CRpnData());
             continue;
         }
         CRpnData index;
-        if (indexNode)
+        if (single)
+            single->Evaluate(index, status);
+        else if (indexNode)
             indexNode->Evaluate(index, status);
         if (status == 0) {
             ReportRpnError(node->m_tree, status, RpnMessage(kMsgBadIndex), QStringLiteral("["), node->m_row,
@@ -728,7 +839,15 @@ void CNodeAssignment::Store(CRpnNode *node, CRpnNode *target, const CRpnData &va
             result.SetNull();
             return;
         }
-        expandIndices(index, indices);
+        if (single && index.IsArray()) {
+            const int n = index.GetSize();
+            for (int k = 0; k < n; ++k)
+                indices.push_back(index.GetAt(k));
+        } else if (single) {
+            indices.push_back(std::move(index));
+        } else {
+            expandIndices(index, indices);
+        }
     }
     if (indices.empty())
         indices.push_back(CRpnData());
@@ -903,7 +1022,8 @@ void CNodeIncrement::SerializeNode(CRpnBuffer &buffer)
 
 void CNodeIncrement::Evaluate(CRpnData &result, unsigned char &status)
 {
-    CNodeVariable *variable = m_operand ? m_operand->AsVariable() : nullptr;
+    CNodeVariable *variable =
+        m_operand && m_operand->m_variableNode ? static_cast<CNodeVariable *>(m_operand) : nullptr;
     if (!variable) {
         ReportRpnError(m_tree, status, RpnMessage(kMsgNotAVariable), GetName(), m_row, m_col);
         result.SetNull();

@@ -67,6 +67,13 @@ public:
     CRpnNode *m_right = nullptr; // owned
 
 private:
+    // The node's value from its left operand's value `a` (which may be
+    // consumed): the short cuts, the right operand, the operation.
+    void evaluateWithLeft(CRpnData &a, CRpnData &result, unsigned char &status);
+    // The same on doubles; false when the ordinary evaluation must decide.
+    [[gnu::always_inline]] bool fastWithLeft(double a, double &out);
+    // EvaluateFast of a chain of + - * links (see isChainLink).
+    bool fastChain(double &out);
     void applyToArrays(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status);
     bool applyInPlace(CRpnData &a, const CRpnData &b);
 };

@@ -1,5 +1,8 @@
 #include "graphdata/axislabels.h"
 
+#include <QDate>
+#include <QTime>
+
 #include <cmath>
 #include <cstdio>
 
@@ -109,6 +112,34 @@ QString AxisUnit(const QString &name)
     if (name.startsWith(QStringLiteral("Freq"), Qt::CaseInsensitive))
         return QStringLiteral("Hz");
     return QString();
+}
+
+QString AxisTitleText(const QString &name)
+{
+    const QString unit = AxisUnit(name);
+    if (unit.isEmpty() || name.contains(u'['))
+        return name;
+    return name + QStringLiteral(" [") + unit + u']';
+}
+
+QString DateLabelText(double days, double step, bool first)
+{
+    // Day 0 of the count; 2958465 is the last day of the year 9999 and
+    // -657434 the first of the year 100.
+    static const QDate origin(1899, 12, 30);
+    if (!std::isfinite(days) || days < -657434 || days >= 2958466)
+        return LabelText(days, 6);
+    // Whole minutes first, so that a tick a hair below midnight (k / 24
+    // summed up) counts as the midnight it stands for.
+    const double minutes = std::nearbyint(days * 1440);
+    const double day = std::floor(minutes / 1440);
+    const int minuteOfDay = int(minutes - day * 1440);
+    const QDate date = origin.addDays(qint64(day));
+    const QString dateText = date.toString(QStringLiteral("yyyy-MM-dd"));
+    if (step >= 1 || minuteOfDay == 0)
+        return dateText;
+    const QString time = QTime(minuteOfDay / 60, minuteOfDay % 60).toString(QStringLiteral("HH:mm"));
+    return first ? dateText + u' ' + time : time;
 }
 
 double XLabelLeft(double tickX, double textWidth, double rightLimit)

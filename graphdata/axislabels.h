@@ -28,6 +28,20 @@ QString LabelText(double v, int digits);
 // one beginning "Freq" in any case, else nothing.
 QString AxisUnit(const QString &name);
 
+// The title shown beside an axis: its name, followed by " [unit]" when the
+// name implies a unit and does not already give one in brackets.
+QString AxisTitleText(const QString &name);
+
+// The label of a date axis, whose values count days from 1899-12-30 (day 0,
+// the day count spreadsheets use, so that their date columns plot as they
+// are).  With a tick step of a day or more the label is the date,
+// "yyyy-MM-dd"; with a shorter step it is the time of day, "HH:mm", rounded
+// to the minute, except at midnight, where it is the date, and on the first
+// label (`first`), which gives "yyyy-MM-dd HH:mm" so that the day shows
+// even on a view that holds no midnight.  Values outside the years 100 to 9999, or not finite,
+// fall back on the plain number.
+QString DateLabelText(double days, double step, bool first);
+
 // Where an X label goes: centred under its tick, 4 pixels below the axis;
 // a label that would overhang `rightLimit` is right-aligned at its tick.
 // Returns the left edge; top is axisY + 4.

@@ -177,6 +177,10 @@ public:
     // legend's title box.  Incremental passes, the window's hit tests and the
     // drawing objects work from these.
     CIntRect m_drawTarget;
+    // Room the host keeps free round the axes, in pixels at a font scale of
+    // 1, on the left, top, right and bottom of the target: the layout works
+    // in what is left (the ground is still filled to the target's edges).
+    CIntRect m_axisMargins;
     CIntRect m_plotRect;
     CIntRect m_xAxisRect;
     CIntRect m_titleRect;

@@ -80,6 +80,8 @@ public:
     std::int32_t m_secondPenStyle = 2;
     std::uint32_t m_secondColor = 0xD0E6DA;
     CGraphFont m_tickFont;
+    // Shown beside the axis, turned to read upward; empty: none.
+    QString m_title;
 };
 
 class CArrayGraph_Range : public CArrayPlus<CGraph_Range>

@@ -110,6 +110,8 @@ void CGraphWnd::SetGraphData(CGraphCurve *graph, int kind, bool owns, const QFon
         g_sharedTool = 1;
     }
     m_invalidWarned = false;
+    if (graph && m_marginsSet)
+        graph->m_axisMargins = m_axisMargins;
     if (graph) {
         graph->m_lastDrawnRow = 0;
         StoreDefaultView();
@@ -139,6 +141,16 @@ void CGraphWnd::SetGraphDataCopy(const CGraphData &data)
     if (IsObjectsBlock(objects) && !RestoreObjects(objects, graph->m_textObjects, message))
         ShowMessage(this, message);
     SetGraphData(graph, 0, true);
+}
+
+void CGraphWnd::SetAxisMargins(int left, int top, int right, int bottom)
+{
+    m_axisMargins = CIntRect{left, top, right, bottom};
+    m_marginsSet = true;
+    if (m_graphData) {
+        m_graphData->m_axisMargins = m_axisMargins;
+        Redraw(1);
+    }
 }
 
 // ---- drawing ---------------------------------------------------------------

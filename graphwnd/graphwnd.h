@@ -21,6 +21,7 @@
 #include "graphwnd/boxtracks.h"
 #include "graphwnd/graphviewops.h"
 #include "graphwnd/objecttracks.h"
+#include "graphwnd/scrollinfo.h"
 #include "graphwnd/viewtracks.h"
 #include "graphwnd/wheelsteps.h"
 
@@ -133,6 +134,23 @@ public:
     // data file, asking for the name when `path` is empty.  A failure is
     // shown in a box and leaves any old file as it was.
     bool SaveDataFile(QString path = QString());
+
+    // Room kept free round the axes, in pixels: it goes to the graph now and
+    // to every graph the window takes later.
+    void SetAxisMargins(int left, int top, int right, int bottom);
+    CIntRect AxisMargins() const { return m_axisMargins; }
+
+    // ---- scrolling ---------------------------------------------------------------
+    // The two scroll-info records: bar 0 scrolls X, bar 1 the Y axis in use
+    // (the active axis).  Get fills the fields info.fMask names; Set takes
+    // the fields its mask names and holds them in range (see scrollinfo.h).
+    // Both are false for another bar.
+    bool GetScrollInfo(int bar, CScrollInfo &info) const;
+    bool SetScrollInfo(int bar, const CScrollInfo &info);
+    // A scroll request (Scroll* codes) for a bar: the axis moves by ticks
+    // through its record, and the picture is drawn again when it moved;
+    // moving X tells the host (notification 21).
+    void OnScroll(int bar, int code, int thumb = 0);
 
     // ---- tools -----------------------------------------------------------------
     int Tool() const;
@@ -263,7 +281,9 @@ private:
     // `curve` current when it is one.
     void openOptions(int page, int curve = -1);
     void syncToolBar();
-    void wheelScroll(int axis, int delta);
+    // Scrolls X (bar 0) or the active Y axis (bar 1) by wheel notches.
+    void wheelScroll(int bar, int notches);
+    int scrollAxis(int bar) const;
     bool onObjectCommand(int id);
     bool onEmiCommand(int id);
     // A press on the slider's track or a move while it is held; true when
@@ -288,6 +308,9 @@ private:
     CViewRanges m_defaultView;
     CStepCounts m_stepCounts;
     CWheelSteps m_wheelSteps; // parts of a notch from fine wheels
+    CAxisScroll m_scroll[2];  // X, and the Y axis in use
+    CIntRect m_axisMargins;
+    bool m_marginsSet = false;
     QByteArray m_undoObjects;    // the objects before the last edit
     QByteArray m_pendingUndo;    // before a move or resize that may not happen
     bool m_haveUndo = false;

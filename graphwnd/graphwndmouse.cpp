@@ -442,10 +442,45 @@ void CGraphWnd::keyPressEvent(QKeyEvent *event)
 
 // ---- wheel -----------------------------------------------------------------
 
-void CGraphWnd::wheelScroll(int axis, int delta)
+int CGraphWnd::scrollAxis(int bar) const
 {
-    if (ScrollAxisByWheel(*m_graphData, axis, delta))
+    if (bar == 0)
+        return -1;
+    return m_graphData && m_graphData->RangeCount() > 0
+               ? std::clamp(int(m_graphData->m_activeAxis), 0, m_graphData->RangeCount() - 1)
+               : 0;
+}
+
+void CGraphWnd::wheelScroll(int bar, int notches)
+{
+    if (m_scroll[bar].Scroll(*m_graphData, scrollAxis(bar), notches) != 0)
         Redraw(1);
+}
+
+bool CGraphWnd::GetScrollInfo(int bar, CScrollInfo &info) const
+{
+    if (bar != 0 && bar != 1)
+        return false;
+    ReadScrollInfo(m_scroll[bar].m_info, info);
+    return true;
+}
+
+bool CGraphWnd::SetScrollInfo(int bar, const CScrollInfo &info)
+{
+    if (bar != 0 && bar != 1)
+        return false;
+    return ApplyScrollInfo(m_scroll[bar].m_info, info);
+}
+
+void CGraphWnd::OnScroll(int bar, int code, int thumb)
+{
+    if ((bar != 0 && bar != 1) || !m_graphData || m_graphData->RangeCount() == 0 || m_activeTrack)
+        return;
+    if (m_scroll[bar].Request(*m_graphData, scrollAxis(bar), code, thumb) == 0)
+        return;
+    Redraw(1);
+    if (bar == 0)
+        notifyChanged();
 }
 
 void CGraphWnd::wheelEvent(QWheelEvent *event)
@@ -479,10 +514,9 @@ void CGraphWnd::wheelEvent(QWheelEvent *event)
     if (notches == 0)
         return;
     if (keys == Qt::NoModifier) {
-        const int axis = std::clamp(m_graphData->m_activeAxis, 0, m_graphData->RangeCount() - 1);
-        wheelScroll(axis, notches * 120);
+        wheelScroll(1, notches);
     } else if (keys == Qt::ShiftModifier) {
-        wheelScroll(-1, notches * 120);
+        wheelScroll(0, notches);
         notifyChanged();
     } else {
         const QPoint at = event->position().toPoint();

@@ -15,7 +15,7 @@
 
 namespace StackRoom {
 
-thread_local const char *t_limit = nullptr;
+constinit thread_local const char *t_limit = nullptr;
 
 namespace {
 

@@ -24,8 +24,9 @@
 namespace StackRoom {
 
 // The lowest frame address the calling thread may reach before a walk stops;
-// null until measured.
-extern thread_local const char *t_limit;
+// null until measured.  Constant-initialised, so that reading it costs no
+// initialisation check.
+extern constinit thread_local const char *t_limit;
 
 const char *Measure();
 

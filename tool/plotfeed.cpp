@@ -28,6 +28,8 @@ void newData(CGraphCurve &g, const CPlotAxes &axes, int columns, int rows)
             column->m_name = c == 0 ? axes.xName : axes.yName;
     g.m_xColumnIndex = 0;
     g.m_xAxisName = axes.xName;
+    if (g.RangeCount() > 0)
+        g.Range(0)->m_title = axes.yName;
 }
 
 // A tick step for the range that leaves its ends where they are: one
@@ -78,6 +80,8 @@ void PlotCurves(CGraphWnd &plot, const CPlotAxes &axes, const QList<CPlotCurve> 
     if (!g)
         return;
     g->m_xAxisName = axes.xName;
+    if (g->RangeCount() > 0)
+        g->Range(0)->m_title = axes.yName;
     for (const CPlotCurve &curve : curves) {
         const int index = g->AddOwnCurve(QString(), QString(), curve.pairs.GetData(), curve.count, false);
         if (index < 0)

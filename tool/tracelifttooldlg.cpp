@@ -387,6 +387,9 @@ void CTraceliftToolDlg::createPlot()
     m_plot->SetCursorObject(&m_cursorEditor);
     m_plot->SetTool(11);
     m_plot->m_drawDirect = 1;
+    // A little room above the plot, and room at the right and bottom for the
+    // last X label and the axis title.
+    m_plot->SetAxisMargins(0, 2, 20, 20);
 }
 
 CToolFields CTraceliftToolDlg::ReadFields() const

@@ -135,20 +135,23 @@ CAxisTicks ComputeAxisTicks(const CAxisTickRequest &q, const QFontMetricsF &metr
     step = LinearTicks(lo, hi, step, ticks, zeroIndex, 1, q.labelsOn, labels);
     out.major = ticks;
 
-    if (q.labelsOn && !labels.empty()) {
+    if (q.labelsOn && !labels.empty() && q.dateDays) {
+        // Every tick of a date axis is labelled: its steps are few by their
+        // rule, and labels too long for them shrink their font instead.
+        for (double v : labels)
+            out.labels.push_back(DateLabelText(v, step, out.labels.isEmpty()));
+        out.labelAt = labels;
+    } else if (q.labelsOn && !labels.empty()) {
         QStringList texts;
         for (double v : labels)
             texts.push_back(linearLabel(v, step, prefix));
-        double every = 1;
-        if (!q.dateDays) {
-            const double need = q.xAxis ? 2 * (widestOf(texts, metrics) + metrics.averageCharWidth())
-                                        : 1.5 * metrics.height();
-            // Across the whole of the doubles hi - lo overflows: count the
-            // steps from each end instead.
-            const bool spanFits = std::isfinite(hi - lo);
-            every = LabelEvery(spanFits ? hi - lo : hi / step - lo / step, spanFits ? step : 1.0, q.length, need,
-                               q.xAxis);
-        }
+        const double need = q.xAxis ? 2 * (widestOf(texts, metrics) + metrics.averageCharWidth())
+                                    : 1.5 * metrics.height();
+        // Across the whole of the doubles hi - lo overflows: count the
+        // steps from each end instead.
+        const bool spanFits = std::isfinite(hi - lo);
+        const double every = LabelEvery(spanFits ? hi - lo : hi / step - lo / step, spanFits ? step : 1.0, q.length,
+                                        need, q.xAxis);
         if (every > 1) {
             std::vector<double> sparse;
             LinearTicks(lo, hi, step, ticks, zeroIndex, int(every), true, sparse);
@@ -164,4 +167,29 @@ CAxisTicks ComputeAxisTicks(const CAxisTickRequest &q, const QFontMetricsF &metr
         MinorTicks(lo, hi, out.major.front(), step, q.subDivisions, out.minor);
     out.widest = widestOf(out.labels, metrics);
     return out;
+}
+
+bool XLabelsFit(const CAxisTicks &ticks, double lo, double hi, double length, int rotation,
+                const QFontMetricsF &metrics)
+{
+    const int n = int(std::min(ticks.labelAt.size(), std::size_t(ticks.labels.size())));
+    if (n == 0 || !(hi > lo) || !(length > 0))
+        return true;
+    const double perUnit = length / (hi - lo);
+    const double slant = std::fabs(std::sin(rotation * M_PI / 180));
+    double lastAt = 0, lastHalf = 0;
+    for (int i = 0; i < n; ++i) {
+        const double at = (ticks.labelAt[std::size_t(i)] - lo) * perUnit;
+        const double width = metrics.horizontalAdvance(ticks.labels[i]);
+        if (rotation == 0 && width > length)
+            return false;
+        if (i > 0) {
+            const double gap = at - lastAt;
+            if (rotation == 0 ? gap < lastHalf + width / 2 + 2 : gap * slant < metrics.height() + 1)
+                return false;
+        }
+        lastAt = at;
+        lastHalf = width / 2;
+    }
+    return true;
 }

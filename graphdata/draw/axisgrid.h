@@ -35,4 +35,13 @@ struct CAxisTickRequest
 // its own width and one character more, a Y label one and a half line
 // heights), texts with the range's unit prefix letter behind each number.
 // Log axes: LogTicks, each label with the prefix letter of its own value.
+// Date axes (dateDays) label every tick with DateLabelText.
 CAxisTicks ComputeAxisTicks(const CAxisTickRequest &request, const QFontMetricsF &metrics);
+
+// Whether the X labels of `ticks`, in `metrics`, stand clear of each other
+// on an axis from lo to hi drawn `length` pixels long: upright labels need
+// their half widths and two pixels between neighbouring ticks, and none may
+// be wider than the axis; labels turned by `rotation` degrees need a line
+// height (and a pixel) across their slant.
+bool XLabelsFit(const CAxisTicks &ticks, double lo, double hi, double length, int rotation,
+                const QFontMetricsF &metrics);

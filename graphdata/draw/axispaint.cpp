@@ -68,6 +68,25 @@ QPen gridPen(int style, std::uint32_t color, bool blackWhite)
     return pen;
 }
 
+// The title of a Y axis along the outer edge of its area, reading upward,
+// centred on the plot's height and cut short where it is longer.
+void drawYTitle(QPainter &p, const CYAxisPlace &a, const CIntRect &r)
+{
+    const QFontMetricsF fm(a.titleFont);
+    const int height = r.bottom - r.top;
+    const QString text = fm.elidedText(a.title, Qt::ElideRight, height);
+    const double w = fm.horizontalAdvance(text);
+    // Turned by -90 degrees, the text's baseline runs upward and its ascent
+    // points to the left.
+    const double baseline = a.side > 0 ? a.area.left() + fm.ascent() : a.area.right() - fm.descent();
+    p.save();
+    p.setFont(a.titleFont);
+    p.translate(baseline, (r.top + r.bottom) / 2.0 + w / 2);
+    p.rotate(-90);
+    p.drawText(QPointF(0, 0), text);
+    p.restore();
+}
+
 } // namespace
 
 void DrawGrid(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, bool bw)
@@ -116,8 +135,8 @@ void DrawAxes(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, bool bw)
         if (x >= r.left && x <= r.right)
             p.drawLine(x, r.bottom, x, r.bottom - tick);
     }
-    p.setFont(L.xFont);
-    const QFontMetricsF fm(L.xFont);
+    p.setFont(L.xLabelFont);
+    const QFontMetricsF fm(L.xLabelFont);
     const int labelTop = r.bottom + int(kXLabelGap);
     double lastRight = -1e9;
     for (int i = 0; i < int(L.xTicks.labelAt.size()); ++i) {
@@ -144,10 +163,12 @@ void DrawAxes(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, bool bw)
         lastRight = left + w;
     }
     if (L.xLabelsShown && !L.xTitle.isEmpty()) {
+        p.setFont(L.xFont);
+        const QFontMetricsF tfm(L.xFont);
         const double top = r.bottom + XLabelLineDepth(L.h);
-        const double w = fm.horizontalAdvance(L.xTitle);
+        const double w = tfm.horizontalAdvance(L.xTitle);
         const double centre = (r.left + r.right) / 2.0;
-        p.drawText(QPointF(std::max(double(L.target.left()), centre - w / 2), top + fm.ascent()), L.xTitle);
+        p.drawText(QPointF(std::max(double(L.target.left()), centre - w / 2), top + tfm.ascent()), L.xTitle);
     }
 
     // Y axes: the nearest on each side stands on the frame with its ticks
@@ -190,6 +211,8 @@ void DrawAxes(QPainter &p, const CGraphCurve &g, const CGraphLayout &L, bool bw)
             p.drawText(QPointF(x, top + yfm.ascent()), text);
             lastTop = top;
         }
+        if (!a.title.isEmpty())
+            drawYTitle(p, a, r);
     }
 }
 

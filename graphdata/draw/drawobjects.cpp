@@ -155,6 +155,34 @@ QRect squareAround(QPoint p, int reach)
     return QRect(p.x() - reach, p.y() - reach, 2 * reach + 1, 2 * reach + 1);
 }
 
+// The pixels of two graph points; false when either has none.
+bool pixelsOf(const CObjectFrame &frame, double x1, double y1, double x2, double y2, double &ax, double &ay, double &bx,
+              double &by)
+{
+    return ObjectPixel(frame, x1, y1, ax, ay) && ObjectPixel(frame, x2, y2, bx, by);
+}
+
+// The pixel bounds of an object spanned by two graph points, pulled to the
+// clip margin round the plot and inflated by 2.
+QRect spanPixelRect(const CObjectFrame &frame, double x1, double y1, double x2, double y2)
+{
+    double ax, ay, bx, by;
+    if (!pixelsOf(frame, x1, y1, x2, y2, ax, ay, bx, by))
+        return QRect();
+    return clampedBox(clipBox(frame), ax, ay, bx, by).toAlignedRect().adjusted(-2, -2, 2, 2);
+}
+
+// Draws `object` as `change` leaves it, then puts every member back, so
+// that the outline of a drag changes nothing.
+template <typename T, typename Change>
+void drawChanged(T &object, QPainter &painter, const CObjectFrame &frame, Change change)
+{
+    const T saved = object;
+    change();
+    object.Draw(painter, false, frame);
+    object = saved;
+}
+
 // Transfers the Y axis index where the file keeps it, else sets it to 0.
 void transferAxis(CBufferIO &io, int fileFormat, int &axis)
 {
@@ -200,7 +228,7 @@ bool ObjectsStoreAxis(const CBufferIO &io, int fileFormat)
 void CDrawLines::Draw(QPainter &painter, bool withHandles, const CObjectFrame &frame)
 {
     double ax, ay, bx, by;
-    if (!ObjectPixel(frame, m_x1, m_y1, ax, ay) || !ObjectPixel(frame, m_x2, m_y2, bx, by))
+    if (!pixelsOf(frame, m_x1, m_y1, m_x2, m_y2, ax, ay, bx, by))
         return;
     // Compared as doubles: far ends do not fit an int.
     if (ax == bx && ay == by)
@@ -279,13 +307,7 @@ bool CDrawLines::HitRect(const QRect &rect) const
 
 void CDrawLines::DrawMoved(QPainter &painter, QPoint delta, const CObjectFrame &frame)
 {
-    const double x1 = m_x1, y1 = m_y1, x2 = m_x2, y2 = m_y2;
-    const QPoint e1 = m_end1, e2 = m_end2;
-    const QRect last = m_lastRect;
-    MoveBy(delta, frame);
-    Draw(painter, false, frame);
-    m_x1 = x1, m_y1 = y1, m_x2 = x2, m_y2 = y2;
-    m_end1 = e1, m_end2 = e2, m_lastRect = last;
+    drawChanged(*this, painter, frame, [&] { MoveBy(delta, frame); });
 }
 
 int CDrawLines::HitTest(QPoint point, bool withHandles) const
@@ -317,11 +339,7 @@ void CDrawLines::MoveHandle(int handle, QPoint delta, const CObjectFrame &frame)
 
 QRect CDrawLines::PixelRect(const CObjectFrame &frame) const
 {
-    double ax, ay, bx, by;
-    if (!ObjectPixel(frame, m_x1, m_y1, ax, ay) || !ObjectPixel(frame, m_x2, m_y2, bx, by))
-        return QRect();
-    const QRectF box = clampedBox(clipBox(frame), ax, ay, bx, by);
-    return box.toAlignedRect().adjusted(-2, -2, 2, 2);
+    return spanPixelRect(frame, m_x1, m_y1, m_x2, m_y2);
 }
 
 QRect CDrawLines::LastRect() const
@@ -342,7 +360,7 @@ void CDrawLines::Transfer(CBufferIO &io, int fileFormat)
 void CDrawRect::Draw(QPainter &painter, bool withHandles, const CObjectFrame &frame)
 {
     double ax, ay, bx, by;
-    if (!ObjectPixel(frame, m_x1, m_y1, ax, ay) || !ObjectPixel(frame, m_x2, m_y2, bx, by))
+    if (!pixelsOf(frame, m_x1, m_y1, m_x2, m_y2, ax, ay, bx, by))
         return;
     // Corners far out are pulled to just outside the plot, where the edges
     // they carry are not seen.
@@ -400,11 +418,7 @@ int CDrawRect::HitTest(QPoint point, bool withHandles) const
 
 QRect CDrawRect::PixelRect(const CObjectFrame &frame) const
 {
-    double ax, ay, bx, by;
-    if (!ObjectPixel(frame, m_x1, m_y1, ax, ay) || !ObjectPixel(frame, m_x2, m_y2, bx, by))
-        return QRect();
-    const QRectF box = clampedBox(clipBox(frame), ax, ay, bx, by);
-    return box.toAlignedRect().adjusted(-2, -2, 2, 2);
+    return spanPixelRect(frame, m_x1, m_y1, m_x2, m_y2);
 }
 
 QRect CDrawRect::LastRect() const
@@ -414,14 +428,7 @@ QRect CDrawRect::LastRect() const
 
 void CDrawRect::DrawResized(QPainter &painter, int handle, QPoint delta, const CObjectFrame &frame)
 {
-    const double x1 = m_x1, y1 = m_y1, x2 = m_x2, y2 = m_y2;
-    const QRect pixels = m_pixels;
-    const bool drawn = m_drawn;
-    MoveHandle(handle, delta, frame);
-    Draw(painter, false, frame);
-    m_x1 = x1, m_y1 = y1, m_x2 = x2, m_y2 = y2;
-    m_pixels = pixels;
-    m_drawn = drawn;
+    drawChanged(*this, painter, frame, [&] { MoveHandle(handle, delta, frame); });
 }
 
 void CDrawRect::MoveHandle(int handle, QPoint delta, const CObjectFrame &frame)
@@ -527,11 +534,7 @@ bool CDrawText::HitRect(const QRect &rect) const
 
 void CDrawText::DrawMoved(QPainter &painter, QPoint delta, const CObjectFrame &frame)
 {
-    const double x = m_x, y = m_y;
-    const QRect last = m_lastRect;
-    MoveBy(delta, frame);
-    Draw(painter, false, frame);
-    m_x = x, m_y = y, m_lastRect = last;
+    drawChanged(*this, painter, frame, [&] { MoveBy(delta, frame); });
 }
 
 int CDrawText::HitTest(QPoint point, bool withHandles) const

@@ -16,6 +16,9 @@ namespace {
 // room for a title typed in later.
 const char kEmptyTitle[] = "_________";
 
+// Labels made smaller to fit stop at this pixel size.
+const int kSmallestLabelPixels = 7;
+
 bool onSlicedAxis(const CGraphCurve &graph, const CCurveInfo &curve)
 {
     return graph.Range(graph.AxisOf(curve))->m_layout == CGraph_Range::LayoutSlices;
@@ -42,6 +45,25 @@ CAxisTicks yTicks(const CGraph_Range &range, const QFont &font, double length, b
 }
 
 } // namespace
+
+QRect InsideMargins(const QRect &target, const CIntRect &margins, double fontScale)
+{
+    auto scaled = [fontScale](std::int32_t v) { return int(std::lround(std::max(0, v) * fontScale)); };
+    // Margins that leave less than a pixel keep one, where their shares put it.
+    auto side = [](int from, int length, int before, int after, int &start, int &size) {
+        if (before + after < length) {
+            start = from + before;
+            size = length - before - after;
+        } else {
+            start = from + int(std::lround(double(before) / std::max(1, before + after) * (length - 1)));
+            size = 1;
+        }
+    };
+    int x, w, y, hgt;
+    side(target.left(), target.width(), scaled(margins.left), scaled(margins.right), x, w);
+    side(target.top(), target.height(), scaled(margins.top), scaled(margins.bottom), y, hgt);
+    return QRect(x, y, w, hgt);
+}
 
 CLegendPlace LayoutLegend(const CGraphCurve &graph, const QFont &font, QPoint origin, int wrapRight, bool column,
                           bool measuring, int maxHeight)
@@ -118,9 +140,10 @@ CLegendPlace LayoutLegend(const CGraphCurve &graph, const QFont &font, QPoint or
     return legend;
 }
 
-CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &target, const QRect *forcedPlot, double fontScale)
+CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &fullTarget, const QRect *forcedPlot, double fontScale)
 {
     CGraphLayout L;
+    const QRect target = InsideMargins(fullTarget, graph.m_axisMargins, fontScale);
     L.target = target;
     L.xFont = FontFromDescription(graph.m_xLabelFont, fontScale);
     L.titleFont = FontFromDescription(graph.m_titleFont, fontScale);
@@ -196,6 +219,12 @@ CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &target, const QRect 
                 if (smaller == size || smaller < 1)
                     break;
                 place.font.setPixelSize(smaller);
+            }
+            // The title stands in a line of its own outside the labels.
+            place.titleFont = FontFromDescription(range.m_labelFont, fontScale);
+            if (L.labelsShown && (range.m_axisFlags & CGraph_Range::AxisLabels) && !range.m_title.isEmpty()) {
+                place.title = AxisTitleText(range.m_title);
+                place.width += std::ceil(QFontMetricsF(place.titleFont).height()) + 0.3 * h;
             }
             if (place.side > 0) {
                 leftAxes.push_back(place);
@@ -303,12 +332,24 @@ CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &target, const QRect 
     q.labelsOn = L.xLabelsShown;
     q.subDivisions = (graph.m_xAxisFlags & CGraph_Range::AxisMinorGrid) ? graph.m_xSubDivisions : 0;
     q.length = L.plot.right - L.plot.left;
-    L.xTicks = ComputeAxisTicks(q, fm);
-    QString title = graph.m_xAxisName;
-    const QString unit = AxisUnit(title);
-    if (!unit.isEmpty() && !title.contains(u'['))
-        title += QStringLiteral(" [") + unit + u']';
-    L.xTitle = title;
+    // Labels that crowd each other (a date axis labels every tick) are made
+    // to fit by a font of 4/5 the height, again and again, down to a size
+    // still to be read; the painter leaves out any that touch after that.
+    L.xLabelFont = L.xFont;
+    const int smallest = std::min(L.xLabelFont.pixelSize(), kSmallestLabelPixels);
+    for (int round = 0; round < 500; ++round) {
+        const QFontMetricsF labelMetrics(L.xLabelFont);
+        L.xTicks = ComputeAxisTicks(q, labelMetrics);
+        if (!L.xLabelsShown || q.log ||
+            XLabelsFit(L.xTicks, q.viewMin, q.viewMax, q.length, graph.m_xRotation, labelMetrics))
+            break;
+        const int size = L.xLabelFont.pixelSize();
+        const int smaller = std::max(smallest, size * 4 / 5);
+        if (smaller == size)
+            break;
+        L.xLabelFont.setPixelSize(smaller);
+    }
+    L.xTitle = AxisTitleText(graph.m_xAxisName);
     L.xBand = QRect(QPoint(L.plot.left, L.plot.bottom + 1),
                     QPoint(L.plot.right, L.plot.bottom + int(std::lround(L.xLabelsShown ? 3 * h : h))));
 

@@ -22,7 +22,9 @@ struct CYAxisPlace
     int axisX = 0;     // where the axis line stands
     QFont font;
     CAxisTicks ticks;
-    double width = 0;  // room the axis needs
+    double width = 0;  // room the axis needs, its title's line included
+    QString title;     // with its unit; empty when none is shown
+    QFont titleFont;   // the axis's font as it was before labels shrank it
 };
 
 struct CLegendEntry
@@ -45,7 +47,8 @@ struct CGraphLayout
 {
     QRect target;
     CIntRect plot;
-    QFont xFont;       // X labels and title
+    QFont xFont;       // X title (and the font h and cw come from)
+    QFont xLabelFont;  // X labels: xFont, made smaller where they crowd
     QFont titleFont;   // legend
     double h = 10;     // character height of the axis font
     double cw = 6;     // its average character width
@@ -60,8 +63,13 @@ struct CGraphLayout
     bool tooSmall = false; // no room for a plot
 };
 
-// Computes the layout of `graph` in `target`; `fontScale` multiplies every
-// font.  With `forcedPlot` the plot takes that rectangle and the axes are
+// The part of `target` inside the graph's axis margins (negative margins
+// count as 0), each scaled by fontScale; margins that leave no room give a
+// rectangle of one pixel's width or height in the middle.
+QRect InsideMargins(const QRect &target, const CIntRect &margins, double fontScale);
+
+// Computes the layout of `graph` in `target` less its axis margins;
+// `fontScale` multiplies every font and the margins.  With `forcedPlot` the plot takes that rectangle and the axes are
 // stacked outward from it.  The graph's axes must be sorted (SortAxes).
 CGraphLayout ComputeLayout(CGraphCurve &graph, const QRect &target, const QRect *forcedPlot, double fontScale);
 

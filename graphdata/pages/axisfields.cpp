@@ -37,6 +37,7 @@ enum : int {
     TextMajorColor = 43855,
     TextMinorColor = 43856,
     TextDot = 43857,
+    TextDateAxis = 44000,
 };
 
 QString number(double v) { return QString::number(v, 'g', 15); }
@@ -100,9 +101,11 @@ CAxisFieldsBox::CAxisFieldsBox(QWidget *parent)
     setTabOrder(m_minorGrid, m_moreButton);
     connect(m_automatic, &QCheckBox::toggled, this, &CAxisFieldsBox::syncEnabled);
     connect(m_moreButton, &QPushButton::clicked, this, [this] {
-        CAxisMoreDlg more(m_more, this);
-        if (more.exec() == QDialog::Accepted && more.Read(m_more))
+        CAxisMoreDlg more(m_more, m_dateOffered, this);
+        if (more.exec() == QDialog::Accepted && more.Read(m_more)) {
+            syncEnabled();
             emit MoreChanged(m_more);
+        }
     });
 }
 
@@ -187,17 +190,28 @@ void CAxisFieldsBox::Focus(COptionsFault::Field field)
 
 void CAxisFieldsBox::SetLogShown(bool shown) { m_log->setVisible(shown); }
 
+void CAxisFieldsBox::SetDateOffered(bool offered)
+{
+    m_dateOffered = offered;
+    syncEnabled();
+}
+
 void CAxisFieldsBox::syncEnabled()
 {
     const bool byHand = !m_automatic->isChecked();
     m_min->setEnabled(byHand);
     m_max->setEnabled(byHand);
     m_tick->setEnabled(byHand);
+    const bool date = m_dateOffered && m_more.dateAxis;
+    if (date)
+        m_log->setChecked(false);
+    m_log->setEnabled(!date);
 }
 
-CAxisMoreDlg::CAxisMoreDlg(const CAxisMore &more, QWidget *parent)
+CAxisMoreDlg::CAxisMoreDlg(const CAxisMore &more, bool dateOffered, QWidget *parent)
     : QDialog(parent), m_rotation(new QSpinBox(this)), m_subDivisions(new QSpinBox(this)),
-      m_integerTicks(new QCheckBox(LanguageString(TextIntegerTicks), this)), m_majorStyle(new QComboBox(this)),
+      m_integerTicks(new QCheckBox(LanguageString(TextIntegerTicks), this)),
+      m_dateAxis(new QCheckBox(LanguageString(TextDateAxis), this)), m_majorStyle(new QComboBox(this)),
       m_minorStyle(new QComboBox(this)), m_majorColor(new CColorField(this)), m_minorColor(new CColorField(this))
 {
     setWindowTitle(LanguageString(TextMore).remove(QStringLiteral("...")));
@@ -214,6 +228,11 @@ CAxisMoreDlg::CAxisMoreDlg(const CAxisMore &more, QWidget *parent)
     form->addRow(LanguageString(TextLabelAngle), m_rotation);
     form->addRow(LanguageString(TextSubDivisions), m_subDivisions);
     form->addRow(QString(), m_integerTicks);
+    m_dateAxis->setChecked(more.dateAxis);
+    if (dateOffered)
+        form->addRow(QString(), m_dateAxis);
+    else
+        m_dateAxis->hide();
     form->addRow(LanguageString(TextMajorPen), m_majorStyle);
     form->addRow(LanguageString(TextMajorColor), m_majorColor);
     form->addRow(LanguageString(TextMinorPen), m_minorStyle);
@@ -230,6 +249,7 @@ bool CAxisMoreDlg::Read(CAxisMore &more)
     out.rotation = m_rotation->value();
     out.subDivisions = m_subDivisions->value();
     out.integerTicks = m_integerTicks->isChecked();
+    out.dateAxis = m_dateAxis->isChecked();
     out.majorStyle = ChosenPenStyle(m_majorStyle);
     out.minorStyle = ChosenPenStyle(m_minorStyle);
     for (CColorField *field : {m_majorColor, m_minorColor}) {

@@ -25,6 +25,8 @@ struct CAxisMore
     std::uint32_t majorColor = 0;
     std::int32_t minorStyle = 2;
     std::uint32_t minorColor = 0;
+    // X axis only: the values are days, labelled as dates.
+    bool dateAxis = false;
 };
 
 // The fields of one axis.  A log axis keeps its ends as powers of ten
@@ -53,6 +55,9 @@ public:
     void SetLogShown(bool shown);
     // In dB the ends are the dB values themselves, log or not.
     void SetDbMode(bool db) { m_db = db; }
+    // The X axis offers the date switch in "More..."; a date axis is never
+    // logarithmic, so its log switch is then off and disabled.
+    void SetDateOffered(bool offered);
 
     QCheckBox *m_automatic;
     QLineEdit *m_min, *m_max, *m_tick;
@@ -67,6 +72,7 @@ private:
     void syncEnabled();
     CAxisMore m_more;
     bool m_db = false;
+    bool m_dateOffered = false;
     // What Load showed, so that an end left alone keeps its exact value.
     CAxisFields m_loaded;
     QString m_loadedMin, m_loadedMax;
@@ -76,13 +82,15 @@ class CAxisMoreDlg : public QDialog
 {
     Q_OBJECT
 public:
-    CAxisMoreDlg(const CAxisMore &more, QWidget *parent = nullptr);
+    // With dateOffered the box has the date axis switch.
+    CAxisMoreDlg(const CAxisMore &more, bool dateOffered, QWidget *parent = nullptr);
     // False with the message shown when a colour is wrong.
     bool Read(CAxisMore &more);
     void accept() override;
 
     QSpinBox *m_rotation, *m_subDivisions;
     QCheckBox *m_integerTicks;
+    QCheckBox *m_dateAxis; // hidden unless offered
     QComboBox *m_majorStyle, *m_minorStyle;
     CColorField *m_majorColor, *m_minorColor;
 };

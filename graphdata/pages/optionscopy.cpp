@@ -138,6 +138,7 @@ int CGraphOptionsCopy::AddRange()
     range->m_axisSide = right < left ? -(right + 1) : left + 1;
     range->m_areaRect = CIntRect();
     range->m_visibleCurveCount = 0;
+    range->m_title.clear(); // the title names the first axis's curves, not the new one's
     return m_ranges.Add(range);
 }
 

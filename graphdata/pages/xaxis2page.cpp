@@ -44,7 +44,8 @@ void CXAxis_2_Page::Load()
     f.flags = m_copy.m_xAxisFlags;
     f.more = {m_copy.m_xRotation,  m_copy.m_xSubDivisions, (m_copy.m_xAxisFlags & CGraph_Range::AxisIntegerTicks) != 0,
               m_copy.m_majorPenStyle, m_copy.m_majorColor, m_copy.m_minorPenStyle,
-              m_copy.m_minorColor};
+              m_copy.m_minorColor, (m_copy.m_xAxisFlags & CGraph_Range::AxisDateDays) != 0};
+    m_fields->SetDateOffered(true);
     m_fields->Load(f);
     m_fields->SetLogShown(!m_copy.m_spectrum);
     m_title->setText(m_copy.m_xAxisName);
@@ -71,8 +72,10 @@ bool CXAxis_2_Page::Store(COptionsFault &fault)
         }
         if (!m_copy.m_spectrum)
             m_copy.m_xLog = f.log;
-        m_copy.m_xAxisFlags = (f.flags & ~std::uint32_t(CGraph_Range::AxisIntegerTicks)) |
-                              (f.more.integerTicks ? CGraph_Range::AxisIntegerTicks : 0u);
+        m_copy.m_xAxisFlags =
+            (f.flags & ~std::uint32_t(CGraph_Range::AxisIntegerTicks | CGraph_Range::AxisDateDays)) |
+            (f.more.integerTicks ? CGraph_Range::AxisIntegerTicks : 0u) |
+            (f.more.dateAxis ? CGraph_Range::AxisDateDays : 0u);
         m_copy.m_xRotation = f.more.rotation;
         m_copy.m_xSubDivisions = f.more.subDivisions;
         m_copy.m_majorPenStyle = f.more.majorStyle;

@@ -1,6 +1,7 @@
 #pragma once
 // The X axis page: the shown range and tick, log, labels and grids, the
-// axis title, and "More..." for the rest.  In an oscilloscope
+// axis title, and "More..." for the rest (with the switch that makes the X
+// values days shown as dates).  In an oscilloscope
 // graph the X controls are hidden; in spectrum mode the log switch is.
 
 #include "graphdata/pages/optionspage.h"

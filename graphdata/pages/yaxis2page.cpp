@@ -22,12 +22,14 @@ enum : int {
     TextAxisColor = 43844,
     TextGridColor = 43845,
     TextAxisN = 43847,
+    TextTitle = 43848,
 };
 
 } // namespace
 
 CYAxis_Multi_Child::CYAxis_Multi_Child(int index, QWidget *parent)
-    : QWidget(parent), m_index(index), m_fields(new CAxisFieldsBox(this)), m_db(new QCheckBox(LanguageString(TextDb), this)),
+    : QWidget(parent), m_index(index), m_title(new QLineEdit(this)), m_fields(new CAxisFieldsBox(this)),
+      m_db(new QCheckBox(LanguageString(TextDb), this)),
       m_layout(new QComboBox(this)), m_textColor(new CColorField(this)), m_gridColor(new CColorField(this))
 {
     auto *box = new QGroupBox(LanguageString(TextAxisN).arg(index + 1), this);
@@ -35,7 +37,11 @@ CYAxis_Multi_Child::CYAxis_Multi_Child(int index, QWidget *parent)
     outer->setContentsMargins(0, 0, 0, 0);
     outer->addWidget(box);
     auto *layout = new QVBoxLayout(box);
+    auto *titleRow = new QFormLayout;
+    titleRow->addRow(LanguageString(TextTitle), m_title);
+    layout->addLayout(titleRow);
     layout->addWidget(m_fields);
+    setTabOrder(m_title, m_fields->m_automatic);
     auto *form = new QFormLayout;
     form->addRow(QString(), m_db);
     form->addRow(LanguageString(TextLayout), m_layout);
@@ -62,6 +68,7 @@ void CYAxis_Multi_Child::Load(const CGraph_Range &r, bool spectrum)
     f.more = {r.m_labelRotation, r.m_subDivisions, (r.m_axisFlags & CGraph_Range::AxisIntegerTicks) != 0,
               r.m_gridPenStyle,  r.m_gridColor,    r.m_secondPenStyle,
               r.m_secondColor};
+    m_title->setText(r.m_title);
     m_fields->SetDbMode(r.m_dbScale != 0);
     m_fields->Load(f);
     m_db->setChecked(r.m_dbScale != 0);
@@ -108,6 +115,7 @@ bool CYAxis_Multi_Child::Store(CGraph_Range &r, COptionsFault &fault)
     r.m_secondPenStyle = f.more.minorStyle;
     r.m_secondColor = f.more.minorColor;
     r.m_layout = m_layout->currentData().toInt();
+    r.m_title = m_title->text().trimmed();
     r.m_textColor = textColor;
     r.m_gridColor = gridColor;
     return true;

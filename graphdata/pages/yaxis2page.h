@@ -1,6 +1,7 @@
 #pragma once
-// The Y axis page: one child per range in a scrolled list, each with the
-// shared axis fields, dB, the layout and the axis and grid colours.
+// The Y axis page: one child per range in a scrolled list, each with its
+// title, the shared axis fields, dB, the layout and the axis and grid
+// colours.
 
 #include "graphdata/pages/axisfields.h"
 #include "graphdata/pages/optionspage.h"
@@ -11,6 +12,7 @@ class CColorField;
 class QCheckBox;
 class QComboBox;
 class QGroupBox;
+class QLineEdit;
 class QScrollArea;
 class QVBoxLayout;
 
@@ -23,6 +25,7 @@ public:
     bool Store(CGraph_Range &range, COptionsFault &fault);
 
     int m_index;
+    QLineEdit *m_title;
     CAxisFieldsBox *m_fields;
     QCheckBox *m_db;
     QComboBox *m_layout;

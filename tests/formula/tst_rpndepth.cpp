@@ -277,13 +277,31 @@ TEST(RpnDepth, TextsNestedTooDeeplyEndWithAMessage)
             {"braces", repeat("{", 100000) + u'1' + repeat("}", 100000), "E43301@"},
             {"IF blocks", QStringLiteral("x = 1; ") + repeat("if (x) { ", 100000) + u'1' + repeat(" }", 100000),
              "E43301@"},
-            {"a long sum", u'1' + repeat("+1", 200000), "E43301@"},
             {"signs in parentheses", QStringLiteral("x = ") + repeat("-(", 100000) + u'1' + repeat(")", 100000),
              "E43301@"},
             {"calls each evaluating a deep list",
              QStringLiteral("function f(n) { if (n > 0) { ") + repeat("{", 500) + QStringLiteral("f(n-1)")
                  + repeat("}", 500) + QStringLiteral(" } else { 0 } }; f(150)"),
              "E43301@"},
+        },
+        512 * 1024);
+}
+
+TEST(RpnDepth, LongFlatChainsNeedNoDeepStack)
+{
+    // The same half megabyte as above: a chain of 200,000 operators must not
+    // take a frame per link, neither to compile nor to run.
+    runOnKnownStack(
+        {
+            {"a sum", u'1' + repeat("+1", 200000), "REAL:200001"},
+            {"products and differences", u'1' + repeat("*1-1+1", 100000), "REAL:1"},
+            {"texts", QStringLiteral("\"ab\"") + repeat("+\"\"", 200000), "STRING:ab"},
+            {"an array", QStringLiteral("{1,2}") + repeat("+1", 200000), "ARRAY:{200001,200002}"},
+            {"calls", QStringLiteral("function f(x) { return x + 1 }; 0") + repeat("+f(1)", 100000), "REAL:200000"},
+            {"a variable",
+             QStringLiteral("x = 2; y = x") + repeat("-x+x", 100000) + QStringLiteral("; y"), "ARRAY:{2,2,2}"},
+            {"a failure half way", u'1' + repeat("+1", 100000) + QStringLiteral("+1/0") + repeat("+1", 100000),
+             "E41655@1,200003"},
         },
         512 * 1024);
 }

@@ -1,9 +1,9 @@
 // Pictures of the graph window for the README: a graph marked with an
 // arrow, a box and a text placed with the mouse tools, and a spectrum with
-// two EMI limits over it.  Run under a display (xvfb-run works) or on the
-// offscreen platform:
+// two EMI limits over it, and a series over calendar days with titled Y
+// axes.  Run under a display (xvfb-run works) or on the offscreen platform:
 //     graphwnd_screens OUTPUT_FOLDER
-// It writes graphwnd-objects.png, graphwnd-emi.png and
+// It writes graphwnd-objects.png, graphwnd-emi.png, graphwnd-dates.png and
 // graphwnd-textattributes.png (the dialog of a text object).
 
 #include "graphdata/draw/drawtools.h"
@@ -38,6 +38,25 @@ CGraphData stepResponse()
     }
     data.GetColumn(0)->m_name = QStringLiteral("t");
     data.GetColumn(1)->m_name = QStringLiteral("response");
+    return data;
+}
+
+// Six weeks of a battery test from 2024-03-01, one row every six hours:
+// the capacity fading, and the cell temperature following the lab's week.
+CGraphData batteryLog()
+{
+    CGraphData data;
+    data.Create(1, 3, 0, 0);
+    const double firstDay = 45352; // 2024-03-01 in days from 1899-12-30
+    for (int i = 0; i <= 45 * 4; ++i) {
+        const double day = i / 4.0;
+        const double row[3] = {firstDay + day, 100 - 0.12 * day - 0.9 * (1 - std::exp(-day / 5)),
+                               24 + 3 * std::sin(2 * std::numbers::pi * day / 7) + 0.6 * std::sin(day)};
+        data.AppendRows(row, nullptr, 0, 3, i, 1);
+    }
+    data.GetColumn(0)->m_name = QStringLiteral("Date");
+    data.GetColumn(1)->m_name = QStringLiteral("capacity");
+    data.GetColumn(2)->m_name = QStringLiteral("temperature");
     return data;
 }
 
@@ -158,6 +177,28 @@ int main(int argc, char **argv)
         if (!QTest::qWaitForWindowExposed(&dialog))
             std::fprintf(stderr, "the dialog did not show\n");
         ok = save(dialog, out.filePath(QStringLiteral("graphwnd-textattributes.png"))) && ok;
+    }
+    {
+        CGraphWnd wnd;
+        wnd.resize(860, 520);
+        wnd.SetGraphDataCopy(batteryLog());
+        CGraphCurve &g = *wnd.GetGraphData();
+        g.m_title = QStringLiteral("Cycling test, cell 7");
+        g.m_xAxisFlags |= CGraph_Range::AxisDateDays;
+        g.Range(0)->m_title = QStringLiteral("Capacity [%]");
+        g.Range(0)->m_textColor = g.Curve(0)->m_color;
+        CCurveInfo &temperature = *g.Curve(1);
+        temperature.m_yAxisIndex = g.AddRange(&temperature);
+        g.Range(temperature.m_yAxisIndex)->m_title = QStringLiteral("Cell temperature [°C]");
+        g.Range(temperature.m_yAxisIndex)->m_textColor = temperature.m_color;
+        g.FitRanges();
+        wnd.UpdateView();
+        wnd.StoreDefaultView();
+        wnd.show();
+        if (!QTest::qWaitForWindowExposed(&wnd))
+            std::fprintf(stderr, "the window did not show\n");
+        wnd.grab();
+        ok = save(wnd, out.filePath(QStringLiteral("graphwnd-dates.png"))) && ok;
     }
     return ok ? 0 : 1;
 }
