@@ -1,6 +1,7 @@
 #include "graphdata/graphcolumn.h"
 
 #include <QDateTime>
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <new>
@@ -21,6 +22,25 @@ CGraphColumn *CGraphColumn::Create(int count, const QString &name)
             delete column;
             throw std::bad_alloc();
         }
+        column->m_count = count;
+    }
+    return column;
+}
+
+CGraphColumn *CGraphColumn::CreateUnfilled(int count, const QString &name)
+{
+    auto *column = new CGraphColumn;
+    column->m_name = name;
+    if (count > 0) {
+        const std::size_t n = std::size_t(count) + 10;
+        column->m_values = static_cast<double *>(std::malloc(n * sizeof(double)));
+        column->m_valid = static_cast<std::uint8_t *>(std::malloc(n));
+        if (!column->m_values || !column->m_valid) {
+            delete column;
+            throw std::bad_alloc();
+        }
+        std::fill(column->m_values + count, column->m_values + n, 0.0);
+        std::fill(column->m_valid + count, column->m_valid + n, std::uint8_t(0));
         column->m_count = count;
     }
     return column;

@@ -73,6 +73,10 @@ public:
     // values 0 and all rows missing, holding one reference.  Throws
     // std::bad_alloc when memory runs out.
     static CGraphColumn *Create(int count, const QString &name = QString());
+    // The same without clearing the rows (only the spare entries past the
+    // end are cleared), for a writer that fills every row before anyone
+    // reads the column: clearing a reused block costs a pass over it.
+    static CGraphColumn *CreateUnfilled(int count, const QString &name = QString());
 
     void AddRef() { m_refCount.fetch_add(1, std::memory_order_relaxed); }
     void Release();

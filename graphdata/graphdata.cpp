@@ -241,6 +241,93 @@ bool CGraphData_Data::Grow(int target)
     return false;
 }
 
+void CGraphData_Data::WriteCells(CGraphColumn *column, CGraphColumn *logColumn, const double *src,
+                                 std::size_t stride, const std::uint8_t *srcValid, int firstRow, int rows)
+{
+    const int end = firstRow + rows;
+    if (!column || column->m_count < end)
+        return;
+    double *dst = column->m_values + firstRow;
+    std::uint8_t *dstValid = column->m_valid + firstRow;
+    double lo = column->m_minValue, hi = column->m_maxValue;
+    int r = 0;
+    if (firstRow == 0) {
+        // Row 0 sets the extents when it is valid; otherwise they stay.
+        if ((!srcValid || srcValid[0] == 1) && std::isfinite(src[0]))
+            lo = hi = src[0];
+    }
+    if (srcValid) {
+        for (; r < rows; ++r) {
+            const double v = src[r * stride];
+            // A value that is not a finite number is never valid.
+            const std::uint8_t b = std::isfinite(v) ? srcValid[r * stride] : 2;
+            dst[r] = v;
+            dstValid[r] = b;
+            if (b == 1) {
+                lo = v < lo ? v : lo;
+                hi = v > hi ? v : hi;
+            } else {
+                column->m_hasInvalid = 1;
+            }
+        }
+    } else {
+        std::memset(dstValid, 1, std::size_t(rows));
+        for (; r < rows; ++r) {
+            const double v = src[r * stride];
+            dst[r] = v;
+            if (!std::isfinite(v)) {
+                dstValid[r] = 2;
+                column->m_hasInvalid = 1;
+                continue;
+            }
+            lo = v < lo ? v : lo;
+            hi = v > hi ? v : hi;
+        }
+    }
+    column->m_minValue = lo;
+    column->m_maxValue = hi;
+    WriteLogCells(column, logColumn, firstRow, rows);
+}
+
+void CGraphData_Data::WriteLogCells(const CGraphColumn *column, CGraphColumn *logColumn, int firstRow, int rows)
+{
+    const int end = firstRow + rows;
+    if (!logColumn || logColumn->m_count < end || column->m_count < end)
+        return;
+    double llo = logColumn->m_minValue, lhi = logColumn->m_maxValue;
+    for (int row = firstRow; row < end; ++row) {
+        const double v = column->m_values[row];
+        if (column->m_valid[row] == 1 && v > 0) {
+            const double l = std::log10(v);
+            logColumn->m_values[row] = l;
+            logColumn->m_valid[row] = 1;
+            if (row == 0) {
+                llo = lhi = l;
+            } else {
+                llo = l < llo ? l : llo;
+                lhi = l > lhi ? l : lhi;
+            }
+        } else {
+            logColumn->m_values[row] = 0;
+            logColumn->m_valid[row] = 2;
+            logColumn->m_hasInvalid = 1;
+        }
+    }
+    logColumn->m_minValue = llo;
+    logColumn->m_maxValue = lhi;
+}
+
+void CGraphData_Data::writeRowsLocked(const double *values, const std::uint8_t *validBytes, int firstColumn,
+                                      int columnsInRow, int firstRow, int rows)
+{
+    const std::size_t stride = std::size_t(columnsInRow);
+    for (int c = 0; c < columnsInRow; ++c) {
+        const int index = firstColumn + c;
+        WriteCells(m_columns[index], m_logColumns ? m_logColumns[index] : nullptr, values + c, stride,
+                   validBytes ? validBytes + c : nullptr, firstRow, rows);
+    }
+}
+
 int CGraphData_Data::AppendRows(const double *values, const std::uint8_t *validBytes, int firstColumn,
                                 int columnsInRow, int firstRow, int rows)
 {
@@ -267,79 +354,7 @@ int CGraphData_Data::AppendRows(const double *values, const std::uint8_t *validB
             }
         }
         if (!noMemory) {
-            const std::size_t stride = std::size_t(columnsInRow);
-            for (int c = 0; c < columnsInRow; ++c) {
-                CGraphColumn *column = m_columns[firstColumn + c];
-                CGraphColumn *logColumn = m_logColumns ? m_logColumns[firstColumn + c] : nullptr;
-                if (!column || column->m_count < end)
-                    continue;
-                double *dst = column->m_values + firstRow;
-                std::uint8_t *dstValid = column->m_valid + firstRow;
-                const double *src = values + c;
-                const std::uint8_t *srcValid = validBytes ? validBytes + c : nullptr;
-                double lo = column->m_minValue, hi = column->m_maxValue;
-                int r = 0;
-                if (firstRow == 0) {
-                    // Row 0 sets the extents when it is valid; otherwise they stay.
-                    if ((!srcValid || srcValid[0] == 1) && std::isfinite(src[0]))
-                        lo = hi = src[0];
-                }
-                if (srcValid) {
-                    for (; r < rows; ++r) {
-                        const double v = src[r * stride];
-                        // A value that is not a finite number is never valid.
-                        const std::uint8_t b = std::isfinite(v) ? srcValid[r * stride] : 2;
-                        dst[r] = v;
-                        dstValid[r] = b;
-                        if (b == 1) {
-                            lo = v < lo ? v : lo;
-                            hi = v > hi ? v : hi;
-                        } else {
-                            column->m_hasInvalid = 1;
-                        }
-                    }
-                } else {
-                    std::memset(dstValid, 1, std::size_t(rows));
-                    for (; r < rows; ++r) {
-                        const double v = src[r * stride];
-                        dst[r] = v;
-                        if (!std::isfinite(v)) {
-                            dstValid[r] = 2;
-                            column->m_hasInvalid = 1;
-                            continue;
-                        }
-                        lo = v < lo ? v : lo;
-                        hi = v > hi ? v : hi;
-                    }
-                }
-                column->m_minValue = lo;
-                column->m_maxValue = hi;
-
-                if (logColumn && logColumn->m_count >= end) {
-                    double llo = logColumn->m_minValue, lhi = logColumn->m_maxValue;
-                    for (r = 0; r < rows; ++r) {
-                        const int row = firstRow + r;
-                        const double v = dst[r];
-                        if (dstValid[r] == 1 && v > 0) {
-                            const double l = std::log10(v);
-                            logColumn->m_values[row] = l;
-                            logColumn->m_valid[row] = 1;
-                            if (row == 0) {
-                                llo = lhi = l;
-                            } else {
-                                llo = l < llo ? l : llo;
-                                lhi = l > lhi ? l : lhi;
-                            }
-                        } else {
-                            logColumn->m_values[row] = 0;
-                            logColumn->m_valid[row] = 2;
-                            logColumn->m_hasInvalid = 1;
-                        }
-                    }
-                    logColumn->m_minValue = llo;
-                    logColumn->m_maxValue = lhi;
-                }
-            }
+            writeRowsLocked(values, validBytes, firstColumn, columnsInRow, firstRow, rows);
             if (firstRow < m_rowCount)
                 ++m_generation; // rows already there were rewritten
             if (end > m_rowCount)
@@ -421,7 +436,8 @@ void CScopeData_Data::Allocate(int columnCount, int capacity)
         for (int i = 0; i < m_columnCount; ++i)
             (*table)[i] = CGraphColumn::Create(m_capacity);
     }
-    m_channels.assign(std::size_t(m_columnCount), CScopeChannel());
+    m_channels.clear();
+    m_channels.resize(std::size_t(m_columnCount));
     m_channelStates.assign(std::size_t(m_columnCount), 0);
     m_channelLog.Reset(CBufferIO::ModeWrite, 0);
     for (int channel = 1; channel < m_columnCount; ++channel) {

@@ -23,10 +23,13 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
+class CEquationTree;
 class CScopeData_Data;
 
 // A counted object a host hangs on a data set.
@@ -107,6 +110,16 @@ public:
     // so that a long run of appends stays linear.
     int GrowthStep() const;
 
+    // Writes `rows` cells, `stride` doubles apart, into rows firstRow.. of
+    // `column` (nothing when it is shorter), widening its extents (row 0 sets
+    // them), and their log10 into `logColumn` when given.  A value that is
+    // not finite is invalid whatever its byte says; srcValid null: valid.
+    static void WriteCells(CGraphColumn *column, CGraphColumn *logColumn, const double *src, std::size_t stride,
+                           const std::uint8_t *srcValid, int firstRow, int rows);
+    // The log10 of rows firstRow.. of `column` into `logColumn`: a valid
+    // positive cell its log, any other an invalid cell.
+    static void WriteLogCells(const CGraphColumn *column, CGraphColumn *logColumn, int firstRow, int rows);
+
     std::atomic<int> m_refCount{0};
     std::int32_t m_ownsColumns = 1;
     CMyCriticalSection m_lock;
@@ -129,19 +142,37 @@ protected:
     // Under the lock: the new capacity.  False (and nothing changed) when
     // memory runs out.
     virtual bool growLocked(int target);
+    // Under the lock, with the rows allocated: stores the cells of
+    // AppendRows (arguments checked) into the columns.
+    virtual void writeRowsLocked(const double *values, const std::uint8_t *validBytes, int firstColumn,
+                                 int columnsInRow, int firstRow, int rows);
     static CGraphColumn **growTable(CGraphColumn **table, int columns, int copyRows, int target);
     static void resizeInPlace(CGraphColumn *column, int keepRows, int target);
     static void releaseTable(CGraphColumn **&table, int columns);
     bool ensureRowsLocked(int row);
 };
 
-// A channel of the oscilloscope form.  Its formula is compiled by the
-// formula library; until it is, the channel keeps the name of the variable
-// it reads and its tolerance.
+// A channel of the oscilloscope form.  What the producer appends is the
+// raw input of the channels; what a channel shows is its formula over the
+// raw input of the row, where every channel's column name stands for its
+// raw value ("V1*10", "V1-V2").  A channel without a formula shows its own
+// raw input unchanged.
 struct CScopeChannel
 {
+    CScopeChannel();
+    ~CScopeChannel();
+    CScopeChannel(CScopeChannel &&) noexcept;
+    CScopeChannel &operator=(CScopeChannel &&) noexcept;
+
     QString m_variableName;
     double m_tolerance = 1e-5;
+    QString m_formulaText;
+    std::unique_ptr<CEquationTree> m_formula;
+    // The raw columns the formula reads, and the table it was bound to
+    // (bound again when the table grows).
+    std::vector<int> m_inputs;
+    QStringList m_inputNames;
+    CGraphColumn **m_boundTable = nullptr;
 };
 
 class CScopeData_Data : public CGraphData_Data
@@ -158,6 +189,15 @@ public:
     // sets up channels 1.. with a log record each: i32 1, i32 channel, and
     // the three 8-byte values of the channel's input (0 at creation).
     void Allocate(int columnCount, int capacity) override;
+
+    // Compiles `text` as the formula of `channel` (1..) over the raw input,
+    // naming the columns as variables, and computes the rows there are
+    // again.  An empty text makes the channel its own raw input.  False when
+    // the channel is none or the text does not compile: `error` tells why
+    // (with line and column), and the former formula stays.
+    bool SetChannelFormula(int channel, const QString &text, QString *error = nullptr);
+    // The formula text of a channel; empty when it shows its raw input.
+    QString ChannelFormula(int channel) const;
 
     CBufferIO m_channelLog;
     double m_secsPerDiv = 0;
@@ -177,6 +217,12 @@ public:
 
 protected:
     bool growLocked(int target) override;
+    void writeRowsLocked(const double *values, const std::uint8_t *validBytes, int firstColumn, int columnsInRow,
+                         int firstRow, int rows) override;
+
+private:
+    // Channel `channel`'s formula over rows first..last into its column.
+    void evaluateChannelLocked(int channel, int first, int last);
 };
 
 class CGraphData

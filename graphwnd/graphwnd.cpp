@@ -2,6 +2,8 @@
 // the pop-up menu are in graphwndmouse.cpp.
 #include "graphwnd/graphwnd.h"
 
+#include "graphdata/graphglobaldata.h"
+
 #include "graphwnd/formulacurvedialog.h"
 
 #include "graphdata/columnscan.h"
@@ -10,6 +12,7 @@
 #include "graphdata/draw/objectpaint.h"
 #include "graphdata/draw/objectstore.h"
 #include "graphdata/grapherrors.h"
+#include "graphdata/graphglobaldata.h"
 #include "graphdata/pages/curve2page.h"
 #include "graphdata/pages/options2dlg.h"
 #include "graphwnd/grapherrorbox.h"
@@ -124,8 +127,8 @@ void CGraphWnd::SetGraphDataCopy(const CGraphData &data)
 {
     auto *graph = new CGraphCurve(data.Data()->GetKind(), m_dpi);
     graph->m_data = data;
-    graph->m_backColor = 0xFFFFFF;
-    graph->m_foreColor = 0;
+    // The user's defaults of new graphs: white and black when none are kept.
+    GetGraphGlobalData().ApplyTo(*graph);
     {
         CCS_helper guard(data.Lock());
         if (const CGraphColumn *x = data.GetColumn(0))

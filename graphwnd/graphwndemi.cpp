@@ -5,10 +5,9 @@
 // Y axis into dB.
 #include "graphwnd/graphwnd.h"
 
-#include "graphdata/emi/emiimport.h"
 #include "graphdata/emi/emilimits.h"
+#include "graphdata/pages/useremipage.h"
 #include "graphdata/spectrum/spectrumjob.h"
-#include "support/controls/userprompts.h"
 #include "support/languagestring.h"
 
 #include <QMenu>
@@ -18,11 +17,7 @@ namespace {
 enum : int {
     TextEmiLimits = 43786,
     TextImportLimit = 43787,
-    TextLimitFilter = 43788,
 };
-
-// The section of an import file that holds the limit's header.
-const char kImportSection[] = "Limit";
 
 } // namespace
 
@@ -67,23 +62,8 @@ bool CGraphWnd::ShowEmiLimit(int index, bool on)
 
 bool CGraphWnd::ImportEmiLimitFile(QString path)
 {
-    if (path.isEmpty()) {
-        CFilePrompt prompt;
-        prompt.parent = this;
-        prompt.caption = LanguageString(TextImportLimit);
-        prompt.filter = LanguageString(TextLimitFilter);
-        path = AskFileName(prompt);
-        if (path.isEmpty())
-            return false;
-    }
-    CEmiImport result;
-    if (!ImportEmiLimit(path, QString::fromLatin1(kImportSection), GetEmiLimits(), result)) {
-        ShowMessage(this, result.message);
-        return false;
-    }
-    const int index = AddUserLimit(result.key, result.label, result.pairs);
-    SaveUserLimits(true);
-    return ShowEmiLimit(index, true);
+    const int index = ImportUserLimitFile(this, path);
+    return index >= 0 && ShowEmiLimit(index, true);
 }
 
 void CGraphWnd::addEmiMenu(QMenu &menu)

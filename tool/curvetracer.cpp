@@ -20,6 +20,8 @@ constexpr double MinCosine = 0.8;
 // A pixel further than this share of the ink from the background, but not
 // of the ink's colour, is something drawn over or beside the curve.
 constexpr double ForeignShare = 0.3;
+// The most of a grey ink a pixel may hold and still be of it.
+constexpr double MaxGreyShare = 1.35;
 
 struct Colour {
     double r = 0, g = 0, b = 0;
@@ -75,7 +77,9 @@ struct InkModel {
                 && cdot * cdot >= MinPixelChroma * MinPixelChroma * chromaNorm2
                 && cdot * cdot >= MinCosine * MinCosine * dotOf(c, c) * chromaNorm2;
         } else {
-            ink = a >= MinShare && dot * dot >= MinCosine * MinCosine * d2 * inkNorm2;
+            // Much darker than a grey ink is another ink (a black curve
+            // across a grey one), not more of it.
+            ink = a >= MinShare && a <= MaxGreyShare && dot * dot >= MinCosine * MinCosine * d2 * inkNorm2;
         }
         if (foreign)
             *foreign = !ink && d2 > ForeignShare * ForeignShare * inkNorm2;
@@ -310,7 +314,12 @@ CCurveTrace CCurveTracer::Trace(const QImage &source, QPointF spot, QRectF area)
             // A run much longer than the line is thick is the curve merged
             // with a line across it; one that touches foreign ink may be cut
             // by it.  Both are gaps, bridged by the columns around them.
-            if (!best || best->length() > 2 * expectedLength + 2 || best->touchesForeign) {
+            // A grey or black ink shares its hue with grid lines and the
+            // frame, whose runs are thin or pale: a run of such ink must hold
+            // most of the ink of a whole column of the curve.
+            const bool faint = best && !ink.coloured
+                && best->weight < 0.7 * fullWeight * std::sqrt(1 + slope * slope);
+            if (!best || best->length() > 2 * expectedLength + 2 || best->touchesForeign || faint) {
                 if (++gap > maxGap)
                     break;
                 continue;

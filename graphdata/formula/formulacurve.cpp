@@ -34,6 +34,35 @@ int positionOf(const QString &text, int row, int col)
     return std::min(start + col, int(text.size()));
 }
 
+// Widens lo and hi by the valid rows first..last.  A row that is not valid
+// offers the value that changes nothing, so that the loop has no branch and
+// runs in four independent lanes: a single running minimum kept in memory
+// cost as much as the formula itself.
+void widenExtents(const double *values, const unsigned char *valid, int first, int last, double &lo, double &hi)
+{
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    double l[4] = {lo, lo, lo, lo}, h[4] = {hi, hi, hi, hi};
+    int r = first;
+    for (; r + 3 <= last; r += 4) {
+        for (int k = 0; k < 4; ++k) {
+            const bool good = valid[r + k] == 1;
+            const double v = values[r + k];
+            const double a = good ? v : inf, b = good ? v : -inf;
+            l[k] = a < l[k] ? a : l[k];
+            h[k] = b > h[k] ? b : h[k];
+        }
+    }
+    for (; r <= last; ++r) {
+        const bool good = valid[r] == 1;
+        const double v = values[r];
+        const double a = good ? v : inf, b = good ? v : -inf;
+        l[0] = a < l[0] ? a : l[0];
+        h[0] = b > h[0] ? b : h[0];
+    }
+    lo = std::min(std::min(l[0], l[1]), std::min(l[2], l[3]));
+    hi = std::max(std::max(h[0], h[1]), std::max(h[2], h[3]));
+}
+
 } // namespace
 
 CFormulaCurveJob::CFormulaCurveJob() = default;
@@ -83,12 +112,7 @@ void CFormulaCurveJob::runPieces(CGraphColumn *column)
         const int last = int(std::min<std::int64_t>(rows, std::int64_t(first) + m_pieceRows)) - 1;
         m_goodRows += m_tree->EvaluateRows(column->m_values, column->m_valid, first, last);
         // The extents while the piece is at hand.
-        for (int r = first; r <= last; ++r) {
-            const bool good = column->m_valid[r] == 1;
-            const double v = column->m_values[r];
-            m_low = good && v < m_low ? v : m_low;
-            m_high = good && v > m_high ? v : m_high;
-        }
+        widenExtents(column->m_values, column->m_valid, first, last, m_low, m_high);
         m_progress.store(double(last + 1) / rows, std::memory_order_relaxed);
     }
 }
@@ -100,9 +124,13 @@ void CFormulaCurveJob::Run()
         return;
     }
     const int rows = m_tree->RowCount();
+    // A formula that writes the result itself (SetGraph) may leave rows
+    // alone, which must then be missing; otherwise every row is written.
+    const bool writesItself = m_tree->WritesResult();
     CGraphColumnPtr column;
     try {
-        column = CGraphColumnPtr::Adopt(CGraphColumn::Create(rows, m_formula));
+        column = CGraphColumnPtr::Adopt(writesItself ? CGraphColumn::Create(rows, m_formula)
+                                                     : CGraphColumn::CreateUnfilled(rows, m_formula));
     } catch (const std::bad_alloc &) {
         m_errorText = LanguageString(kGraphTextNoMemory);
         m_finished.store(true, std::memory_order_release);
@@ -112,7 +140,7 @@ void CFormulaCurveJob::Run()
     bool prepared = m_tree->PrepareRows(0, rows - 1) != 0;
     bool runByRows = false;
     if (prepared && !IsStopped()) {
-        runByRows = !m_tree->WritesResult();
+        runByRows = !writesItself;
         if (!runByRows) {
             // The script fills the column itself, row by row, in one run.
             m_tree->m_resultValues = column->m_values;

@@ -239,24 +239,32 @@ bool CUserEMI::RemoveSelected()
     return true;
 }
 
-bool CUserEMI::LoadFile(QString path)
+int ImportUserLimitFile(QWidget *parent, QString path)
 {
     if (path.isEmpty()) {
         CFilePrompt prompt;
-        prompt.parent = this;
+        prompt.parent = parent;
         prompt.caption = LanguageString(TextImportLimit);
         prompt.filter = LanguageString(TextLimitFilter);
         path = AskFileName(prompt);
         if (path.isEmpty())
-            return false;
+            return -1;
     }
     CEmiImport result;
     if (!ImportEmiLimit(path, QString::fromLatin1(kImportSection), GetEmiLimits(), result)) {
-        ShowMessage(this, result.message);
-        return false;
+        ShowMessage(parent, result.message);
+        return -1;
     }
     const int index = AddUserLimit(result.key, result.label, result.pairs);
     SaveUserLimits(true);
+    return index;
+}
+
+bool CUserEMI::LoadFile(QString path)
+{
+    const int index = ImportUserLimitFile(this, path);
+    if (index < 0)
+        return false;
     Load();
     m_list->setCurrentRow(index - EmiBuiltInCount());
     return true;

@@ -15,6 +15,12 @@ class QListWidget;
 class QPlainTextEdit;
 class QPushButton;
 
+// Imports the limit of a limit file (asks for one, over `parent`, when
+// `path` is empty) into the user's limits and keeps them in the settings.
+// The index of the new limit in the global list, or -1 when no file was
+// chosen or the file was refused (its message shown).
+int ImportUserLimitFile(QWidget *parent, QString path = QString());
+
 class CUserEMI : public COptionsPage
 {
     Q_OBJECT

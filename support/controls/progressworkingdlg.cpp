@@ -206,8 +206,10 @@ bool CProgressWorkingDlg::Step(double fraction)
         Begin();
     showIfDue();
     showProgress(fraction);
-    // Cancel is pressed here, while the box takes its events.
-    QCoreApplication::processEvents();
+    // Cancel is pressed here, while the box takes its events.  Until it
+    // shows, input is kept for later, so that the caller's work is not
+    // changed under it.
+    QCoreApplication::processEvents(isVisible() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
     return !m_cancelled;
 }
 

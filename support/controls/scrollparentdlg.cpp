@@ -16,6 +16,14 @@ CScrollParent::CScrollParent(QWidget *parent) : QScrollArea(parent), m_content(n
     setFrameShape(QFrame::NoFrame);
 }
 
+CScrollParent::~CScrollParent()
+{
+    // The pages go with the view after this object has stopped being a
+    // CScrollParent: they must not call back into it then.
+    for (CScrollParentDlg *page : m_pages)
+        disconnect(page, nullptr, this, nullptr);
+}
+
 void CScrollParent::TakePage(CScrollParentDlg *page)
 {
     if (!page || std::find(m_pages.begin(), m_pages.end(), page) != m_pages.end())

@@ -15,6 +15,7 @@ class CScrollParent : public QScrollArea
     Q_OBJECT
 public:
     explicit CScrollParent(QWidget *parent = nullptr);
+    ~CScrollParent() override;
 
     // Puts the page under the ones it has; a page it has already stays where it is.
     void TakePage(CScrollParentDlg *page);

@@ -27,7 +27,9 @@ QMessageBox::Icon boxIcon(PromptIcon icon)
 
 PromptAnswer CUserPrompts::Message(const CMessagePrompt &prompt)
 {
-    if (!prompt.checkBoxText.isEmpty()) {
+    // A box asked for its check state has the check box, even when its text
+    // is missing.
+    if (!prompt.checkBoxText.isEmpty() || prompt.checkBoxChecked) {
         CMessageBoxCheck box(prompt.parent, prompt.text, QString(), prompt.checkBoxText, prompt.buttons,
                              prompt.icon);
         box.exec();

@@ -18,8 +18,8 @@ struct CMessagePrompt {
     QString text;
     PromptButtons buttons = PromptButtons::Ok;
     PromptIcon icon = PromptIcon::Warning;
-    // With a text, the box has a check box ("do not show this again"); its
-    // state on closing goes to *checkBoxChecked.
+    // With a text or a place for its state, the box has a check box ("do not
+    // show this again"); its state on closing goes to *checkBoxChecked.
     QString checkBoxText;
     bool *checkBoxChecked = nullptr;
 };

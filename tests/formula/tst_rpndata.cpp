@@ -179,19 +179,24 @@ TEST_P(RpnDataAccessors, GiveNothingForOtherKinds)
     EXPECT_EQ(v.GetObject() != nullptr, owns({RPN_DOCUMENT}));
     EXPECT_EQ(v.GetPointer() != nullptr, owns({RPN_DOCUMENT, RPN_POINTER, RPN_TARNPART}));
     EXPECT_EQ(v.GetXml() != nullptr, owns({RPN_XML}));
-    if (k == RPN_STRING)
+    if (k == RPN_STRING) {
         EXPECT_EQ(v.GetTextValue(), v.GetText());
-    else
+    } else {
         EXPECT_TRUE(v.GetTextValue().isEmpty());
-    if (k != RPN_COMPLEX)
+    }
+    if (k != RPN_COMPLEX) {
         EXPECT_EQ(v.GetImagValue(), 0.0);
-    if (k != RPN_INT)
+    }
+    if (k != RPN_INT) {
         EXPECT_EQ(v.GetIntValue(), 0);
-    if (k != RPN_REAL && k != RPN_COMPLEX)
+    }
+    if (k != RPN_REAL && k != RPN_COMPLEX) {
         EXPECT_EQ(v.GetRealValue(), 0.0);
+    }
     // Out of its own kind the value reads as no array at all.
-    if (!v.IsArray())
+    if (!v.IsArray()) {
         EXPECT_EQ(v.GetSize(), 0);
+    }
 }
 
 namespace {

@@ -1,8 +1,9 @@
-// Pictures of the option dialog's display and user limit pages for the
-// README, each over the graph it edits.  Run under a display (xvfb-run
-// works) or on the offscreen platform, at any QT_SCALE_FACTOR:
+// Pictures of every page of the option dialog for the README, each over
+// the graph it edits.  Run under a display (xvfb-run works) or on the
+// offscreen platform, at any QT_SCALE_FACTOR:
 //     options_screens OUTPUT_FOLDER
-// It writes options-display.png and options-emi.png.
+// It writes options-curves.png, options-display.png, options-xaxis.png,
+// options-yaxes.png, options-screen.png and options-emi.png.
 
 #include "graphdata/emi/emilimits.h"
 #include "graphdata/formula/formulacurve.h"
@@ -109,23 +110,27 @@ int main(int argc, char **argv)
     wnd.show();
     if (!QTest::qWaitForWindowExposed(&wnd))
         std::fprintf(stderr, "the window did not show\n");
+    const struct
     {
-        COptions2_Dlg dialog(g, COptionsFault::PageDisplay, &wnd);
-        dialog.m_displayPage->m_vector->m_formula->setText(QStringLiteral("ABS(node)*1000"));
-        dialog.m_displayPage->m_vector->m_formula->setCursorPosition(4);
+        COptionsFault::Page page;
+        const char *file;
+    } pages[] = {
+        {COptionsFault::PageCurves, "options-curves.png"}, {COptionsFault::PageDisplay, "options-display.png"},
+        {COptionsFault::PageXAxis, "options-xaxis.png"},   {COptionsFault::PageYAxis, "options-yaxes.png"},
+        {COptionsFault::PageScreen, "options-screen.png"}, {COptionsFault::PageEmi, "options-emi.png"},
+    };
+    for (const auto &p : pages) {
+        COptions2_Dlg dialog(g, p.page, &wnd);
+        if (p.page == COptionsFault::PageDisplay) {
+            dialog.m_displayPage->m_vector->m_formula->setText(QStringLiteral("ABS(node)*1000"));
+            dialog.m_displayPage->m_vector->m_formula->setCursorPosition(4);
+        }
+        if (p.page == COptionsFault::PageEmi)
+            dialog.m_emiPage->m_list->setCurrentRow(0);
         dialog.show();
         if (!QTest::qWaitForWindowExposed(&dialog))
             std::fprintf(stderr, "the dialog did not show\n");
-        ok = save(wnd, dialog, out.filePath(QStringLiteral("options-display.png"))) && ok;
-        dialog.reject();
-    }
-    {
-        COptions2_Dlg dialog(g, COptionsFault::PageEmi, &wnd);
-        dialog.m_emiPage->m_list->setCurrentRow(0);
-        dialog.show();
-        if (!QTest::qWaitForWindowExposed(&dialog))
-            std::fprintf(stderr, "the dialog did not show\n");
-        ok = save(wnd, dialog, out.filePath(QStringLiteral("options-emi.png"))) && ok;
+        ok = save(wnd, dialog, out.filePath(QString::fromLatin1(p.file))) && ok;
         dialog.reject();
     }
     return ok ? 0 : 1;

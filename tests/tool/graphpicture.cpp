@@ -189,7 +189,7 @@ double CCurveFamilyPicture::Distance(const Curve &c, QPointF p) const
     return best;
 }
 
-CCurveFamilyPicture MakeCurveFamilyPicture(QSize size, int jpegQuality)
+CCurveFamilyPicture MakeCurveFamilyPicture(QSize size, int jpegQuality, CurveInks inks)
 {
     CCurveFamilyPicture d;
     d.image = QImage(size, QImage::Format_RGB32);
@@ -232,10 +232,11 @@ CCurveFamilyPicture MakeCurveFamilyPicture(QSize size, int jpegQuality)
         {QColor(200, 30, 30), false, 0.05, 0.95, fallingShape},
         {QColor(20, 140, 40), true, 0.1, 0.9, wavyShape},
     };
+    const QColor greys[] = {Qt::black, QColor(120, 120, 120), QColor(70, 70, 70)};
     p.setRenderHint(QPainter::Antialiasing);
     for (const auto &s : specs) {
         CCurveFamilyPicture::Curve c;
-        c.colour = s.colour;
+        c.colour = inks == CurveInks::Coloured ? s.colour : greys[&s - specs];
         c.dashed = s.dashed;
         c.shape = s.shape;
         c.xa = a.left() + s.ua * a.width();
@@ -250,7 +251,7 @@ CCurveFamilyPicture MakeCurveFamilyPicture(QSize size, int jpegQuality)
             if (x == c.xb)
                 break;
         }
-        QPen pen(s.colour, 1.6, s.dashed ? Qt::DashLine : Qt::SolidLine, Qt::FlatCap);
+        QPen pen(c.colour, 1.6, s.dashed ? Qt::DashLine : Qt::SolidLine, Qt::FlatCap);
         p.setPen(pen);
         p.drawPath(path);
         c.inkStart = c.xa;

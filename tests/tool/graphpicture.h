@@ -72,4 +72,8 @@ struct CCurveFamilyPicture {
     double Distance(const Curve &c, QPointF p) const;
 };
 
-CCurveFamilyPicture MakeCurveFamilyPicture(QSize size, int jpegQuality = 0);
+// The curves' inks: three colours, or black, grey and a dashed dark grey,
+// which share their hue with the frame, the labels and the grid lines.
+enum class CurveInks { Coloured, GreyAndBlack };
+
+CCurveFamilyPicture MakeCurveFamilyPicture(QSize size, int jpegQuality = 0, CurveInks inks = CurveInks::Coloured);

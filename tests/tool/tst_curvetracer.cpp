@@ -15,16 +15,21 @@ struct TraceCase {
     const char *name;
     int curve;       // of the datasheet picture
     int jpegQuality; // 0: the picture as drawn
+    CurveInks inks = CurveInks::Coloured;
 };
 
 class CurveTracerTest : public ::testing::TestWithParam<TraceCase>
 {
 };
 
-const CCurveFamilyPicture &picture(int quality)
+const CCurveFamilyPicture &picture(int quality, CurveInks inks = CurveInks::Coloured)
 {
     static const CCurveFamilyPicture png = MakeCurveFamilyPicture(QSize(900, 640));
     static const CCurveFamilyPicture jpeg = MakeCurveFamilyPicture(QSize(900, 640), 70);
+    static const CCurveFamilyPicture greyPng = MakeCurveFamilyPicture(QSize(900, 640), 0, CurveInks::GreyAndBlack);
+    static const CCurveFamilyPicture greyJpeg = MakeCurveFamilyPicture(QSize(900, 640), 70, CurveInks::GreyAndBlack);
+    if (inks == CurveInks::GreyAndBlack)
+        return quality ? greyJpeg : greyPng;
     return quality ? jpeg : png;
 }
 
@@ -33,7 +38,7 @@ const CCurveFamilyPicture &picture(int quality)
 TEST_P(CurveTracerTest, FollowsTheCurveWithinHalfAPixel)
 {
     const TraceCase &c = GetParam();
-    const CCurveFamilyPicture &d = picture(c.jpegQuality);
+    const CCurveFamilyPicture &d = picture(c.jpegQuality, c.inks);
     const CCurveFamilyPicture::Curve &curve = d.curves[c.curve];
     const CCurveTrace t = CCurveTracer().Trace(d.image, curve.seed, QRectF(d.area));
     ASSERT_TRUE(t.found);
@@ -69,7 +74,13 @@ TEST_P(CurveTracerTest, FollowsTheCurveWithinHalfAPixel)
 INSTANTIATE_TEST_SUITE_P(DatasheetPictures, CurveTracerTest,
                          ::testing::Values(TraceCase{"rising", 0, 0}, TraceCase{"crossing", 1, 0},
                                            TraceCase{"dashed", 2, 0}, TraceCase{"risingJpeg70", 0, 70},
-                                           TraceCase{"crossingJpeg70", 1, 70}, TraceCase{"dashedJpeg70", 2, 70}),
+                                           TraceCase{"crossingJpeg70", 1, 70}, TraceCase{"dashedJpeg70", 2, 70},
+                                           // An ink of the grid's and the frame's hue, crossed
+                                           // by a black curve and a dark grey one.  (The black
+                                           // and the dashed dark grey curve of that picture,
+                                           // and all three under JPEG, are not yet followed
+                                           // within these bounds.)
+                                           TraceCase{"greyCrossing", 1, 0, CurveInks::GreyAndBlack}),
                          [](const auto &info) { return std::string(info.param.name); });
 
 TEST(CurveTracer, NothingToFollow)

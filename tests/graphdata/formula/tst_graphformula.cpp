@@ -415,3 +415,49 @@ TEST_F(GraphFormula, PreparedAveragesGiveWhatTheTreeGives)
         }
     }
 }
+
+TEST(FormulaCurveExtents, CoverTheValidRowsOfEveryPiece)
+{
+    // V runs 0, 7, 14, ... (mod 23) - 11, so the extremes fall on varied
+    // rows; the cells of every fifth row are missing and 1/(V-3) fails at
+    // V = 3, which leaves extreme values around it out.
+    const struct
+    {
+        int rows, pieceRows;
+        const char *formula;
+    } cases[] = {
+        {1, 0, "V*2"},   {3, 0, "V*2"},   {4, 0, "V*2"},       {9, 0, "V*2"},
+        {9, 1, "V*2"},   {9, 2, "-V"},    {23, 4, "1/(V-3)"}, {23, 5, "1/(V-3)"},
+        {50, 7, "V*V"},  {50, 0, "1/(V-3)"},
+    };
+    for (const auto &c : cases) {
+        CGraphCurve graph;
+        graph.m_data.Create(1, 2, c.rows, 0);
+        graph.m_data.GetColumn(0)->m_name = u"Time"_s;
+        graph.m_data.GetColumn(1)->m_name = u"V"_s;
+        for (int r = 0; r < c.rows; ++r) {
+            const double row[2] = {double(r), double((r * 7) % 23 - 11)};
+            const std::uint8_t valid[2] = {1, std::uint8_t(r % 5 == 4 ? 0 : 1)};
+            graph.m_data.AppendRows(row, valid, 0, 2, r, 1);
+        }
+        CFormulaCurveJob job;
+        job.SetPieceRows(c.pieceRows);
+        ASSERT_TRUE(job.Prepare(graph, QString::fromLatin1(c.formula))) << c.formula;
+        job.Run();
+        ASSERT_TRUE(job.Result()) << c.rows << " " << c.formula;
+        const CGraphColumn &result = *job.Result();
+        double low = std::numeric_limits<double>::infinity(), high = -low;
+        int good = 0;
+        for (int r = 0; r < c.rows; ++r) {
+            if (result.m_valid[r] != 1)
+                continue;
+            ++good;
+            low = std::min(low, result.m_values[r]);
+            high = std::max(high, result.m_values[r]);
+        }
+        EXPECT_EQ(job.GoodRows(), good) << c.rows << " " << c.formula;
+        EXPECT_EQ(result.m_minValue, low) << c.rows << " " << c.pieceRows << " " << c.formula;
+        EXPECT_EQ(result.m_maxValue, high) << c.rows << " " << c.pieceRows << " " << c.formula;
+        EXPECT_EQ(result.m_hasInvalid, good < c.rows ? 1u : 0u) << c.rows << " " << c.formula;
+    }
+}

@@ -4,6 +4,7 @@
 #include "support/controls/messageboxcheck.h"
 #include "support/controls/progressworkingdlg.h"
 #include "support/controls/scrollparentdlg.h"
+#include "support/languagestring.h"
 #include "support/registry.h"
 
 #include <QApplication>
@@ -24,7 +25,8 @@
 namespace {
 
 // Runs `act` on the first dialog of type T that shows, once the modal loop
-// that is about to start runs.
+// that is about to start runs.  A modal dialog of another kind is a failure,
+// and is closed so that the test does not wait for ever.
 template <typename T, typename F> void whenShown(F act)
 {
     auto *timer = new QTimer;
@@ -38,6 +40,10 @@ template <typename T, typename F> void whenShown(F act)
                 return;
             }
         }
+        if (auto *other = qobject_cast<QDialog *>(QApplication::activeModalWidget()); other && !qobject_cast<T *>(other)) {
+            ADD_FAILURE() << "another dialog came up: " << other->metaObject()->className();
+            other->reject();
+        }
     });
     timer->start();
 }
@@ -45,6 +51,7 @@ template <typename T, typename F> void whenShown(F act)
 class TempSettings : public ::testing::Test
 {
 protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG))); }
     void SetUp() override
     {
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.path());

@@ -33,15 +33,15 @@ int main(int argc, char **argv)
     if (!LoadLanguageFile(QStringLiteral(TARN_SOURCE_DIR "/lang/en.lang")))
         return 1;
 
-    CDatasheetSpec spec;
-    spec.size = QSize(760, 520);
-    spec.x = {true, -1, 1, 4, LabelStyle::Prefixed};
-    spec.y = {true, -6, 1, 4, LabelStyle::Prefixed};
-    spec.fontPixels = 12;
-    spec.jpegQuality = 70;
-    spec.rotationDegrees = 0.5;
-    spec.curves = 2;
-    const CDatasheetPicture pic = MakeDatasheetPicture(spec);
+    CDatasheetLayout sheet;
+    sheet.size = QSize(760, 520);
+    sheet.x = {true, -1, 1, 4, LabelStyle::Prefixed};
+    sheet.y = {true, -6, 1, 4, LabelStyle::Prefixed};
+    sheet.fontPixels = 12;
+    sheet.jpegQuality = 70;
+    sheet.rotationDegrees = 0.5;
+    sheet.curves = 2;
+    const CDatasheetPicture pic = MakeDatasheetPicture(sheet);
 
     CTraceliftToolDlg dialog;
     dialog.resize(1100, 760);
@@ -61,7 +61,7 @@ int main(int argc, char **argv)
 
     // From the paste to the proposal, for a large picture: the first run
     // starts the OCR engine, the second is what every later paste costs.
-    CDatasheetSpec large = spec;
+    CDatasheetLayout large = sheet;
     large.size = QSize(2000, 1500);
     large.fontPixels = 20;
     const QImage big = MakeDatasheetPicture(large).image;

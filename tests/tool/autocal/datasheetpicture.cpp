@@ -93,7 +93,7 @@ void drawLabel(QPainter &p, const QFont &font, const CAxisDraw &a, const CTick &
 
 } // namespace
 
-CDatasheetPicture MakeDatasheetPicture(const CDatasheetSpec &s)
+CDatasheetPicture MakeDatasheetPicture(const CDatasheetLayout &s)
 {
     std::mt19937 random(s.seed);
     std::uniform_real_distribution<double> unit(0.0, 1.0);

@@ -23,7 +23,7 @@ struct CAxisDraw {
     LabelStyle style = LabelStyle::Plain;
 };
 
-struct CDatasheetSpec {
+struct CDatasheetLayout {
     QSize size{760, 540};
     CAxisDraw x;
     CAxisDraw y;
@@ -51,4 +51,4 @@ struct CDatasheetPicture {
     QTransform rotation;
 };
 
-CDatasheetPicture MakeDatasheetPicture(const CDatasheetSpec &spec);
+CDatasheetPicture MakeDatasheetPicture(const CDatasheetLayout &layout);

@@ -34,9 +34,9 @@ const char *const g_fonts[] = {"DejaVu Sans", "DejaVu Serif", "DejaVu Sans Mono"
 
 // Picture number i: each axis linear or logarithmic in turn, the fonts and
 // sizes, grid, antialiasing, JPEG and rotation all varied against each other.
-CDatasheetSpec specNumber(int i)
+CDatasheetLayout layoutNumber(int i)
 {
-    CDatasheetSpec s;
+    CDatasheetLayout s;
     const bool xLog = i % 2 == 1, yLog = (i / 2) % 2 == 1;
     s.x = xLog ? g_logAxes[i % std::size(g_logAxes)] : g_linearAxes[i % std::size(g_linearAxes)];
     s.y = yLog ? g_logAxes[(i + 2) % std::size(g_logAxes)] : g_linearAxes[(i + 3) % std::size(g_linearAxes)];
@@ -64,13 +64,13 @@ double proposedPixel(double value, bool log, double atFirst, double atSecond, in
     return (t(value) - t(atFirst)) / (t(atSecond) - t(atFirst)) * (second - first) + first;
 }
 
-Verdict judge(const CDatasheetPicture &pic, const CDatasheetSpec &spec, const CCalibrationProposal &p,
+Verdict judge(const CDatasheetPicture &pic, const CDatasheetLayout &layout, const CCalibrationProposal &p,
               double &worst)
 {
     worst = 0;
     if (!p.Proposed())
         return Verdict::Declined;
-    if (p.xLog != spec.x.log || p.yLog != spec.y.log) {
+    if (p.xLog != layout.x.log || p.yLog != layout.y.log) {
         worst = 1e9;
         return Verdict::Wrong;
     }
@@ -94,11 +94,11 @@ TEST(CalibrationCheck, ProposesRightOrDeclinesOnGeneratedDatasheets)
 {
     int correct = 0, declined = 0, wrong = 0;
     for (int i = 0; i < PictureCount; ++i) {
-        const CDatasheetSpec spec = specNumber(i);
-        const CDatasheetPicture pic = MakeDatasheetPicture(spec);
+        const CDatasheetLayout layout = layoutNumber(i);
+        const CDatasheetPicture pic = MakeDatasheetPicture(layout);
         const CCalibrationProposal p = ProposeCalibration(pic.image);
         double worst = 0;
-        const Verdict v = judge(pic, spec, p, worst);
+        const Verdict v = judge(pic, layout, p, worst);
         (v == Verdict::Correct ? correct : v == Verdict::Declined ? declined : wrong) += 1;
         if (v != Verdict::Correct && !qEnvironmentVariableIsEmpty("TARN_AUTOCAL_DUMP")) {
             // For a look at what went astray.

@@ -20,9 +20,9 @@ struct CGridCase {
 
 class PictureGrid : public ::testing::TestWithParam<CGridCase> {};
 
-CDatasheetSpec specOf(const CGridCase &c)
+CDatasheetLayout specOf(const CGridCase &c)
 {
-    CDatasheetSpec s;
+    CDatasheetLayout s;
     s.x = {false, 0, 2, 5, LabelStyle::Plain};
     s.y = {true, -2, 1, 4, LabelStyle::Plain};
     s.fullGrid = c.fullGrid;

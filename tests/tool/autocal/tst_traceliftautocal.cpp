@@ -42,10 +42,10 @@ protected:
 TEST_P(TraceliftCalibrateCommand, FillsCornersAndFieldsAsTheUserWould)
 {
     const CCommandCase &c = GetParam();
-    CDatasheetSpec spec;
-    spec.x = c.x;
-    spec.y = c.y;
-    const CDatasheetPicture pic = MakeDatasheetPicture(spec);
+    CDatasheetLayout layout;
+    layout.x = c.x;
+    layout.y = c.y;
+    const CDatasheetPicture pic = MakeDatasheetPicture(layout);
     paste(pic.image);
     command()->trigger();
 
@@ -82,10 +82,10 @@ TEST_P(TraceliftCalibrateCommand, FillsCornersAndFieldsAsTheUserWould)
 
 TEST_P(TraceliftCalibrateCommand, BackAndAnEditedFieldWorkAfterIt)
 {
-    CDatasheetSpec spec;
-    spec.x = GetParam().x;
-    spec.y = GetParam().y;
-    const CDatasheetPicture pic = MakeDatasheetPicture(spec);
+    CDatasheetLayout layout;
+    layout.x = GetParam().x;
+    layout.y = GetParam().y;
+    const CDatasheetPicture pic = MakeDatasheetPicture(layout);
     paste(pic.image);
     command()->trigger();
     ASSERT_EQ(mode(), ModeCornersSet);
