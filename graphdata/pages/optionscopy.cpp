@@ -78,7 +78,10 @@ void CGraphOptionsCopy::Take(const CGraphCurve &graph)
     m_xAxisName = graph.m_xAxisName;
     m_xyMode = graph.m_xyMode;
     m_xColumnIndex = graph.m_xColumnIndex;
-    m_timeColumn = graph.m_xyMode ? 0 : graph.m_xColumnIndex;
+    m_xRowNumbers = !graph.m_xyMode && graph.m_graphKind != 2 &&
+                    graph.m_xColumnIndex == graph.m_data.ColumnByName(CGraphData_Data::RowNumberColumnName());
+    // Back from the row numbers, X is the first column.
+    m_timeColumn = graph.m_xyMode || m_xRowNumbers ? 0 : graph.m_xColumnIndex;
     m_emiLimit = -1;
     for (const CCurveInfo *curve : graph.m_curves) {
         if (curve->IsLimitLine()) {
@@ -155,8 +158,16 @@ void CGraphOptionsCopy::Apply(CGraphCurve &graph, bool &notFound) const
         wanted.Add(entry);
     }
     graph.m_xAxisFlags = m_xAxisFlags;
+    int xColumn = m_xColumnIndex;
+    if (m_xRowNumbers && !m_scope && !m_spectrum) {
+        // Without memory for the column X stays what it was.
+        const int numbers = graph.m_data.EnsureRowNumberColumn();
+        xColumn = numbers >= 0 ? numbers : graph.m_xColumnIndex;
+    }
+    // Another quantity on X is shown over its whole extent.
+    const bool newX = graph.m_xyMode != m_xyMode || graph.m_xColumnIndex != xColumn;
     graph.m_xyMode = m_xyMode;
-    graph.m_xColumnIndex = m_xColumnIndex;
+    graph.m_xColumnIndex = xColumn;
     graph.ApplyCurveList(wanted, notFound);
 
     // Limit lines are found in the global list by their key: the user may
@@ -219,7 +230,7 @@ void CGraphOptionsCopy::Apply(CGraphCurve &graph, bool &notFound) const
     if (!m_scope) {
         if (!m_spectrum && graph.m_xLog != m_xLog)
             graph.FitX(m_xLog != 0);
-        if (m_xAuto)
+        if (m_xAuto || newX)
             graph.SetXRange(true, false, 0, 0, 0, false, true);
         else
             graph.SetXRange(false, false, m_xMin, m_xMax, m_xTick, m_xTick > 0, false);
