@@ -164,8 +164,11 @@ void CGraphOptionsCopy::Apply(CGraphCurve &graph, bool &notFound) const
         const int numbers = graph.m_data.EnsureRowNumberColumn();
         xColumn = numbers >= 0 ? numbers : graph.m_xColumnIndex;
     }
-    // Another quantity on X is shown over its whole extent.
+    // Another quantity on X is shown over its whole extent, and an X title
+    // that named the old column names the new one.
     const bool newX = graph.m_xyMode != m_xyMode || graph.m_xColumnIndex != xColumn;
+    const CGraphColumn *oldX = graph.m_data.GetColumn(graph.m_xColumnIndex);
+    const bool titleIsColumn = oldX && m_xAxisName == oldX->m_name;
     graph.m_xyMode = m_xyMode;
     graph.m_xColumnIndex = xColumn;
     graph.ApplyCurveList(wanted, notFound);
@@ -221,6 +224,10 @@ void CGraphOptionsCopy::Apply(CGraphCurve &graph, bool &notFound) const
     graph.m_minorColor = m_minorColor;
     graph.m_xLabelFont = m_xLabelFont;
     graph.m_xAxisName = m_xAxisName;
+    if (newX && titleIsColumn && !m_scope && !m_spectrum) {
+        if (const CGraphColumn *x = graph.m_data.GetColumn(graph.m_xColumnIndex))
+            graph.m_xAxisName = x->m_name;
+    }
     graph.m_backColor = m_backColor;
     graph.m_foreColor = m_foreColor;
     graph.m_gridColor = m_gridColor;

@@ -442,6 +442,7 @@ void fillUnevenTime(CGraphCurve &graph)
     bool changed;
     graph.AddCurve(1, 0, false, changed);
     graph.FitRanges();
+    graph.m_xAxisName = QStringLiteral("Time"); // as a window names it
 }
 
 } // namespace
@@ -458,13 +459,14 @@ TEST_F(DisplayPage, IndexDrawsOverTheRowNumbers)
         int xy;                 // the graph's X-Y mode at the end
         bool numbers;           // X is the row number column at the end
         int shown;              // the entry the X list shows when opened again
+        const char *title;      // of the X axis
     } cases[] = {
-        {"index", {CDisplay_2_Page::XIndex}, 0, true, CDisplay_2_Page::XIndex},
+        {"index", {CDisplay_2_Page::XIndex}, 0, true, CDisplay_2_Page::XIndex, "Index"},
         {"index twice adds one column", {CDisplay_2_Page::XIndex, CDisplay_2_Page::XIndex}, 0, true,
-         CDisplay_2_Page::XIndex},
-        {"back to time", {CDisplay_2_Page::XIndex, CDisplay_2_Page::XTime}, 0, false, CDisplay_2_Page::XTime},
+         CDisplay_2_Page::XIndex, "Index"},
+        {"back to time", {CDisplay_2_Page::XIndex, CDisplay_2_Page::XTime}, 0, false, CDisplay_2_Page::XTime, "Time"},
         {"then a column", {CDisplay_2_Page::XIndex, CDisplay_2_Page::XFirstColumn + 1}, 1, false,
-         CDisplay_2_Page::XFirstColumn + 1},
+         CDisplay_2_Page::XFirstColumn + 1, "U"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -487,6 +489,7 @@ TEST_F(DisplayPage, IndexDrawsOverTheRowNumbers)
         const int numbers = graph.m_data.ColumnByName(QStringLiteral("Index"));
         ASSERT_EQ(numbers, 2);
         EXPECT_EQ(graph.m_xColumnIndex == numbers, c.numbers);
+        EXPECT_EQ(graph.m_xAxisName, QString::fromLatin1(c.title));
         const CGraphColumn *xs = graph.m_data.GetColumn(graph.m_xColumnIndex);
         ASSERT_NE(xs, nullptr);
         if (c.numbers) {
