@@ -525,6 +525,11 @@ void CNodeDoubleOperand::applyToArrays(CRpnData &result, const CRpnData &a, cons
 
 bool CNodeDoubleOperand::applyInPlace(CRpnData &a, const CRpnData &b)
 {
+    // A text that no one else holds (the value of `String(i) + ","` in
+    // `String(i) + "," + s`) takes a text added to it at its end, so that a
+    // chain of + builds its text once instead of copying it at every link.
+    if (a.IsString() && b.IsString())
+        return GetKind() == RPN_NODE_PLUS && a.AppendText(b.GetTextValue());
     // An array that no one else holds (the value of `a*a` in `a*a + 1`)
     // takes the results of +, - and * with a number in its own cells.
     if (a.GetKind() != RPN_ARRAY || a.GetRefs() != 1 || a.IsMatrix() || !b.IsReal())
@@ -1077,6 +1082,18 @@ void CNodeIncrement::Evaluate(CRpnData &result, unsigned char &status)
 
 void CNodeArrayIndex::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
 {
+    // One number into an array, the common case of `a[i]`: the cell, with no
+    // list of indices made.
+    if (a.IsArray() && (b.IsReal() || b.IsInt())) {
+        const int i = b.GetInt();
+        if (i >= 0 && i < a.GetSize()) {
+            if (const CRpnData *items = a.GetItems())
+                result = items[i];
+            else
+                result.SetDouble(a.GetRealData()[i]);
+            return;
+        }
+    }
     CRpnData current = a;
     QVarLengthArray<CRpnData, 4> indices;
     expandIndices(b, indices);

@@ -8,6 +8,7 @@
 #include <QStringView>
 
 #include <array>
+#include <cstdint>
 
 namespace {
 
@@ -81,15 +82,45 @@ bool isBlankOrTab(QChar c)
     return c == u' ' || c == u'\t';
 }
 
+// The separator set of Split: the ASCII members as bits, so that the walk
+// tests most characters without a call; others are looked up in the text.
+class SeparatorSet
+{
+public:
+    explicit SeparatorSet(QStringView set) : m_set(set)
+    {
+        for (QChar c : set) {
+            const char16_t u = c.unicode();
+            if (u < 128)
+                m_ascii[u >> 6] |= std::uint64_t(1) << (u & 63);
+            else
+                m_hasOthers = true;
+        }
+    }
+    bool contains(QChar c) const
+    {
+        const char16_t u = c.unicode();
+        if (u < 128)
+            return (m_ascii[u >> 6] >> (u & 63)) & 1;
+        return m_hasOthers && m_set.contains(c);
+    }
+
+private:
+    QStringView m_set;
+    std::uint64_t m_ascii[2] = {0, 0};
+    bool m_hasOthers = false;
+};
+
 // Calls onToken(token) for each token of Split; see CNodeSplit.
 template <class Emit>
-void splitWalk(QStringView text, QStringView set, const Emit &onToken)
+void splitWalk(QStringView text, const SeparatorSet &set, const Emit &onToken)
 {
     const qsizetype n = text.size();
+    const QChar *chars = text.data();
     qsizetype pos = 0;
     while (pos < n) {
         qsizetype j = pos;
-        while (j < n && !set.contains(text[j]))
+        while (j < n && !set.contains(chars[j]))
             ++j;
         if (j < n && isBlankOrTab(text[j])) {
             const QStringView token = text.mid(pos, j - pos).trimmed();
@@ -315,7 +346,8 @@ void CNodeSplit::Evaluate(CRpnData &result, unsigned char &status)
         status = 0;
         return;
     }
-    tokensToArray(this, result, status, [&](const auto &onToken) { splitWalk(text, set, onToken); });
+    const SeparatorSet separatorSet(set);
+    tokensToArray(this, result, status, [&](const auto &onToken) { splitWalk(text, separatorSet, onToken); });
 }
 
 void CNodeSplit2::Evaluate(CRpnData &result, unsigned char &status)

@@ -9,6 +9,7 @@
 #include "formula/rpntree.h"
 #include "support/xmlelement.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -66,31 +67,39 @@ bool readNameOrValue(CNodeScriptFunction *node, CRpnNode *child, CRpnData &value
     return status != 0;
 }
 
-// The element that parameter 1 names, once the call has at least `needed`
-// parameters (else the message `countMessage`).  Null when the call ends:
-// with the message, or without one when the parameter failed.  `holder`
-// keeps the element alive for the call.
-CXmlElement *targetOf(CNodeScriptFunction *node, int needed, int countMessage, CRpnData &holder,
-                      QString &errorText)
+// Calls body(element) with the element that parameter 1 names, once the
+// call has at least `needed` parameters (else the message `countMessage`),
+// and returns what body returns.  0 when there is no element: with a
+// message, or without one when the parameter failed.  The element is held
+// for the length of the call.
+template <class Body>
+int onTarget(CNodeScriptFunction *node, int needed, int countMessage, QString &errorText, const Body &body)
 {
-    if (node->GetOperandCount() < needed) {
-        failWith(errorText, countMessage, node->GetName());
-        return nullptr;
-    }
+    if (node->GetOperandCount() < needed)
+        return failWith(errorText, countMessage, node->GetName());
+    CRpnData holder;
     unsigned char status = 1;
     if (CRpnNode *child = node->m_children[0])
         child->Evaluate(holder, status);
     if (status == 0)
-        return nullptr;
+        return 0;
     if (!holder.IsXml() || CXmlElement::IsNull(holder.GetXml())) {
         errorText = RpnMessage(kMsgNotXml, {node->GetName()});
-        return nullptr;
+        return 0;
     }
-    return holder.GetXml();
+    return body(holder.GetXml());
 }
 
-// Calls onPair(name, text) for each pair of a name=value parameter (names
-// keep their case, values become text of 16 digits); false when a value
+// Calls onPair(name, text) for each entry of a dictionary: names keep their
+// case, values become text of 16 digits.
+template <class OnPair>
+void forEachEntry(const CMapStringToRpnData &map, const OnPair &onPair)
+{
+    for (int k = 0; k < map.GetCount(); ++k)
+        onPair(map.GetSpelling(map.GetKeyAt(k)), text16(map.GetValueAt(k)));
+}
+
+// forEachEntry over the pairs of a name=value parameter; false when a value
 // failed.
 template <class OnPair>
 bool forEachNamedPair(CRpnNode *child, const OnPair &onPair)
@@ -100,28 +109,22 @@ bool forEachNamedPair(CRpnNode *child, const OnPair &onPair)
     ReadNamedParam(child, map, status, false);
     if (status == 0)
         return false;
-    for (int k = 0; k < map.GetCount(); ++k)
-        onPair(map.GetSpelling(map.GetKeyAt(k)), text16(map.GetValueAt(k)));
+    forEachEntry(map, onPair);
     return true;
 }
 
-void setAttributesOf(CXmlElement *element, CRpnNode *child, bool &ok)
+// Walks the parameters from `from` on: the pairs of a name=value parameter
+// go to onPair(name, text), the value of any other to onValue(value).
+// False when one failed.
+template <class OnPair, class OnValue>
+bool forEachItem(CRpnNodeList *node, int from, const OnPair &onPair, const OnValue &onValue)
 {
-    ok = forEachNamedPair(child, [&](const QString &name, const QString &text) { element->SetAttribute(name, text); });
-}
-
-// Attributes and data from the item parameters of XML_New and XML_AddNew.
-bool applyItems(CRpnNodeList *node, int from, CXmlElement *element)
-{
-    const int count = node->GetOperandCount();
-    for (int i = from; i < count; ++i) {
+    for (int i = from; i < node->GetOperandCount(); ++i) {
         CRpnNode *child = node->m_children[std::size_t(i)];
         if (!child)
             continue;
         if (child->IsPlainAssignment()) {
-            bool ok = true;
-            setAttributesOf(element, child, ok);
-            if (!ok)
+            if (!forEachNamedPair(child, onPair))
                 return false;
             continue;
         }
@@ -130,67 +133,79 @@ bool applyItems(CRpnNodeList *node, int from, CXmlElement *element)
         child->Evaluate(value, status);
         if (status == 0)
             return false;
-        if (value.IsDictionary()) {
-            const CMapStringToRpnData *map = value.GetDictionary();
-            for (int k = 0; k < map->GetCount(); ++k)
-                element->SetAttribute(map->GetSpelling(map->GetKeyAt(k)), text16(map->GetValueAt(k)));
-        } else {
-            element->SetData(text16(value));
-        }
+        onValue(value);
     }
     return true;
 }
 
-struct ChildQuery
+// Attributes and data from the item parameters of XML_New and XML_AddNew:
+// pairs and dictionaries give attributes, any other value the data.
+bool applyItems(CRpnNodeList *node, int from, CXmlElement *element)
+{
+    const auto setAttribute = [element](const QString &name, const QString &text) {
+        element->SetAttribute(name, text);
+    };
+    return forEachItem(node, from, setAttribute, [&](const CRpnData &value) {
+        if (value.IsDictionary())
+            forEachEntry(*value.GetDictionary(), setAttribute);
+        else
+            element->SetData(text16(value));
+    });
+}
+
+// The element that the tag parameter at `at` gives to XML_New and
+// XML_AddNew: an XML value as it is, or a new element of that name with the
+// item parameters after the tag applied.  Null when the call ends.
+CXmlElementPtr tagElement(CNodeScriptFunction *node, int at, int emptyMessage, QString &errorText)
+{
+    CRpnData tag;
+    if (!readNameOrValue(node, node->m_children[std::size_t(at)], tag))
+        return {};
+    if (tag.IsXml() && !CXmlElement::IsNull(tag.GetXml()))
+        return CXmlElementPtr(tag.GetXml());
+    const QString tagText = tag.GetText();
+    if (tagText.isEmpty()) {
+        failWith(errorText, emptyMessage, node->GetName());
+        return {};
+    }
+    CXmlElementPtr element = CreateElement(tagText);
+    if (!applyItems(node, at + 1, element.Get()))
+        return {};
+    return element;
+}
+
+bool hasTag(const CXmlElement *element, const QString &tag)
+{
+    return tag.isEmpty() || element->GetName().compare(tag, Qt::CaseInsensitive) == 0;
+}
+
+// The child that the parameters after the element ask for: the first with
+// the tag of a text parameter (any tag without one) whose attributes match
+// every name=value pair, without regard to case.  `at` is -1 when none
+// does; false when a parameter failed.
+bool findQueried(CRpnNodeList *node, const CXmlElement *element, int &at)
 {
     QString tag;
     std::vector<std::pair<QString, QString>> tests;
-};
-
-bool readQuery(CRpnNodeList *node, ChildQuery &query)
-{
-    for (int i = 1; i < node->GetOperandCount(); ++i) {
-        CRpnNode *child = node->m_children[std::size_t(i)];
-        if (!child)
-            continue;
-        if (child->IsPlainAssignment()) {
-            if (!forEachNamedPair(child, [&](const QString &name, const QString &text) {
-                    query.tests.emplace_back(name, text);
-                }))
-                return false;
-            continue;
-        }
-        unsigned char status = 1;
-        CRpnData value;
-        child->Evaluate(value, status);
-        if (status == 0)
-            return false;
-        if (value.IsString())
-            query.tag = value.GetTextValue();
+    const bool read = forEachItem(
+        node, 1, [&](const QString &name, const QString &text) { tests.emplace_back(name, text); },
+        [&](const CRpnData &value) {
+            if (value.IsString())
+                tag = value.GetTextValue();
+        });
+    if (!read)
+        return false;
+    at = -1;
+    for (int i = 0; i < element->GetChildCount() && at < 0; ++i) {
+        const CXmlElement *child = element->GetChildAt(i);
+        const bool match = hasTag(child, tag) && std::all_of(tests.begin(), tests.end(), [&](const auto &test) {
+            const CXmlElement *attribute = child->FindAttribute(test.first, Qt::CaseInsensitive);
+            return attribute && attribute->GetData().compare(test.second, Qt::CaseInsensitive) == 0;
+        });
+        if (match)
+            at = i;
     }
     return true;
-}
-
-int findMatch(const CXmlElement *element, const ChildQuery &query)
-{
-    for (int i = 0; i < element->GetChildCount(); ++i) {
-        const CXmlElement *child = element->GetChildAt(i);
-        if (!query.tag.isEmpty() && child->GetName().compare(query.tag, Qt::CaseInsensitive) != 0)
-            continue;
-        bool all = true;
-        for (const auto &test : query.tests) {
-            bool found = false;
-            const CXmlElement *attribute = child->FindAttribute(test.first, Qt::CaseInsensitive);
-            found = attribute && attribute->GetData().compare(test.second, Qt::CaseInsensitive) == 0;
-            if (!found) {
-                all = false;
-                break;
-            }
-        }
-        if (all)
-            return i;
-    }
-    return -1;
 }
 
 // The deepest nesting below `root`, walked without recursion; stops counting
@@ -213,26 +228,18 @@ int depthOf(const CXmlElement *root, int limit)
 
 } // namespace
 
+
 // --- building ------------------------------------------------------------------------------
 
 int CNodeXML_ITEM::DoFunction(CRpnData &result, QString &errorText)
 {
-    const QString name = GetName();
     if (GetOperandCount() < 1)
-        return failWith(errorText, kMsgNewCount, name);
-    CRpnData tag;
-    if (!readNameOrValue(this, m_children[0], tag))
+        return failWith(errorText, kMsgNewCount, GetName());
+    const CXmlElementPtr element = tagElement(this, 0, kMsgNewEmptyTag, errorText);
+    if (!element)
         return 0;
-    if (tag.IsXml() && !CXmlElement::IsNull(tag.GetXml())) {
-        result = tag;
-        return 1;
-    }
-    const QString tagText = tag.GetText();
-    if (tagText.isEmpty())
-        return failWith(errorText, kMsgNewEmptyTag, name);
-    CXmlElementPtr element = CreateElement(tagText);
     result.SetXml(element.Get());
-    return applyItems(this, 1, element.Get()) ? 1 : 0;
+    return 1;
 }
 
 int CNodeXML_ITEM2::DoFunction(CRpnData &result, QString &errorText)
@@ -246,20 +253,9 @@ int CNodeXML_ITEM2::DoFunction(CRpnData &result, QString &errorText)
     const bool hasParent = parent.IsXml() && !CXmlElement::IsNull(parent.GetXml());
     if (!hasParent && !parent.IsNull() && !parent.IsXml())
         return failWith(errorText, kMsgParent, name);
-    CRpnData tag;
-    if (!readNameOrValue(this, m_children[1], tag))
+    const CXmlElementPtr element = tagElement(this, 1, kMsgAddNewEmptyTag, errorText);
+    if (!element)
         return 0;
-    CXmlElementPtr element;
-    if (tag.IsXml() && !CXmlElement::IsNull(tag.GetXml())) {
-        element = CXmlElementPtr(tag.GetXml());
-    } else {
-        const QString tagText = tag.GetText();
-        if (tagText.isEmpty())
-            return failWith(errorText, kMsgAddNewEmptyTag, name);
-        element = CreateElement(tagText);
-        if (!applyItems(this, 2, element.Get()))
-            return 0;
-    }
     if (hasParent)
         parent.GetXml()->AddChild(element.Get());
     result.SetXml(element.Get());
@@ -270,58 +266,54 @@ int CNodeXML_ITEM2::DoFunction(CRpnData &result, QString &errorText)
 
 int CNodeXML_SetAttribute::DoFunction(CRpnData &result, QString &errorText)
 {
-    const QString name = GetName();
-    const int count = GetOperandCount();
-    CRpnData holder;
-    CXmlElement *element = targetOf(this, 2, kMsgSetCount, holder, errorText);
-    if (!element)
-        return 0;
-    if (count == 3 && m_children[1] && !m_children[1]->IsPlainAssignment()) {
-        CRpnData key;
-        if (!EvaluateOperand(1, key))
-            return 0;
-        if (key.IsString()) {
-            CRpnData value;
-            if (!EvaluateOperand(2, value))
+    return onTarget(this, 2, kMsgSetCount, errorText, [&](CXmlElement *element) {
+        const int count = GetOperandCount();
+        // XML_SetAttribute(x, "name", value) names one attribute by a text.
+        if (count == 3 && m_children[1] && !m_children[1]->IsPlainAssignment()) {
+            CRpnData key;
+            if (!EvaluateOperand(1, key))
                 return 0;
-            element->SetAttribute(key.GetTextValue(), text16(value));
-            result.SetNull();
-            return 1;
+            if (key.IsString()) {
+                CRpnData value;
+                if (!EvaluateOperand(2, value))
+                    return 0;
+                element->SetAttribute(key.GetTextValue(), text16(value));
+                result.SetNull();
+                return 1;
+            }
+            if (!key.IsDictionary() && !key.IsArray())
+                return failWith(errorText, kMsgSetName, GetName());
         }
-        if (!key.IsDictionary() && !key.IsArray())
-            return failWith(errorText, kMsgSetName, name);
-    }
-    for (int i = 1; i < count; ++i) {
-        bool ok = true;
-        setAttributesOf(element, m_children[std::size_t(i)], ok);
-        if (!ok)
-            return 0;
-    }
-    result.SetNull();
-    return 1;
+        const auto setAttribute = [element](const QString &name, const QString &text) {
+            element->SetAttribute(name, text);
+        };
+        for (int i = 1; i < count; ++i) {
+            if (!forEachNamedPair(m_children[std::size_t(i)], setAttribute))
+                return 0;
+        }
+        result.SetNull();
+        return 1;
+    });
 }
 
 namespace {
 
 int attributeCall(CNodeScriptFunction *node, bool remove, CRpnData &result, QString &errorText)
 {
-    const QString name = node->GetName();
-    CRpnData holder;
-    CXmlElement *element = targetOf(node, 2, kMsgGetCount, holder, errorText);
-    if (!element)
-        return 0;
-    CRpnData key;
-    unsigned char status = 1;
-    node->m_children[1]->Evaluate(key, status);
-    if (status == 0)
-        return 0;
-    if (!key.IsString())
-        return failWith(errorText, kMsgGetName, name);
-    if (remove)
-        result.SetInt(element->RemoveAttribute(key.GetTextValue()));
-    else
-        result.SetText(element->GetAttribute(key.GetTextValue()));
-    return 1;
+    return onTarget(node, 2, kMsgGetCount, errorText, [&](CXmlElement *element) {
+        CRpnData key;
+        unsigned char status = 1;
+        node->m_children[1]->Evaluate(key, status);
+        if (status == 0)
+            return 0;
+        if (!key.IsString())
+            return failWith(errorText, kMsgGetName, node->GetName());
+        if (remove)
+            result.SetInt(element->RemoveAttribute(key.GetTextValue()));
+        else
+            result.SetText(element->GetAttribute(key.GetTextValue()));
+        return 1;
+    });
 }
 
 } // namespace
@@ -338,146 +330,124 @@ int CNodeXML_DelAttribute::DoFunction(CRpnData &result, QString &errorText)
 
 int CNodeXML_GetAllAttributes::DoFunction(CRpnData &result, QString &errorText)
 {
-    CRpnData holder;
-    CXmlElement *element = targetOf(this, 1, kMsgObjectOnly, holder, errorText);
-    if (!element)
-        return 0;
-    result.SetDictionary();
-    for (int i = 0; i < element->GetAttributeCount(); ++i) {
-        const CXmlElement *attribute = element->GetAttributeAt(i);
-        result.GetDictionary()->SetAt(attribute->GetName(), CRpnData(attribute->GetData()));
-    }
-    return 1;
+    return onTarget(this, 1, kMsgObjectOnly, errorText, [&](CXmlElement *element) {
+        result.SetDictionary();
+        for (int i = 0; i < element->GetAttributeCount(); ++i) {
+            const CXmlElement *attribute = element->GetAttributeAt(i);
+            result.GetDictionary()->SetAt(attribute->GetName(), CRpnData(attribute->GetData()));
+        }
+        return 1;
+    });
 }
 
 // --- children ------------------------------------------------------------------------------
 
 int CNodeXML_AddChild::DoFunction(CRpnData &result, QString &errorText)
 {
-    const QString name = GetName();
-    const int count = GetOperandCount();
-    CRpnData holder;
-    CXmlElement *element = targetOf(this, 2, kMsgAddChildCount, holder, errorText);
-    if (!element)
-        return 0;
-    auto stop = [&] {
-        errorText = RpnMessage(kMsgAddChildKind, {name});
-        return 0;
-    };
-    for (int i = 1; i < count; ++i) {
-        CRpnData value;
-        if (!EvaluateOperand(i, value))
+    return onTarget(this, 2, kMsgAddChildCount, errorText, [&](CXmlElement *element) {
+        auto stop = [&] {
+            errorText = RpnMessage(kMsgAddChildKind, {GetName()});
             return 0;
-        if (value.IsXml()) {
-            element->AddChild(value.GetXml());
-        } else if (value.IsArray()) {
-            for (int k = 0; k < value.GetSize(); ++k) {
-                const CRpnData cell = value.GetAt(k);
-                if (!cell.IsXml())
-                    return stop();
-                element->AddChild(cell.GetXml());
+        };
+        for (int i = 1; i < GetOperandCount(); ++i) {
+            CRpnData value;
+            if (!EvaluateOperand(i, value))
+                return 0;
+            if (value.IsXml()) {
+                element->AddChild(value.GetXml());
+            } else if (value.IsArray()) {
+                for (int k = 0; k < value.GetSize(); ++k) {
+                    const CRpnData cell = value.GetAt(k);
+                    if (!cell.IsXml())
+                        return stop();
+                    element->AddChild(cell.GetXml());
+                }
+            } else {
+                return stop();
             }
-        } else {
-            return stop();
         }
-    }
-    result.SetNull();
-    return 1;
+        result.SetNull();
+        return 1;
+    });
 }
 
 int CNodeXML_FindChild::DoFunction(CRpnData &result, QString &errorText)
 {
-    CRpnData holder;
-    CXmlElement *element = targetOf(this, 1, kMsgFindCount, holder, errorText);
-    if (!element)
-        return 0;
-    ChildQuery query;
-    if (!readQuery(this, query))
-        return 0;
-    const int at = findMatch(element, query);
-    if (at < 0)
-        result.SetNull();
-    else
-        result.SetXml(element->GetChildAt(at));
-    return 1;
+    return onTarget(this, 1, kMsgFindCount, errorText, [&](CXmlElement *element) {
+        int at = -1;
+        if (!findQueried(this, element, at))
+            return 0;
+        if (at < 0)
+            result.SetNull();
+        else
+            result.SetXml(element->GetChildAt(at));
+        return 1;
+    });
 }
 
 int CNodeXML_DelChild::DoFunction(CRpnData &result, QString &errorText)
 {
-    CRpnData holder;
-    CXmlElement *element = targetOf(this, 1, kMsgDelCount, holder, errorText);
-    if (!element)
-        return 0;
-    ChildQuery query;
-    if (!readQuery(this, query))
-        return 0;
-    const int at = findMatch(element, query);
-    result.SetInt(at < 0 ? 0 : element->RemoveChildAt(at));
-    return 1;
+    return onTarget(this, 1, kMsgDelCount, errorText, [&](CXmlElement *element) {
+        int at = -1;
+        if (!findQueried(this, element, at))
+            return 0;
+        result.SetInt(at < 0 ? 0 : element->RemoveChildAt(at));
+        return 1;
+    });
 }
 
 int CNodeXML_GetAllChildren::DoFunction(CRpnData &result, QString &errorText)
 {
-    CRpnData holder;
-    CXmlElement *element = targetOf(this, 1, kMsgObjectOnly, holder, errorText);
-    if (!element)
-        return 0;
-    QString tag;
-    if (GetOperandCount() > 1) {
-        CRpnData v;
-        if (!EvaluateOperand(1, v))
-            return 0;
-        if (v.IsString())
-            tag = v.GetTextValue();
-    }
-    std::vector<CXmlElement *> chosen;
-    for (int i = 0; i < element->GetChildCount(); ++i) {
-        CXmlElement *child = element->GetChildAt(i);
-        if (tag.isEmpty() || child->GetName().compare(tag, Qt::CaseInsensitive) == 0)
-            chosen.push_back(child);
-    }
-    result.SetArray(int(chosen.size()));
-    for (std::size_t i = 0; i < chosen.size(); ++i)
-        result.SetAt(int(i), CRpnData(chosen[i]));
-    return 1;
+    return onTarget(this, 1, kMsgObjectOnly, errorText, [&](CXmlElement *element) {
+        QString tag;
+        if (GetOperandCount() > 1) {
+            CRpnData v;
+            if (!EvaluateOperand(1, v))
+                return 0;
+            if (v.IsString())
+                tag = v.GetTextValue();
+        }
+        std::vector<CXmlElement *> chosen;
+        for (int i = 0; i < element->GetChildCount(); ++i) {
+            if (hasTag(element->GetChildAt(i), tag))
+                chosen.push_back(element->GetChildAt(i));
+        }
+        result.SetArray(int(chosen.size()));
+        for (std::size_t i = 0; i < chosen.size(); ++i)
+            result.SetAt(int(i), CRpnData(chosen[i]));
+        return 1;
+    });
 }
 
 // --- name and data -------------------------------------------------------------------------
 
 int CNodeXML_GetName::DoFunction(CRpnData &result, QString &errorText)
 {
-    CRpnData holder;
-    CXmlElement *element = targetOf(this, 1, kMsgObjectOnly, holder, errorText);
-    if (!element)
-        return 0;
-    result.SetText(element->GetName());
-    return 1;
+    return onTarget(this, 1, kMsgObjectOnly, errorText, [&](CXmlElement *element) {
+        result.SetText(element->GetName());
+        return 1;
+    });
 }
 
 int CNodeXML_GetData::DoFunction(CRpnData &result, QString &errorText)
 {
-    CRpnData holder;
-    CXmlElement *element = targetOf(this, 1, kMsgObjectOnly, holder, errorText);
-    if (!element)
-        return 0;
-    result.SetText(element->GetData());
-    return 1;
+    return onTarget(this, 1, kMsgObjectOnly, errorText, [&](CXmlElement *element) {
+        result.SetText(element->GetData());
+        return 1;
+    });
 }
 
 int CNodeXML_SetData::DoFunction(CRpnData &result, QString &errorText)
 {
-    CRpnData holder;
-    CXmlElement *element = targetOf(this, 2, kMsgSetDataCount, holder, errorText);
-    if (!element)
-        return 0;
-    CRpnData data;
-    if (!EvaluateOperand(1, data))
-        return 0;
-    element->SetData(text16(data));
-    result.SetNull();
-    return 1;
+    return onTarget(this, 2, kMsgSetDataCount, errorText, [&](CXmlElement *element) {
+        CRpnData data;
+        if (!EvaluateOperand(1, data))
+            return 0;
+        element->SetData(text16(data));
+        result.SetNull();
+        return 1;
+    });
 }
-
 // --- parsing -------------------------------------------------------------------------------
 
 int CNodeXML_Parse::DoFunction(CRpnData &result, QString &errorText)

@@ -1,51 +1,53 @@
 #pragma once
-// Reading graphview's file on a thread of its own, so that the window stays
-// alive and can show how far the reading is.
+// Reading graphview's file (a graph data file or a data text file) on a
+// worker thread under the busy box: the window stays painted, the box shows
+// how far the reading is, and Cancel stops it.  The data reach the window
+// only once the reading has ended well, so that a stopped or failed reading
+// leaves the graph as it was.
 
-#include "graphdata/exchange/textimport.h"
+#include "support/controls/progressworkingdlg.h"
+
+#include "graphdata/graphdata.h"
 
 #include <QString>
-#include <QTimer>
 #include <atomic>
-#include <functional>
-#include <thread>
 
-class CDataFileLoader
+class QWidget;
+
+// What a reading gave.
+struct CGraphviewInput
+{
+    enum Outcome { Read, Failed, Cancelled };
+    Outcome outcome = Failed;
+    CGraphData data;  // with Read: ready to show (PrepareFileData done)
+    QString message;  // with Failed: why, naming the file
+    QString badCells; // with Read: what was wrong with cells of a text file
+};
+
+// The reading as work for the busy box.  A text file reports its progress
+// and stops at Cancel; a graph data file is read in one go, and when Cancel
+// is pressed meanwhile its data are dropped once it has been read.
+class CGraphviewReadJob : public CWorkingJob
 {
 public:
-    // `finished` is called on the user-interface thread once the reading
-    // is over, whatever its result.
-    CDataFileLoader(const QString &path, std::function<void()> finished);
-    // Stops a reading still going on and waits for it.
-    ~CDataFileLoader();
-    CDataFileLoader(const CDataFileLoader &) = delete;
-    CDataFileLoader &operator=(const CDataFileLoader &) = delete;
-
-    void Start();
-    void Cancel() { m_cancel.store(true); }
-    bool Running() const { return m_thread.joinable(); }
-    // Thousandths of the reading done.
-    int Progress() const { return m_progress.load(std::memory_order_relaxed); }
-    // Milliseconds since Start.
-    qint64 Elapsed() const;
-
-    // Valid once `finished` was called.
-    TextImport Result() const { return m_result; }
-    const CGraphData &Data() const { return m_data; }
-    const CTextImportReport &Report() const { return m_report; }
+    explicit CGraphviewReadJob(const QString &path);
+    void Run() override;
+    void Stop() override { m_stop.store(true); }
+    double Progress() const override;
+    // True when the box can show a progress: a text file.
+    bool ShowsProgress() const { return !m_graphFile; }
+    // Valid after Run.
+    const CGraphviewInput &Result() const { return m_result; }
 
 private:
-    void poll();
-
     QString m_path;
-    std::function<void()> m_finished;
-    std::thread m_thread;
-    std::atomic<bool> m_done{false};
-    std::atomic<bool> m_cancel{false};
+    bool m_graphFile;
+    std::atomic<bool> m_stop{false};
     std::atomic<int> m_progress{0};
-    QTimer m_poll;
-    qint64 m_started = 0;
-    TextImport m_result = TextImport::NoData;
-    CGraphData m_data;
-    CTextImportReport m_report;
+    CGraphviewInput m_result;
 };
+
+// Reads `path` under a busy box over `parent` (none with a null parent) and
+// returns when the reading has ended.  The box shows once the reading takes
+// longer than `showDelay` milliseconds.
+CGraphviewInput ReadGraphviewFile(QWidget *parent, const QString &path, int showDelay = 400);

@@ -9,10 +9,11 @@
 #include "graphwnd/graphwnd.h"
 #include "support/languagestring.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QFileInfo>
 #include <QLabel>
-#include <QProgressBar>
+#include <QMenuBar>
 #include <QStatusBar>
 
 #include <cstdio>
@@ -21,7 +22,10 @@ namespace {
 
 // Texts of the program.
 enum : int {
-    TextReading = 43635,
+    TextFileMenu = 44500,
+    TextOpen = 44501,
+    TextOpenCaption = 44502,
+    TextOpenFilter = 44503,
 };
 
 // Sets the graph up as the options say and fits the axes.
@@ -82,8 +86,6 @@ GraphViewCommand CGraphviewProgram::Parse(const QStringList &arguments, QString 
 
 void CGraphviewProgram::Stop()
 {
-    m_progressTimer.stop();
-    m_loader.reset();
     m_scope.StopLive();
 }
 
@@ -92,7 +94,7 @@ void CGraphviewProgram::End()
     Stop();
     m_graphWnd = nullptr;
     m_cellsLabel = nullptr;
-    m_progressBar = nullptr;
+    m_windowSetUp = false;
     m_window.reset();
 }
 
@@ -104,14 +106,32 @@ void CGraphviewProgram::buildWindow()
     QObject::connect(m_graphWnd, &CGraphWnd::PositionText, m_window->statusBar(),
                      [this](const QString &text) { m_window->statusBar()->showMessage(text); });
     m_cellsLabel = new QLabel(m_window.get());
-    m_progressBar = new QProgressBar(m_window.get());
-    m_progressBar->setRange(0, 1000);
     m_window->statusBar()->addPermanentWidget(m_cellsLabel);
-    m_window->statusBar()->addPermanentWidget(m_progressBar);
     m_cellsLabel->hide();
-    m_progressBar->hide();
     m_window->resize(m_options.size);
-    m_shown = m_options.file.isEmpty() ? QStringLiteral("demonstration") : QFileInfo(m_options.file).fileName();
+    setShown(m_options.file.isEmpty() ? QStringLiteral("demonstration") : QFileInfo(m_options.file).fileName());
+    // Another file in the same window; not for the oscilloscope, whose data
+    // come from its run.
+    if (!m_scope.Scope() && !m_scope.Live()) {
+        QMenu *file = m_window->menuBar()->addMenu(LanguageString(TextFileMenu));
+        QAction *open = file->addAction(LanguageString(TextOpen));
+        open->setShortcut(QKeySequence::Open);
+        QObject::connect(open, &QAction::triggered, m_window.get(), [this] {
+            CFilePrompt prompt;
+            prompt.parent = m_window.get();
+            prompt.caption = LanguageString(TextOpenCaption);
+            prompt.filter = LanguageString(TextOpenFilter);
+            prompt.fileName = m_options.file;
+            const QString path = AskFileName(prompt);
+            if (!path.isEmpty())
+                OpenFile(path);
+        });
+    }
+}
+
+void CGraphviewProgram::setShown(const QString &name)
+{
+    m_shown = name;
     m_window->setWindowTitle(QStringLiteral("graphview - %1").arg(m_shown));
 }
 
@@ -145,46 +165,57 @@ void CGraphviewProgram::showData(const CGraphData &data, bool demonstration)
         QApplication::exit(code);
         return;
     }
-    m_exchange.SetUpWindow(*m_window, *m_graphWnd, m_shown);
-    CGraphviewCurves::SetUpWindow(*m_window, *m_graphWnd);
+    if (!m_windowSetUp) {
+        m_exchange.SetUpWindow(*m_window, *m_graphWnd, m_shown);
+        CGraphviewCurves::SetUpWindow(*m_window, *m_graphWnd);
+        m_windowSetUp = true;
+    }
     m_graphWnd->StoreDefaultView();
     m_graphWnd->Redraw(1);
     if (screenshot)
         AfterNextPaint(m_graphWnd, [this] { saveScreenshot(); });
 }
 
-void CGraphviewProgram::startReading()
+CGraphviewInput::Outcome CGraphviewProgram::OpenFile(const QString &path)
 {
-    m_progressBar->setFormat(LanguageString(TextReading).arg(m_shown) + QStringLiteral(" %p%"));
-    m_loader = std::make_unique<CDataFileLoader>(m_options.file, [this] {
-        m_progressTimer.stop();
-        m_progressBar->hide();
-        if (m_loader->Result() != TextImport::Read) {
-            ShowMessage(m_exchange.Headless() ? nullptr : m_window.get(),
-                        ImportFailureText(m_options.file, m_loader->Result(), m_loader->Report()));
+    return openFile(path, false);
+}
+
+CGraphviewInput::Outcome CGraphviewProgram::openFile(const QString &path, bool atStart)
+{
+    const bool first = !m_graphWnd->GetGraphData();
+    const CGraphviewInput input = ReadGraphviewFile(m_exchange.Headless() ? nullptr : m_window.get(), path, m_busyDelay);
+    if (!m_window)
+        return input.outcome; // the program ended meanwhile
+    switch (input.outcome) {
+    case CGraphviewInput::Read:
+        break;
+    case CGraphviewInput::Cancelled:
+        // The graph stays as it was: the reading handed nothing over.
+        return input.outcome;
+    case CGraphviewInput::Failed:
+        ShowMessage(m_exchange.Headless() ? nullptr : m_window.get(), input.message);
+        // A file named on the command line that cannot be read ends the
+        // program; one opened from the window leaves the window as it was.
+        if (atStart)
             QApplication::exit(1);
-            return;
-        }
-        CGraphData data = m_loader->Data();
-        PrepareFileData(data);
-        const QString badCells = BadCellsText(m_shown, m_loader->Report());
-        if (!badCells.isEmpty()) {
-            std::fprintf(stderr, "%s\n", qPrintable(badCells));
-            m_cellsLabel->setText(badCells);
-            m_cellsLabel->show();
-        }
-        showData(data, false);
-    });
-    // A bar for readings that take longer than half a second.
-    m_progressTimer.setInterval(50);
-    QObject::connect(&m_progressTimer, &QTimer::timeout, [this] {
-        if (m_loader->Elapsed() < 500)
-            return;
-        m_progressBar->show();
-        m_progressBar->setValue(m_loader->Progress());
-    });
-    m_loader->Start();
-    m_progressTimer.start();
+        return input.outcome;
+    }
+    m_options.file = path;
+    setShown(QFileInfo(path).fileName());
+    m_cellsLabel->setVisible(!input.badCells.isEmpty());
+    m_cellsLabel->setText(input.badCells);
+    if (!input.badCells.isEmpty())
+        std::fprintf(stderr, "%s\n", qPrintable(input.badCells));
+    if (first) {
+        showData(input.data, false);
+    } else {
+        m_graphWnd->SetGraphDataCopy(input.data);
+        applyViewOptions(*m_graphWnd->GetGraphData(), m_options, false);
+        m_graphWnd->StoreDefaultView();
+        m_graphWnd->Redraw(1);
+    }
+    return input.outcome;
 }
 
 void CGraphviewProgram::Start()
@@ -205,19 +236,9 @@ void CGraphviewProgram::Start()
         });
     } else if (m_options.file.isEmpty()) {
         QTimer::singleShot(0, m_window.get(), [this] { showData(DemonstrationData(m_options.bars), true); });
-    } else if (IsGraphDataFile(m_options.file)) {
-        QTimer::singleShot(0, m_window.get(), [this] {
-            CGraphData data;
-            QString message;
-            if (!LoadGraphDataFile(m_options.file, data, message)) {
-                ShowMessage(nullptr, message);
-                QApplication::exit(1);
-                return;
-            }
-            showData(data, false);
-        });
     } else {
-        startReading();
+        // Read on the event loop, with the window up behind the busy box.
+        QTimer::singleShot(0, m_window.get(), [this] { openFile(m_options.file, true); });
     }
     // An export writes its file without a window.
     if (!m_exchange.Headless())

@@ -8,15 +8,16 @@
 //
 // FILE is a graph data file (.mrd) or a data text file (see
 // graphdata/exchange/textformat.h).  Without a file a generated
-// demonstration is shown.  A text file is read on a thread of its own while
-// the window stands, with a progress bar when that takes longer than half a
-// second.  The options set up the view, so that every kind of picture can
+// demonstration is shown.  The file is read on a worker thread under the
+// busy box while the window stands; File > Open reads another one into the
+// same window.  The options set up the view, so that every kind of picture can
 // be looked at (and saved with --screenshot); --spectrum and --export are
 // graphviewexchange.h's, --scope and --live graphviewscope.h's, --curve
 // graphviewcurves.h's.
 
 #include "graphviewcurves.h"
 #include "graphviewexchange.h"
+#include "graphviewload.h"
 #include "graphviewoptions.h"
 #include "graphviewscope.h"
 
@@ -27,11 +28,9 @@
 #include <QTimer>
 #include <memory>
 
-class CDataFileLoader;
 class CGraphData;
 class CGraphWnd;
 class QLabel;
-class QProgressBar;
 
 class CGraphviewProgram
 {
@@ -48,7 +47,14 @@ public:
     // ends by QApplication::exit with its exit code (an export, a failure,
     // a saved picture) or when the window is closed.
     void Start();
-    // Ends the live writer and a reading still going on, and waits for them.
+    // Reads the file under the busy box and shows it in place of what the
+    // window shows; a reading that is cancelled or fails (with its message)
+    // leaves the window as it was.  Returns when the reading has ended.
+    CGraphviewInput::Outcome OpenFile(const QString &path);
+    // How long a reading must take before the busy box shows.
+    void SetBusyBoxDelay(int milliseconds) { m_busyDelay = milliseconds; }
+
+    // Ends the live writer and waits for it.
     void Stop();
     // Stop, and the window goes: called before the application object goes.
     void End();
@@ -69,7 +75,10 @@ private:
 
     void buildWindow();
     void showData(const CGraphData &data, bool demonstration);
-    void startReading();
+    // The file named on the command line ends the program when it cannot
+    // be read.
+    CGraphviewInput::Outcome openFile(const QString &path, bool atStart);
+    void setShown(const QString &name);
     void saveScreenshot();
 
     QCommandLineParser m_parser;
@@ -84,7 +93,6 @@ private:
     std::unique_ptr<QMainWindow> m_window; // made by Start, after the application object
     CGraphWnd *m_graphWnd = nullptr;
     QLabel *m_cellsLabel = nullptr;
-    QProgressBar *m_progressBar = nullptr;
-    std::unique_ptr<CDataFileLoader> m_loader;
-    QTimer m_progressTimer;
+    bool m_windowSetUp = false; // the commands of the exchange and the curves are in the menus
+    int m_busyDelay = 400;
 };

@@ -25,19 +25,15 @@
 #include <QSettings>
 #include <QTemporaryDir>
 
-#include <benchmark/benchmark.h>
+#include "bench/benchpeers.h"
+
 #include <cmath>
+#include <chrono>
 #include <cstdio>
 #include <iterator>
-#include <chrono>
-#include <map>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
-#ifdef __linux__
-#include <unistd.h>
-#endif
 
 namespace {
 
@@ -122,80 +118,62 @@ void blockAverages(const std::vector<double> &v, std::vector<double> &out)
     }
 }
 
-void BM_Curve(benchmark::State &state)
-{
-    const QString formula = QString::fromLatin1(kPairs[state.range(0)].tarn);
-    for (auto _ : state) {
-        CFormulaCurveJob job;
-        if (!job.Prepare(graph(), formula)) {
-            state.SkipWithError("the formula does not compile");
-            return;
-        }
-        job.Run();
-        benchmark::DoNotOptimize(job.Result().Get());
-    }
-    state.SetItemsProcessed(state.iterations() * kRows);
-}
+// How a curve's job runs: in pieces with the stop check and the progress
+// between them, as a window runs it; in one piece (no progress, no stop
+// check between pieces); in the same pieces without looking at the stop
+// flag or storing the progress (what the looking costs, at equal pieces);
+// or in pieces on a worker thread that this thread looks at every
+// millisecond, as the progress box's timer would (far more often than it
+// does; wall time, as the work is on the other thread, its start included).
+enum class Mode { Pieces, Whole, Unwatched, OnWorker };
 
-// The same in one piece: no progress, no stop check between pieces.
-void BM_CurveWhole(benchmark::State &state)
-{
-    const QString formula = QString::fromLatin1(kPairs[state.range(0)].tarn);
-    for (auto _ : state) {
-        CFormulaCurveJob job;
-        job.SetPieceRows(kRows);
-        if (!job.Prepare(graph(), formula)) {
-            state.SkipWithError("the formula does not compile");
-            return;
-        }
-        job.Run();
-        benchmark::DoNotOptimize(job.Result().Get());
-    }
-    state.SetItemsProcessed(state.iterations() * kRows);
-}
-
-// The same pieces without looking at the stop flag or storing the progress
-// between them: what the looking costs, at equal pieces.
-void BM_CurveUnwatched(benchmark::State &state)
-{
-    const QString formula = QString::fromLatin1(kPairs[state.range(0)].tarn);
-    for (auto _ : state) {
-        CFormulaCurveJob job;
-        job.SetWatched(false);
-        if (!job.Prepare(graph(), formula)) {
-            state.SkipWithError("the formula does not compile");
-            return;
-        }
-        job.Run();
-        benchmark::DoNotOptimize(job.Result().Get());
-    }
-    state.SetItemsProcessed(state.iterations() * kRows);
-}
-
-// As a window runs it: on a worker thread, while this thread looks at the
-// progress every millisecond as the progress box's timer would (far more
-// often than it does), in pieces with the stop check between them.  Wall
-// time, as the work is on the other thread; the thread's start is in it.
-void BM_CurveOnWorker(benchmark::State &state)
+void runCurve(benchmark::State &state, Mode mode)
 {
     const QString formula = QString::fromLatin1(kPairs[state.range(0)].tarn);
     double seen = 0;
     for (auto _ : state) {
         CFormulaCurveJob job;
+        if (mode == Mode::Whole)
+            job.SetPieceRows(kRows);
+        job.SetWatched(mode != Mode::Unwatched);
         if (!job.Prepare(graph(), formula)) {
             state.SkipWithError("the formula does not compile");
             return;
         }
-        std::thread worker([&job] { job.Run(); });
-        while (!job.IsFinished()) {
-            seen += job.Progress();
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (mode == Mode::OnWorker) {
+            std::thread worker([&job] { job.Run(); });
+            while (!job.IsFinished()) {
+                seen += job.Progress();
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+            worker.join();
+        } else {
+            job.Run();
         }
-        worker.join();
         benchmark::DoNotOptimize(job.Result().Get());
     }
     benchmark::DoNotOptimize(seen);
     state.SetItemsProcessed(state.iterations() * kRows);
+}
+
+void BM_Curve(benchmark::State &state)
+{
+    runCurve(state, Mode::Pieces);
+}
+
+void BM_CurveWhole(benchmark::State &state)
+{
+    runCurve(state, Mode::Whole);
+}
+
+void BM_CurveUnwatched(benchmark::State &state)
+{
+    runCurve(state, Mode::Unwatched);
+}
+
+void BM_CurveOnWorker(benchmark::State &state)
+{
+    runCurve(state, Mode::OnWorker);
 }
 
 void BM_Series(benchmark::State &state)
@@ -237,7 +215,7 @@ void BM_MuParserBulk(benchmark::State &state)
     for (auto _ : state) {
         // As the curve's run does: a string hashed anywhere in the process
         // may have left the wide registers dirty (see rpnseries.h), which
-        // would slow every call of the maths library.
+        // would slow every call of the maths library on both sides.
         RpnClearUpperVectorState();
         if (e.averages)
             blockAverages(v1, averages);
@@ -288,42 +266,11 @@ bool resultsAgree()
     return agree;
 }
 
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        // One run: its times; repetitions: their medians.
-        for (const Run &r : runs) {
-            const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
-            if (r.run_type != Run::RT_Iteration && !median)
-                continue;
-            const std::string name = r.run_name.function_name + '/' + r.run_name.args;
-            if (median || !medians.count(name)) {
-                times[name] = r.GetAdjustedCPUTime() * 1e-3; // ms to s
-                wallTimes[name] = r.GetAdjustedRealTime() * 1e-3;
-            }
-            if (median)
-                medians.insert(name);
-        }
-    }
-    std::map<std::string, double> times, wallTimes;
-    std::set<std::string> medians;
-};
-
 } // namespace
 
 int main(int argc, char **argv)
 {
-    // One thread against one thread: muparser's bulk mode would spread over
-    // OpenMP threads, whose count is read when the runtime loads.
-    if (qgetenv("OMP_NUM_THREADS") != "1") {
-        qputenv("OMP_NUM_THREADS", "1");
-#ifdef __linux__
-        execv("/proc/self/exe", argv);
-#endif
-    }
+    UseOneOpenMpThread(argv);
     // The user function lives in settings of this run only.
     QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
@@ -333,36 +280,24 @@ int main(int argc, char **argv)
     ReloadUserFunctions();
 
     const bool agree = resultsAgree();
-    std::vector<char *> args(argv, argv + argc);
-    bool interleavingGiven = false;
-    for (char *a : args)
-        interleavingGiven = interleavingGiven || std::string(a).rfind("--benchmark_enable_random_interleaving", 0) == 0;
-    static char interleave[] = "--benchmark_enable_random_interleaving=true";
-    if (!interleavingGiven)
-        args.push_back(interleave);
-    int count = int(args.size());
-    benchmark::Initialize(&count, args.data());
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    CCpuTimeReporter reporter;
+    RunInterleaved(argc, argv, reporter);
     std::printf("\nRows per second over %d rows (higher is better), CPU time\n", kRows);
     std::printf("%-40s %12s %12s %8s   %12s %10s %10s %10s %10s\n", "expression", "curve", "mu bulk", "ratio",
                 "series", "job cost", "pieces", "watching", "worker");
     for (int i = 0; i < kExpressionCount; ++i) {
-        auto seconds = [&](const char *name, bool wall = false) {
-            const auto &times = wall ? reporter.wallTimes : reporter.times;
-            const auto it = times.find(std::string(name) + '/' + std::to_string(i));
-            return it == times.end() ? 0.0 : it->second;
-        };
+        auto seconds = [&](const char *name) { return reporter.Seconds(name, i); };
         const double curve = seconds("BM_Curve"), series = seconds("BM_Series"), bulk = seconds("BM_MuParserBulk");
-        const double whole = seconds("BM_CurveWhole"), worker = seconds("BM_CurveOnWorker", true),
-                     wholeWall = seconds("BM_CurveWhole", true), unwatched = seconds("BM_CurveUnwatched");
+        const double whole = seconds("BM_CurveWhole"), unwatched = seconds("BM_CurveUnwatched");
+        const double worker = reporter.WallSeconds("BM_CurveOnWorker", i);
+        const double wholeWall = reporter.WallSeconds("BM_CurveWhole", i);
         if (curve <= 0)
             continue;
+        auto change = [](double a, double b) { return b > 0 && a > 0 ? (a / b - 1) * 100 : 0.0; };
         std::printf("%-40s %12.3g %12.3g %8.2f   %12.3g %9.1f%% %9.1f%% %9.1f%% %9.1f%%\n", kPairs[i].tarn,
                     kRows / curve, bulk > 0 ? kRows / bulk : 0.0, bulk > 0 ? bulk / curve : 0.0,
-                    series > 0 ? kRows / series : 0.0, series > 0 ? (curve / series - 1) * 100 : 0.0,
-                    whole > 0 ? (curve / whole - 1) * 100 : 0.0, unwatched > 0 ? (curve / unwatched - 1) * 100 : 0.0,
-                    wholeWall > 0 && worker > 0 ? (worker / wholeWall - 1) * 100 : 0.0);
+                    series > 0 ? kRows / series : 0.0, change(curve, series), change(curve, whole),
+                    change(curve, unwatched), change(worker, wholeWall));
     }
     std::printf("ratio: muparser's time over the curve's (above 1: the curve is faster); job cost: the curve's "
                 "time over the bare series', less one (the snapshot, compile, new column, extents and gaps); "

@@ -1,12 +1,26 @@
-// graphview's command line and its pictures: options read without a
-// display, and pictures saved whole or not at all.
+// graphview's command line, its pictures and its file reading: options
+// read without a display, pictures saved whole or not at all, and files read
+// under the busy box.
 #include "graphviewload.h"
 #include "graphviewoptions.h"
 #include "graphviewpicture.h"
+#include "graphviewwindow.h"
 
+#include "graphdata/file/graphfilesave.h"
+#include "graphdata/graphcurve.h"
+#include "graphwnd/graphwnd.h"
+#include "support/controls/userprompts.h"
 #include "support/languagestring.h"
 
+#include <QApplication>
 #include <QCoreApplication>
+#include <QDialogButtonBox>
+#include <QFileInfo>
+#include <QMainWindow>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScopeGuard>
+#include <QTimer>
 #include <QDir>
 #include <QFile>
 #include <QPainter>
@@ -156,10 +170,11 @@ TEST(GraphViewPicture, IsTakenAfterThePaintIsDone)
     EXPECT_GE(paintsSeen, 1) << "called after a paint, not before or never";
 }
 
-// The file is read on its own thread; the window's thread hears of the end
-// through the event loop, with the data or the reason.
-TEST(GraphViewLoad, TellsTheEndOnTheWindowsThread)
+// The reading job on its own, as the busy box runs it: the data or the
+// reason, and nothing once it was asked to stop.
+TEST(GraphViewLoad, JobGivesTheDataOrTheReasonOrNothing)
 {
+    ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG)));
     QTemporaryDir dir;
     const QString good = dir.filePath(QStringLiteral("good.txt"));
     {
@@ -167,38 +182,166 @@ TEST(GraphViewLoad, TellsTheEndOnTheWindowsThread)
         ASSERT_TRUE(f.open(QIODevice::WriteOnly));
         f.write("t v\n0 1\n1 nan\n2 3\n");
     }
+    const QString graphFile = dir.filePath(QStringLiteral("good.mrd"));
+    {
+        CGraphData data;
+        data.Create(1, 2, 4, 0);
+        data.GetColumn(0)->m_name = QStringLiteral("t");
+        data.GetColumn(1)->m_name = QStringLiteral("v");
+        const double rows[] = {0, 5, 1, 6, 2, 7, 3, 8};
+        data.AppendRows(rows, nullptr, 0, 2, 0, 4);
+        QString message;
+        ASSERT_TRUE(SaveGraphData(graphFile, data, nullptr, &message)) << qPrintable(message);
+    }
+    const QString brokenGraphFile = dir.filePath(QStringLiteral("broken.mrd"));
+    {
+        QFile f(brokenGraphFile);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("not a graph data file at all");
+    }
     struct Case
     {
         QString path;
-        TextImport result;
+        bool stopFirst; // Stop before Run, as a Cancel pressed at once
+        CGraphviewInput::Outcome outcome;
         int rows;
+        bool badCells;
     };
     const Case cases[] = {
-        {good, TextImport::Read, 3},
-        {dir.filePath(QStringLiteral("none.txt")), TextImport::OpenFailed, 0},
+        {good, false, CGraphviewInput::Read, 3, true},
+        {good, true, CGraphviewInput::Cancelled, 0, false},
+        {graphFile, false, CGraphviewInput::Read, 4, false},
+        {graphFile, true, CGraphviewInput::Cancelled, 0, false},
+        {brokenGraphFile, false, CGraphviewInput::Failed, 0, false},
+        {dir.filePath(QStringLiteral("none.txt")), false, CGraphviewInput::Failed, 0, false},
     };
     for (const Case &c : cases) {
-        bool finished = false;
-        bool onThisThread = false;
-        CDataFileLoader loader(c.path, [&] {
-            finished = true;
-            onThisThread = QThread::currentThread() == QCoreApplication::instance()->thread();
-        });
-        loader.Start();
-        for (int i = 0; i < 1000 && !finished; ++i) {
-            QCoreApplication::processEvents();
-            QThread::msleep(5);
+        CGraphviewReadJob job(c.path);
+        EXPECT_EQ(job.ShowsProgress(), !c.path.endsWith(QStringLiteral(".mrd")));
+        if (c.stopFirst)
+            job.Stop();
+        job.Run();
+        const CGraphviewInput &r = job.Result();
+        EXPECT_EQ(r.outcome, c.outcome) << qPrintable(c.path);
+        EXPECT_EQ(r.data.RowCount(), c.rows) << qPrintable(c.path);
+        EXPECT_EQ(!r.badCells.isEmpty(), c.badCells) << qPrintable(c.path);
+        if (c.outcome == CGraphviewInput::Failed) {
+            EXPECT_TRUE(r.message.contains(QFileInfo(c.path).fileName())) << qPrintable(r.message);
         }
-        ASSERT_TRUE(finished) << qPrintable(c.path);
-        EXPECT_TRUE(onThisThread);
-        EXPECT_FALSE(loader.Running());
-        EXPECT_EQ(loader.Result(), c.result);
-        if (c.result == TextImport::Read) {
-            EXPECT_EQ(loader.Data().RowCount(), c.rows);
-            EXPECT_EQ(loader.Report().invalidCells, 1);
-            EXPECT_EQ(loader.Progress(), 1000);
+        if (c.outcome == CGraphviewInput::Cancelled) {
+            EXPECT_EQ(r.data.ColumnCount(), 0) << "no half data";
         }
     }
+}
+
+// Messages are recorded instead of shown.
+class RecordedPrompts : public CUserPrompts
+{
+public:
+    PromptAnswer Message(const CMessagePrompt &prompt) override
+    {
+        messages << prompt.text;
+        return PromptAnswer::Ok;
+    }
+    QStringList messages;
+};
+
+// The window with its graph, then File > Open's reading under the busy box:
+// cancelled half way and failed, the graph stays as it was; read, it shows
+// the new file.
+TEST(GraphViewLoad, CancelledOrFailedReadingLeavesTheWindowAsItWas)
+{
+    ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG)));
+    QTemporaryDir dir;
+    // Large enough that the reading is still at work when Cancel is
+    // pressed, which happens as soon as the box shows.
+    const QString large = dir.filePath(QStringLiteral("large.txt"));
+    {
+        QFile f(large);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        QByteArray block;
+        for (int r = 0; r < 1500000; ++r) {
+            block += QByteArray::number(r) + '\t' + QByteArray::number(r % 977) + '\t' + QByteArray::number(r % 31) + '\n';
+            if (block.size() > (1 << 20)) {
+                f.write(block);
+                block.clear();
+            }
+        }
+        f.write(block);
+    }
+    const QString small = dir.filePath(QStringLiteral("small.txt"));
+    {
+        QFile f(small);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("x y\n1 2\n2 4\n3 8\n4 16\n");
+    }
+    RecordedPrompts prompts;
+    CUserPrompts *before = SetUserPrompts(&prompts);
+    const auto restore = qScopeGuard([before] { SetUserPrompts(before); });
+
+    CGraphviewProgram program;
+    QString text;
+    ASSERT_EQ(program.Parse({QStringLiteral("graphview")}, text), GraphViewCommand::Run) << qPrintable(text);
+    program.SetBusyBoxDelay(0);
+    program.Start();
+    for (int i = 0; i < 2000 && !program.GraphWindow().GetGraphData(); ++i)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+    ASSERT_NE(program.GraphWindow().GetGraphData(), nullptr);
+    const CGraphData_Data *shownData = program.GraphWindow().GetGraphData()->m_data.Data();
+    const int shownRows = program.GraphWindow().GetGraphData()->m_data.RowCount();
+    const int shownCurves = program.GraphWindow().GetGraphData()->CurveCount();
+    const QString title = program.Window().windowTitle();
+
+    // Presses Cancel on the busy box once it shows, while the reading runs.
+    int progressSeen = -1;
+    QTimer presser;
+    presser.setInterval(0);
+    QObject::connect(&presser, &QTimer::timeout, [&] {
+        for (QWidget *w : QApplication::topLevelWidgets()) {
+            auto *box = qobject_cast<CProgressWorkingDlg *>(w);
+            if (!box || !box->isVisible())
+                continue;
+            auto *buttons = box->findChild<QDialogButtonBox *>();
+            QPushButton *cancel = buttons ? buttons->button(QDialogButtonBox::Cancel) : nullptr;
+            if (cancel && cancel->isEnabled()) {
+                progressSeen = box->findChild<QProgressBar *>()->value();
+                cancel->click();
+                presser.stop();
+            }
+        }
+    });
+    presser.start();
+
+    struct Case
+    {
+        QString path;
+        CGraphviewInput::Outcome outcome;
+        int messages; // shown so far
+    };
+    const Case cases[] = {
+        {large, CGraphviewInput::Cancelled, 0},
+        {dir.filePath(QStringLiteral("missing.txt")), CGraphviewInput::Failed, 1},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(program.OpenFile(c.path), c.outcome) << qPrintable(c.path);
+        EXPECT_EQ(prompts.messages.size(), c.messages);
+        const CGraphCurve *graph = program.GraphWindow().GetGraphData();
+        ASSERT_NE(graph, nullptr);
+        EXPECT_EQ(graph->m_data.Data(), shownData) << qPrintable(c.path);
+        EXPECT_EQ(graph->m_data.RowCount(), shownRows);
+        EXPECT_EQ(graph->CurveCount(), shownCurves);
+        EXPECT_EQ(program.Window().windowTitle(), title);
+    }
+    EXPECT_GE(progressSeen, 0) << "the box showed and was cancelled";
+    EXPECT_TRUE(prompts.messages.value(0).contains(QStringLiteral("missing.txt")));
+
+    EXPECT_EQ(program.OpenFile(small), CGraphviewInput::Read);
+    const CGraphCurve *graph = program.GraphWindow().GetGraphData();
+    ASSERT_NE(graph, nullptr);
+    EXPECT_EQ(graph->m_data.RowCount(), 4);
+    EXPECT_EQ(graph->CurveCount(), 1);
+    EXPECT_TRUE(program.Window().windowTitle().contains(QStringLiteral("small.txt")));
+    program.End();
 }
 
 } // namespace

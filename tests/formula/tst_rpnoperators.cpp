@@ -154,6 +154,13 @@ TEST(RpnOperators, ValueSemanticsIncrementsAndCompoundAssignment)
         {"x = 2; x *= 3; x -= 1; x /= 2; x", "ARRAY:{2,6,5,2.5,2.5}"}, {"s = \"a\"; s += \"b\"", "ARRAY:{a,ab}"},
         {"s = \"7\"; s -= 2", "ARRAY:{7,5}"}, {"a = {1,2}; a += 1", "ARRAY:{{1,2},{2,3}}"},
         {"a = {1,2}; a[0] += 5; a", "ARRAY:{{6,2},6,{6,2}}"},
+        // A chain of + on texts builds one text; no operand it read from changes.
+        {"x = \"p\"; y = x + \"q\" + \"r\"; x", "ARRAY:{p,pqr,p}"},
+        {"a = {\"c\"}; b = a[0] + \"d\" + a[0]; a", "ARRAY:{{c},cdc,{c}}"},
+        {"(\"1\" + \",\") + \"2.5\" + \",\" + 3", "REAL:4"},
+        {"(\"1\" + \",\") + \"2.5\" + \",\" + \"3\"", "STRING:1,2.5,3"},
+        {"i = 0; while (i < 3) { r = \"a\" + \"b\" + \"c\"; i++ }; r", "ARRAY:{0,0,abc}"},
+        {"function f(t) { return t + \"!\" }; s = \"hi\"; {f(s), f(s), s}", "ARRAY:{hi,{hi!,hi!,hi}}"},
     });
     // An INT counts on as an INT.
     CEquationTree tree;

@@ -73,6 +73,12 @@ TEST(RpnStrings, ReplaceSplitAndSplit2)
         {"", "Split(\"1; 2;3\", \"; \")", "ARRAY:{1,2,3}"},
         {"", "Split(\"a\", \",\")", "ARRAY:{a}"},
         {"", "Split(12345, 3)", "ARRAY:{12,45}"},
+        // Separators beyond ASCII, and characters that only look alike in their low bits.
+        {"", "Split(\"a\xC2\xA7" "b,c\", \",\xC2\xA7\")", "ARRAY:{a,b,c}"},
+        {"", "Split(\"a\xC4\xAC" "b,c\", \",\")", "ARRAY:{a\xC4\xAC" "b,c}"},
+        {"", "Split(\"x\xE2\x80\x94y\xE2\x80\x94\", \"\xE2\x80\x94\")", "ARRAY:{x,y}"},
+        {"", "Split(\"a\t b,c\", \",\t\")", "ARRAY:{a,b,c}"},
+        {"", "Split(\"AzZa\", \"Z\")", "ARRAY:{Az,a}"},
         {"", "Split(\"a b\")", quietFailure()},
         {"", "Split(\"\", \",\")", quietFailure()},
         // Split2: between markers, or cut at each begin.

@@ -56,6 +56,25 @@ TEST(RpnXml, BuildFindDeleteAndParse)
         {"", "XML_GetName(5)", failure("XML_GetName(5)", RpnMessage(43446, {"XML_GetName"}))},
         {"", "XML_New()", failure("XML_New()", RpnMessage(43440, {"XML_New", "XML_New"}))},
         {"", "XML_AddNew(5, \"a\")", failure("XML_AddNew(5, \"a\")", RpnMessage(43442, {"XML_AddNew"}))},
+        // Dictionary items give attributes, any other value the data.
+        {"d = Dictionary(); Dict_Set(d, \"Volt\", 5); el = XML_New(\"a\", d, \"x\")",
+         "XML_GetAttribute(el, \"Volt\") + XML_GetData(el)", "STRING:5x"},
+        // An XML value as the tag is taken as it is, without the items after it.
+        {"r = XML_New(\"r\"); XML_AddNew(r, \"a\", k = 1)",
+         "XML_GetAttribute(XML_New(XML_FindChild(r), k = 2), \"k\")", "STRING:1"},
+        {"r = XML_New(\"r\"); XML_AddNew(r, \"a\", k = 1); s = XML_New(\"s\"); XML_AddNew(s, XML_FindChild(r), k = 2)",
+         "XML_GetName(XML_FindChild(s)) + XML_GetAttribute(XML_FindChild(s), \"k\")", "STRING:a1"},
+        {"", "XML_New(\"\")", failure("XML_New(\"\")", RpnMessage(43443, {"XML_New", "XML_New"}))},
+        {"r = XML_New(\"r\")", "XML_AddNew(r, \"\")",
+         failure("XML_AddNew(r, \"\")", RpnMessage(43444, {"XML_AddNew", "XML_AddNew"}))},
+        {TREE "; XML_SetAttribute(r, kind = \"b\", size = 4)",
+         "XML_GetAttribute(r, \"kind\") + XML_GetAttribute(r, \"size\")", "STRING:b4"},
+        {kTree, "XML_SetAttribute(r, 5, 1)",
+         failure("XML_SetAttribute(r, 5, 1)", RpnMessage(43447, {"XML_SetAttribute", "XML_SetAttribute"}))},
+        // Pairs without a tag match any tag; every pair must match.
+        {kTree, "XML_GetData(XML_FindChild(r, id = 2))", "STRING:two"},
+        {kTree, "IsNull(XML_FindChild(r, id = 2, kind = \"a\"))", "INT:1"},
+        {TREE "; XML_DelChild(r, id = 2)", "SizeOf(XML_GetAllChildren(r))", "INT:2"},
     };
     ExpectCases(cases);
 }

@@ -201,6 +201,113 @@ int minusEnd(const CColumns &cols, int from, int to, double band, bool speckMayB
     return c;
 }
 
+// The line the characters stand on: the bottom that most inked columns
+// reach.  Only a descending letter (p, µ) or the tail of a comma reaches
+// below it; without such, the label's own bottom is kept.
+int baseLineOf(const CColumns &cols, int bottom)
+{
+    int best = bottom, bestCount = 0;
+    for (int c = 0; c < cols.Count(); ++c) {
+        if (cols.Blank(c))
+            continue;
+        const int b = cols.bottom[std::size_t(c)];
+        int count = 0;
+        for (int k = 0; k < cols.Count(); ++k)
+            if (cols.bottom[std::size_t(k)] == b)
+                ++count;
+        if (count > bestCount || (count == bestCount && b > best)) {
+            best = b;
+            bestCount = count;
+        }
+    }
+    int top = best;
+    for (int c = 0; c < cols.Count(); ++c)
+        if (!cols.Blank(c))
+            top = std::min(top, cols.top[std::size_t(c)]);
+    const int height = best - top + 1;
+    return bottom - best > std::max(1, int(0.12 * height)) ? best : bottom;
+}
+
+// A small letter at the end of columns [from, to) whose stem descends below
+// the base line: the unit prefixes p and µ.  It must follow digits, stand
+// no higher than the small letters (below the top of the digits), and its
+// stem must rise from the descent to the letters' height, which a comma's
+// tail does not.  Returns the letter's first column, or -1.
+int descendingLetterStart(const CColumns &cols, int from, int to, int baseTop, int baseLine)
+{
+    const int height = baseLine - baseTop + 1;
+    const int below = baseLine + std::max(1, int(0.12 * height));
+    int last = to - 1;
+    while (last >= from && (cols.Blank(last) || cols.bottom[std::size_t(last)] <= below))
+        --last;
+    if (last < from)
+        return -1;
+    int first = last;
+    bool stemRises = false;
+    while (first - 1 >= from && !cols.Blank(first - 1) && cols.bottom[std::size_t(first - 1)] > below)
+        --first;
+    for (int c = first; c <= last; ++c)
+        stemRises = stemRises || cols.top[std::size_t(c)] <= baseLine - 0.4 * height;
+    int letterTop = 1 << 30;
+    for (int c = first; c < to; ++c)
+        if (!cols.Blank(c))
+            letterTop = std::min(letterTop, cols.top[std::size_t(c)]);
+    const int width = to - first;
+    bool digitsBefore = false;
+    for (int c = from; c < first; ++c)
+        digitsBefore = digitsBefore || (!cols.Blank(c) && cols.top[std::size_t(c)] <= baseTop + 1);
+    if (!stemRises || !digitsBefore || letterTop <= baseTop || width < 0.35 * height || width > 1.4 * height)
+        return -1;
+    return first;
+}
+
+// What closes the space between the two strokes of a descending letter at
+// the top: nothing in µ (two stems joined at the foot), the top of the bowl
+// in p.  The space is found in a row halfway up the small letters, between
+// the first two runs of the label's own ink there, and followed upward.
+enum class LetterTop { Open, Closed, Unclear };
+
+LetterTop letterTopOf(const CRegion &region, const std::vector<int> &blobs, int from, int to, int baseLine)
+{
+    const auto ink = [&](int x, int y) {
+        const int o = region.OwnerAt(x, y);
+        return o && std::find(blobs.begin(), blobs.end(), o - 1) != blobs.end();
+    };
+    int top = baseLine;
+    for (int x = from; x < to; ++x)
+        for (int y = region.rect.top(); y < top; ++y)
+            if (ink(x, y)) {
+                top = y;
+                break;
+            }
+    if (baseLine - top < 3)
+        return LetterTop::Unclear;
+    // The rows about the middle, the first that shows two strokes.
+    const int middle = (top + baseLine) / 2;
+    for (int y : {middle, middle - 1, middle + 1}) {
+        int x = from;
+        while (x < to && !ink(x, y))
+            ++x;
+        while (x < to && ink(x, y))
+            ++x;
+        const int gapStart = x;
+        while (x < to && !ink(x, y))
+            ++x;
+        if (x >= to || x == gapStart)
+            continue;
+        // Every column of the space closed above: a bowl.
+        for (int c = gapStart; c < x; ++c) {
+            int r = y;
+            while (r >= top && !ink(c, r))
+                --r;
+            if (r < top)
+                return LetterTop::Open;
+        }
+        return LetterTop::Closed;
+    }
+    return LetterTop::Unclear;
+}
+
 } // namespace
 
 QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, AxisSide side)
@@ -269,6 +376,18 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
     });
     if (groups.empty())
         return labels;
+    // A one-pixel blob inside a label, in the lower part of its digits, is
+    // the decimal point of small print.
+    for (const CBlob &b : region.blobs) {
+        if (b.area >= 2 || b.touchesFrame)
+            continue;
+        for (CGroup &g : groups)
+            if (b.box.left() > g.box.left() && b.box.right() < g.box.right() && b.box.top() <= g.box.bottom()
+                && b.box.top() >= g.box.bottom() - 0.5 * textHeight) {
+                g.blobs.push_back(int(&b - region.blobs.data()));
+                break;
+            }
+    }
     // Only the labels next to the frame: the first row below it, the column
     // of labels left of it; axis titles stand further out.
     if (side == AxisSide::X) {
@@ -289,7 +408,7 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
         // Columns rather than blobs, since antialiasing may join an exponent
         // to the digit before it.
         const CColumns cols = columnsOf(dark, region, g.blobs, g.box);
-        const int baseLine = g.box.bottom();
+        const int baseLine = baseLineOf(cols, g.box.bottom());
         const double raisedLimit = baseLine - 0.25 * g.box.height();
         int split = cols.Count();
         while (split > 0 && (cols.Blank(split - 1) || cols.bottom[std::size_t(split - 1)] < raisedLimit))
@@ -370,26 +489,37 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
         const int baseMinusEnd = minusEnd(cols, 0, baseEnd, 0.3, false);
         label.baseMinus = baseMinusEnd >= 0;
         const int baseStart = std::max(0, baseMinusEnd);
+        // A unit prefix that descends below the base line ends the label: it
+        // is told by its shape and the digits before it are read alone.
+        int digitsEnd = baseEnd;
+        if (const int letter = descendingLetterStart(cols, baseStart, baseEnd, baseTop, baseLine); letter >= 0) {
+            const LetterTop shape = letterTopOf(region, g.blobs, cols.left + letter, cols.left + baseEnd, baseLine);
+            // A letter of neither shape leaves the label unread.
+            label.prefixLetter = shape == LetterTop::Open ? QChar(0x00B5) : shape == LetterTop::Closed ? QChar(u'p') : QChar(u'?');
+            digitsEnd = letter;
+            while (digitsEnd > baseStart && cols.Blank(digitsEnd - 1))
+                --digitsEnd;
+        }
         // The base after the minus in runs of inked columns, and among them
         // a decimal point: a speck on the base line between two runs.  Small
         // print loses its point in the engine's hands; it is put back by place.
         {
             const int digitHeight = baseLine - baseTop + 1;
             int runs = 0;
-            for (int c = baseStart; c < baseEnd;) {
+            for (int c = baseStart; c < digitsEnd;) {
                 if (cols.Blank(c)) {
                     ++c;
                     continue;
                 }
                 int top = cols.top[std::size_t(c)], bottom = cols.bottom[std::size_t(c)], end = c;
-                while (end < baseEnd && !cols.Blank(end)) {
+                while (end < digitsEnd && !cols.Blank(end)) {
                     top = std::min(top, cols.top[std::size_t(end)]);
                     bottom = std::max(bottom, cols.bottom[std::size_t(end)]);
                     ++end;
                 }
                 const bool speck = end - c <= std::max(2.0, 0.3 * digitHeight)
                     && bottom - top + 1 <= std::max(2.0, 0.3 * digitHeight) && bottom >= baseLine - 1;
-                if (speck && runs > 0 && end < baseEnd && label.pointAfter < 0)
+                if (speck && runs > 0 && end < digitsEnd && label.pointAfter < 0)
                     label.pointAfter = runs;
                 else
                     ++runs;
@@ -398,8 +528,15 @@ QList<CTickLabel> FindTickLabels(const CDarkness &dark, const CGridLines &grid, 
             label.baseBlobs = runs;
         }
         label.baseCrop = cropOf(dark, region, g.blobs,
-                                QRect(QPoint(cols.left + baseStart, baseTop), QPoint(cols.left + baseEnd - 1, baseLine)),
+                                QRect(QPoint(cols.left + baseStart, baseTop),
+                                      QPoint(cols.left + digitsEnd - 1,
+                                             label.prefixLetter.isNull() ? g.box.bottom() : baseLine)),
                                 false, label.baseMinus);
+        if (!label.prefixLetter.isNull())
+            label.wholeCrop = cropOf(dark, region, g.blobs,
+                                     QRect(QPoint(cols.left + baseStart, baseTop),
+                                           QPoint(cols.left + baseEnd - 1, g.box.bottom())),
+                                     false, label.baseMinus);
         if (hasExponent) {
             // A raised minus sits a little lower in its digits' height than a
             // minus on the base line.
@@ -526,13 +663,31 @@ bool ReadTickLabels(QList<CTickLabel> &labels)
         int baseConfidence = 0, exponentConfidence = 100;
         // A minus sign found by its shape is not given to the engine, which
         // reads a lone small dash poorly.
-        l.text = g_ocr.Read(forReading(l.baseCrop, 32), "0123456789.,-+eEkKMGTmunp\xc2\xb5x^()", baseConfidence);
+        // The English data has no µ (it reads one as p or u, or drops it),
+        // so a prefix that descends is told by its shape and only the
+        // digits before it are given to the engine.
+        const char *alphabet = l.prefixLetter.isNull() ? "0123456789.,-+eEkKMGTmunpx^()" : "0123456789.,";
+        l.text = g_ocr.Read(forReading(l.baseCrop, 32), alphabet, baseConfidence);
+        if (!l.prefixLetter.isNull() && !l.text.contains(u'.') && !l.text.contains(u',')) {
+            // The point the digits alone lost, from the whole label read
+            // with its letter (as whatever the engine takes it for), when
+            // the digits of both readings agree.
+            int wholeConfidence = 0;
+            QString whole = g_ocr.Read(forReading(l.wholeCrop, 32), "0123456789.,punm", wholeConfidence);
+            while (!whole.isEmpty() && !whole.back().isDigit())
+                whole.chop(1);
+            whole.replace(u',', u'.');
+            if (whole.count(u'.') == 1 && QString(whole).remove(u'.') == l.text)
+                l.text = whole;
+        }
         const bool digitsOnly = !l.text.isEmpty()
             && std::all_of(l.text.begin(), l.text.end(), [](QChar c) { return c.isDigit(); });
         if (l.pointAfter > 0 && digitsOnly && l.text.size() == l.baseBlobs)
             l.text.insert(l.pointAfter, u'.');
         if (l.baseMinus)
             l.text.prepend(u'-');
+        if (!l.prefixLetter.isNull() && !l.text.isEmpty())
+            l.text.append(l.prefixLetter);
         if (!l.exponentCrop.isNull()) {
             l.exponent = readExponent(g_ocr, l, exponentConfidence);
             if (l.exponent.isEmpty()) {

@@ -37,6 +37,12 @@ struct CTickLabel {
     // point stands (-1: none).
     int baseBlobs = 0;
     int pointAfter = -1;
+    // A unit prefix that descends below the base line, p or µ, told by its
+    // shape and left out of the crop (null for none).
+    QChar prefixLetter;
+    // With such a letter, the whole label's ink: small print read alone
+    // loses its decimal point more often than with the letter after it.
+    QImage wholeCrop;
 };
 
 // The blobs of the labels of one axis, grouped, without reading them yet.

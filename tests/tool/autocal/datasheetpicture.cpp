@@ -13,14 +13,15 @@ namespace {
 const char *const g_prefixLetters[] = {"p", "n", "u", "m", "", "k", "M", "G"};
 
 // The text of a value with the prefix that keeps its number from 1 to 999.
-QString prefixed(double v)
+QString prefixed(double v, bool microSign)
 {
     if (v == 0)
         return QStringLiteral("0");
     int e3 = int(std::floor(std::log10(std::abs(v)) / 3 + 1e-9));
     e3 = std::clamp(e3, -4, 3);
     const double shown = v / std::pow(10.0, 3 * e3);
-    return QString::number(shown, 'g', 6) + QString::fromLatin1(g_prefixLetters[e3 + 4]);
+    const QString prefix = e3 == -2 && microSign ? QString(QChar(0x00B5)) : QString::fromLatin1(g_prefixLetters[e3 + 4]);
+    return QString::number(shown, 'g', 6) + prefix;
 }
 
 struct CTick {
@@ -57,12 +58,12 @@ void drawLabel(QPainter &p, const QFont &font, const CAxisDraw &a, const CTick &
 {
     QString base, exponent;
     if (!a.log) {
-        base = a.style == LabelStyle::Prefixed ? prefixed(t.value) : QString::number(t.value, 'g', 6);
+        base = a.style == LabelStyle::Prefixed ? prefixed(t.value, a.microSign) : QString::number(t.value, 'g', 6);
     } else {
         const int e = int(std::lround(std::log10(t.value)));
         switch (a.style) {
         case LabelStyle::Plain: base = QString::number(t.value, 'g', 12); break;
-        case LabelStyle::Prefixed: base = prefixed(t.value); break;
+        case LabelStyle::Prefixed: base = prefixed(t.value, a.microSign); break;
         case LabelStyle::Superscript: base = QStringLiteral("10"); exponent = QString::number(e); break;
         case LabelStyle::EForm: base = QStringLiteral("1E%1").arg(e); break;
         }

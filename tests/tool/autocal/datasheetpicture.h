@@ -21,6 +21,8 @@ struct CAxisDraw {
     double step = 1;
     int steps = 5;
     LabelStyle style = LabelStyle::Plain;
+    // Prefixed labels print micro as the sign "µ" rather than as "u".
+    bool microSign = false;
 };
 
 struct CDatasheetLayout {

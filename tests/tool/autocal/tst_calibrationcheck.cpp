@@ -30,6 +30,13 @@ const CAxisDraw g_logAxes[] = {
     {true, -2, 1, 4, LabelStyle::Plain},        // 0.01 .. 100
     {true, -9, 1, 3, LabelStyle::EForm},        // 1E-9 .. 1E-6
 };
+// Axes labelled with the micro sign, for the last pictures of the set.
+const CAxisDraw g_microAxes[] = {
+    {false, 0, 2e-6, 4, LabelStyle::Prefixed, true},  // 0 .. 8µ
+    {true, -6, 1, 3, LabelStyle::Prefixed, true},     // 1µ .. 1m
+    {false, 0, 1e-4, 5, LabelStyle::Prefixed, true},  // 0 .. 500µ
+    {true, -5, 1, 3, LabelStyle::Prefixed, true},     // 10µ .. 10m
+};
 const char *const g_fonts[] = {"DejaVu Sans", "DejaVu Serif", "DejaVu Sans Mono", "DejaVu Sans Condensed"};
 
 // Picture number i: each axis linear or logarithmic in turn, the fonts and
@@ -50,10 +57,18 @@ CDatasheetLayout layoutNumber(int i)
     s.curves = 1 + i % 3;
     s.size = QSize(700 + (i % 3) * 60, 500 + (i % 2) * 50);
     s.seed = unsigned(i + 1);
+    // From picture 48 on, one axis or both carry the micro sign.
+    if (i >= 48) {
+        const int k = i - 48;
+        if (k % 3 != 1)
+            s.x = g_microAxes[k % std::size(g_microAxes)];
+        if (k % 3 != 0)
+            s.y = g_microAxes[(k + 1) % std::size(g_microAxes)];
+    }
     return s;
 }
 
-constexpr int PictureCount = 48;
+constexpr int PictureCount = 60;
 
 enum class Verdict { Correct, Declined, Wrong };
 

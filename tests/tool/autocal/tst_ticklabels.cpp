@@ -5,6 +5,7 @@
 #include "tool/autocal/picturegrid.h"
 #include "tool/autocal/ticklabels.h"
 
+#include <QBuffer>
 #include <QFontMetricsF>
 #include <QPainter>
 #include <gtest/gtest.h>
@@ -117,6 +118,115 @@ INSTANTIATE_TEST_SUITE_P(, DecadeLabels,
                          [](const testing::TestParamInfo<CDecadeCase> &i) {
                              std::string name = std::string(i.param.font) + "_" + std::to_string(i.param.pixels)
                                  + (i.param.turnDegrees != 0 ? "px_turned" : "px");
+                             for (char &ch : name)
+                                 if (!std::isalnum(static_cast<unsigned char>(ch)))
+                                     ch = '_';
+                             return name;
+                         });
+
+namespace {
+
+struct CMicroCase {
+    const char *font;
+    int pixels;
+    bool bold;
+    int jpegQuality; // 0: none
+    AxisSide side;
+    int leastRead;
+};
+
+class MicroLabels : public ::testing::TestWithParam<CMicroCase> {};
+
+// Labels with the micro sign, and others beside them that must not be taken
+// for micro: "p", which shares its descending stem, "m", "n", "u" and plain
+// numbers.  The engine's English data has no micro sign at all.
+struct CPrinted {
+    const char *text;
+    double value;
+};
+const CPrinted g_microLabels[] = {{"1\xc2\xb5", 1e-6},    {"10\xc2\xb5", 1e-5}, {"100\xc2\xb5", 1e-4},
+                                  {"2.5\xc2\xb5", 2.5e-6}, {"470\xc2\xb5", 4.7e-4}, {"20m", 0.02},
+                                  {"50n", 5e-8},           {"5u", 5e-6},         {"60", 60},
+                                  {"5p", 5e-12},           {"100p", 1e-10}};
+
+QImage microPicture(const CMicroCase &c, CGridLines &grid)
+{
+    const int n = int(std::size(g_microLabels));
+    const bool x = c.side == AxisSide::X;
+    QImage image(x ? 120 + LabelSpacing * n : 300, x ? 200 : 100 + 40 * n, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    grid.frameFound = true;
+    grid.left = x ? 40 : 160;
+    grid.top = 20;
+    grid.right = x ? grid.left + LabelSpacing * (n - 1) : 280;
+    grid.bottom = x ? 120 : grid.top + 40 * (n - 1);
+    QPainter p(&image);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setRenderHint(QPainter::TextAntialiasing);
+    p.setPen(Qt::black);
+    p.drawRect(QRectF(grid.left, grid.top, grid.right - grid.left, grid.bottom - grid.top));
+    QFont font(QString::fromLatin1(c.font));
+    font.setPixelSize(c.pixels);
+    font.setBold(c.bold);
+    font.setHintingPreference(QFont::PreferNoHinting);
+    p.setFont(font);
+    const QFontMetricsF fm(font);
+    for (int i = 0; i < n; ++i) {
+        const QString t = QString::fromUtf8(g_microLabels[i].text);
+        if (x)
+            p.drawText(QPointF(grid.left + LabelSpacing * i - fm.horizontalAdvance(t) / 2,
+                               grid.bottom + 6 + fm.capHeight()), t);
+        else
+            p.drawText(QPointF(grid.left - 4 - fm.horizontalAdvance(t), grid.top + 40 * i + fm.capHeight() / 2), t);
+    }
+    p.end();
+    if (c.jpegQuality == 0)
+        return image;
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPG", c.jpegQuality);
+    return QImage::fromData(bytes, "JPG");
+}
+
+} // namespace
+
+TEST_P(MicroLabels, ReadsTheMicroSignOrLeavesTheLabelUnread)
+{
+    CGridLines grid;
+    const QImage image = microPicture(GetParam(), grid);
+    QList<CTickLabel> labels = FindTickLabels(DarknessOf(image), grid, GetParam().side);
+    ASSERT_EQ(labels.size(), qsizetype(std::size(g_microLabels)));
+    ASSERT_TRUE(ReadTickLabels(labels));
+    int read = 0;
+    for (qsizetype i = 0; i < labels.size(); ++i) {
+        SCOPED_TRACE(testing::Message() << g_microLabels[i].text << " read as " << labels[i].text.toStdString());
+        EXPECT_NEAR(labels[i].position, GetParam().side == AxisSide::X ? grid.left + LabelSpacing * double(i)
+                                                                        : grid.top + 40.0 * double(i), 1.0);
+        if (!labels[i].value.ok)
+            continue;
+        ++read;
+        EXPECT_NEAR(labels[i].value.value, g_microLabels[i].value, g_microLabels[i].value * 1e-9);
+    }
+    EXPECT_GE(read, GetParam().leastRead);
+}
+
+INSTANTIATE_TEST_SUITE_P(, MicroLabels,
+                         ::testing::Values(CMicroCase{"DejaVu Sans", 12, false, 0, AxisSide::X, 9},
+                                           CMicroCase{"DejaVu Serif", 11, false, 0, AxisSide::Y, 9},
+                                           CMicroCase{"DejaVu Sans Condensed", 10, false, 70, AxisSide::X, 9},
+                                           CMicroCase{"DejaVu Sans", 14, true, 70, AxisSide::Y, 9},
+                                           CMicroCase{"DejaVu Sans Mono", 13, false, 0, AxisSide::X, 9},
+                                           CMicroCase{"DejaVu Serif", 15, false, 70, AxisSide::X, 9},
+                                           CMicroCase{"DejaVu Sans", 10, false, 70, AxisSide::Y, 9},
+                                           CMicroCase{"DejaVu Serif", 12, true, 0, AxisSide::Y, 9},
+                                           CMicroCase{"DejaVu Sans Condensed", 9, false, 0, AxisSide::X, 9},
+                                           CMicroCase{"DejaVu Sans Mono", 15, false, 0, AxisSide::Y, 9},
+                                           CMicroCase{"DejaVu Serif", 10, false, 70, AxisSide::X, 9}),
+                         [](const testing::TestParamInfo<CMicroCase> &i) {
+                             std::string name = std::string(i.param.font) + "_" + std::to_string(i.param.pixels)
+                                 + (i.param.side == AxisSide::X ? "px_x" : "px_y")
+                                 + (i.param.jpegQuality ? "_jpeg" : "");
                              for (char &ch : name)
                                  if (!std::isalnum(static_cast<unsigned char>(ch)))
                                      ch = '_';
