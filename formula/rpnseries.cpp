@@ -4,6 +4,7 @@
 
 #include "formula/rpnoperators.h"
 #include "formula/rpntree.h"
+#include "support/stackroom.h"
 
 #include <algorithm>
 #include <cmath>
@@ -85,13 +86,13 @@ std::unique_ptr<CRpnSeriesProgram> CRpnSeriesProgram::Build(CEquationTree *tree)
     return program;
 }
 
-bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
+bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out, int depth)
 {
-    if (!node)
+    if (!node || depth > MaxDepth || int(m_steps.size()) >= MaxSteps || StackRoom::IsStackLow())
         return false;
     // A list of one element has that element's double.
     if (node->IsList() && !node->IsMultiOperand()) {
-        if (node->GetOperandCount() != 1 || !compile(node->GetOperand(0), out))
+        if (node->GetOperandCount() != 1 || !compile(node->GetOperand(0), out, depth + 1))
             return false;
         out.real = false; // an ARRAY of one
         return true;
@@ -130,9 +131,9 @@ bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
     if (path == RPN_REAL_PATH_NONE || count < 1 || count > 2)
         return false;
     Step step{OpApplyReal1, node, {}, {}, false, 0};
-    if (!compile(node->GetOperand(0), step.a))
+    if (!compile(node->GetOperand(0), step.a, depth + 1))
         return false;
-    if (count == 2 && !compile(node->GetOperand(1), step.b))
+    if (count == 2 && !compile(node->GetOperand(1), step.b, depth + 1))
         return false;
     // The short cuts need a REAL on the left; a list inside makes an ARRAY.
     step.shortCut = count == 2 && step.a.real;

@@ -27,6 +27,11 @@ class CRpnSeriesProgram
 public:
     // Rows per block.
     static constexpr int BlockRows = 256;
+    // Longer or deeper expressions stay with the tree, whose long chains
+    // run in a loop: the compile goes one frame deeper per level, and each
+    // step keeps a block of its own.
+    static constexpr int MaxDepth = 500;
+    static constexpr int MaxSteps = 2000;
 
     // The program for the tree's root, or null when the root is not such an
     // expression.
@@ -60,7 +65,7 @@ private:
         int out;             // register
     };
 
-    bool compile(CRpnNode *node, Operand &out);
+    bool compile(CRpnNode *node, Operand &out, int depth = 0);
     const double *data(const Operand &o) const;
 
     std::vector<Step> m_steps;
