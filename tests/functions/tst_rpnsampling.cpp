@@ -175,8 +175,8 @@ TEST(RpnSampling, AvgXOverBlocks)
 }
 
 // AvgX runs its operand a block of samples at a time where the operand is
-// plain arithmetic over bound columns; wrapped in iif the same operand goes
-// row by row.  Both must give every sample the same average and flag, over
+// plain arithmetic over bound columns; given through an assignment the same
+// operand goes row by row.  Both must give every sample the same average and flag, over
 // gaps, failures and blocks of several hundred rows.
 TEST(RpnSampling, AvgXOperandInBlocksAsRowByRow)
 {
@@ -218,7 +218,7 @@ TEST(RpnSampling, AvgXOperandInBlocksAsRowByRow)
             const auto a = prepared(QStringLiteral("AvgX(%1, %2)").arg(QLatin1String(operand), QLatin1String(width)),
                                     inBlocks);
             const auto b = prepared(
-                QStringLiteral("AvgX(iif(1, %1, 0), %2)").arg(QLatin1String(operand), QLatin1String(width)), rowByRow);
+                QStringLiteral("AvgX(t = %1, %2)").arg(QLatin1String(operand), QLatin1String(width)), rowByRow);
             ASSERT_TRUE(inBlocks) << operand;
             ASSERT_FALSE(rowByRow) << operand;
             EXPECT_EQ(a.result, b.result) << operand;
