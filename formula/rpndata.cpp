@@ -321,10 +321,15 @@ void CRpnData::Resize(int count)
     if (count > p->m_capacity || borrowed) {
         const int capacity = std::max(count, borrowed ? count : p->m_capacity + p->m_capacity / 2);
         CRpnData *items = allocItems(capacity);
-        for (int i = 0; i < keep; ++i)
-            new (items + i) CRpnData(std::move(p->m_items[i]));
-        if (!borrowed) {
-            for (int i = 0; i < p->m_count; ++i)
+        if (borrowed) {
+            for (int i = 0; i < keep; ++i)
+                new (items + i) CRpnData(p->m_items[i]);
+        } else {
+            // A handle points to nothing of its own, so the cells move to the
+            // new block as their bytes; growing here keeps every old cell.
+            std::memcpy(static_cast<void *>(items), static_cast<const void *>(p->m_items),
+                        sizeof(CRpnData) * std::size_t(keep));
+            for (int i = keep; i < p->m_count; ++i)
                 p->m_items[i].~CRpnData();
             ::operator delete(p->m_items);
         }
