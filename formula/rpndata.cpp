@@ -112,6 +112,12 @@ CRpnData::CRpnData(const QString &text) : m_kind(RPN_STRING), m_flags(0)
     new (m_u.p->m_textStorage) QString(text);
 }
 
+CRpnData::CRpnData(QString &&text) : m_kind(RPN_STRING), m_flags(0)
+{
+    m_u.p = makePayload(RPN_STRING);
+    new (m_u.p->m_textStorage) QString(std::move(text));
+}
+
 CRpnData::CRpnData(CXmlElement *element) : m_kind(RPN_XML), m_flags(0)
 {
     m_u.p = makePayload(RPN_XML);
@@ -157,6 +163,18 @@ void CRpnData::SetText(const QString &text)
     // The new text is made before the old payload goes: `text` may live in it.
     CRpnPayload *p = makePayload(RPN_STRING);
     new (p->m_textStorage) QString(text);
+    CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
+    m_u.p = p;
+    m_kind = RPN_STRING;
+    m_flags = 0;
+    if (old)
+        release(old);
+}
+
+void CRpnData::SetText(QString &&text)
+{
+    CRpnPayload *p = makePayload(RPN_STRING);
+    new (p->m_textStorage) QString(std::move(text));
     CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
     m_u.p = p;
     m_kind = RPN_STRING;
