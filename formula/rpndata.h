@@ -329,6 +329,9 @@ public:
         return true;
     }
     double *GetRealData() const { return m_kind == RPN_ARRAY_R ? m_u.p->m_reals : nullptr; }
+    // The number of a REAL where it lies in the handle (null for other
+    // kinds), for code that steps it many times while it stays a REAL.
+    double *RealPlace() { return m_kind == RPN_REAL ? &m_u.real : nullptr; }
     CRpnData *GetItems() const { return m_kind == RPN_ARRAY ? m_u.p->m_items : nullptr; }
     CMapStringToRpnData *GetDictionary() const { return m_kind == RPN_DICTIONARY ? m_u.p->m_map : nullptr; }
     CEquationTree *GetFormula() const { return m_kind == RPN_FORMULA ? m_u.p->m_tree : nullptr; }

@@ -110,8 +110,22 @@ void CNode_WHILE::Evaluate(CRpnData &result, unsigned char &status)
         result.SetNull();
         return;
     }
+    if (!m_programBuilt) {
+        m_programBuilt = true;
+        m_program = CRpnLoopProgram::Build(m_condition, m_then);
+    }
+    m_ranAsProgram = false;
     CRpnData value;
     for (int passes = 1;; ++passes) {
+        // A loop on numbers goes on as its program once its variables all
+        // have places (a first pass may make some of them).
+        if (m_program && m_tree && passes <= 2 && m_program->Bind()) {
+            m_ranAsProgram = true;
+            m_program->Run(MaxPasses - passes + 1, m_tree);
+            m_program->Finish();
+            result.SetDouble(0.0);
+            return;
+        }
         if (m_then)
             m_then->Execute(value, status);
         if (status == 10) {

@@ -5,7 +5,10 @@
 // class from 109 to 112 alike: it takes a condition first and a body next
 // (Catch keeps what stands in its parentheses as its guarded expression).
 
+#include "formula/rpnloopprogram.h"
 #include "formula/rpnoperators.h"
+
+#include <memory>
 
 // IF (condition) then-part [else else-part].  Its value is the value of the
 // branch taken; a false IF without else has the empty value.
@@ -58,6 +61,15 @@ public:
     int GetOperandCount() const override { return 2; }
     void Evaluate(CRpnData &result, unsigned char &status) override;
     void Execute(CRpnData &value, unsigned char &status) override { Evaluate(value, status); }
+
+    // Whether the loop's last run went on as a program of steps (for tests).
+    bool RanAsProgram() const { return m_ranAsProgram; }
+
+private:
+    // Made at the first run: the loop as steps on numbers, when it qualifies.
+    std::unique_ptr<CRpnLoopProgram> m_program;
+    bool m_programBuilt = false;
+    bool m_ranAsProgram = false;
 };
 
 // The `else` of an IF while parsing; the fold takes it out of the tree.

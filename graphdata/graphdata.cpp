@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <new>
+#include <vector>
 
 namespace {
 
@@ -355,6 +356,11 @@ int CGraphData_Data::AppendRows(const double *values, const std::uint8_t *validB
         }
         if (!noMemory) {
             writeRowsLocked(values, validBytes, firstColumn, columnsInRow, firstRow, rows);
+            // The producer does not know of a row number column added for
+            // the X axis: the rows it writes are numbered here.
+            if (m_rowNumberColumn >= 0
+                && (m_rowNumberColumn < firstColumn || m_rowNumberColumn >= firstColumn + columnsInRow))
+                numberRowsLocked(firstRow, rows);
             if (firstRow < m_rowCount)
                 ++m_generation; // rows already there were rewritten
             if (end > m_rowCount)
@@ -374,7 +380,68 @@ bool CGraphData_Data::SwapColumns(int a, int b)
     std::swap(m_columns[a], m_columns[b]);
     if (m_logColumns)
         std::swap(m_logColumns[a], m_logColumns[b]);
+    if (m_rowNumberColumn == a || m_rowNumberColumn == b)
+        m_rowNumberColumn = m_rowNumberColumn == a ? b : a;
     return true;
+}
+
+QString CGraphData_Data::RowNumberColumnName()
+{
+    return QStringLiteral("Index");
+}
+
+int CGraphData_Data::EnsureRowNumberColumn()
+{
+    CCS_helper guard(m_lock);
+    const int named = ColumnByName(RowNumberColumnName());
+    if (named >= 0)
+        return named;
+    if (IsScope() || !m_ownsColumns || m_resizing.load() || m_columnCount >= INT_MAX - 1)
+        return -1;
+    // The new tables are made before anything changes, so that running out
+    // of memory leaves the data as they were.  Readers reach columns through
+    // the lock or by reference, never through the old table.
+    CGraphColumn *column = nullptr;
+    CGraphColumn **table = nullptr;
+    CGraphColumn **logTable = nullptr;
+    try {
+        column = CGraphColumn::Create(m_capacity, RowNumberColumnName());
+        table = new CGraphColumn *[std::size_t(m_columnCount) + 1]();
+        if (m_logColumns)
+            logTable = new CGraphColumn *[std::size_t(m_columnCount) + 1]();
+    } catch (const std::bad_alloc &) {
+        if (column)
+            column->Release();
+        delete[] table;
+        return -1;
+    }
+    for (int i = 0; i < m_columnCount; ++i)
+        table[i] = m_columns ? m_columns[i] : nullptr;
+    table[m_columnCount] = column;
+    delete[] m_columns;
+    m_columns = table;
+    if (logTable) {
+        for (int i = 0; i < m_columnCount; ++i)
+            logTable[i] = m_logColumns[i];
+        delete[] m_logColumns;
+        m_logColumns = logTable;
+    }
+    m_rowNumberColumn = m_columnCount++;
+    column->m_orderFlags = CGraphColumn::OrderAscending | CGraphColumn::OrderEvenStep;
+    column->m_minStep = 1;
+    numberRowsLocked(0, m_rowCount);
+    return m_rowNumberColumn;
+}
+
+void CGraphData_Data::numberRowsLocked(int firstRow, int rows)
+{
+    CGraphColumn *column = GetColumn(m_rowNumberColumn);
+    if (!column || rows < 1)
+        return;
+    std::vector<double> numbers(static_cast<std::size_t>(rows));
+    for (int r = 0; r < rows; ++r)
+        numbers[std::size_t(r)] = double(firstRow) + r + 1;
+    WriteCells(column, GetLogColumn(m_rowNumberColumn), numbers.data(), 1, nullptr, firstRow, rows);
 }
 
 int CGraphData_Data::ColumnByName(const QString &name, int start) const

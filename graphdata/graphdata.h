@@ -92,6 +92,15 @@ public:
 
     // Exchanges two columns and their log columns.  False for a bad index.
     bool SwapColumns(int a, int b);
+    // The column of row numbers (1, 2, ...) that an X axis over the rows
+    // ("Index") draws against: the column named "Index" when there is one,
+    // else a new column of that name at the end, which numbers the rows
+    // there are and every row appended from then on.  -1 for the
+    // oscilloscope form, for columns this data set does not own, while the
+    // columns are being replaced, or when memory runs out.
+    int EnsureRowNumberColumn();
+    // The name of that column.
+    static QString RowNumberColumnName();
     // First index from `start` on whose name equals `name`, ignoring case; -1.
     int ColumnByName(const QString &name, int start = 0) const;
     // The log10 form of column `index`, built on first need; null for a bad
@@ -137,6 +146,8 @@ public:
     CGraphAttachment *m_attachment = nullptr;
     std::int32_t m_globalSlot = 0;
     QString m_messageText;
+    // The column EnsureRowNumberColumn added, numbered on every append; -1.
+    std::int32_t m_rowNumberColumn = -1;
 
 protected:
     // Under the lock: the new capacity.  False (and nothing changed) when
@@ -149,6 +160,8 @@ protected:
     static CGraphColumn **growTable(CGraphColumn **table, int columns, int copyRows, int target);
     static void resizeInPlace(CGraphColumn *column, int keepRows, int target);
     static void releaseTable(CGraphColumn **&table, int columns);
+    // Under the lock: rows firstRow.. of the row number column get their numbers.
+    void numberRowsLocked(int firstRow, int rows);
     bool ensureRowsLocked(int row);
 };
 
@@ -262,6 +275,7 @@ public:
         return m_data->AppendRows(values, validBytes, firstColumn, columnsInRow, firstRow, rows);
     }
     bool SwapColumns(int a, int b) { return m_data->SwapColumns(a, b); }
+    int EnsureRowNumberColumn() { return m_data->EnsureRowNumberColumn(); }
     int ColumnByName(const QString &name, int start = 0) const { return m_data->ColumnByName(name, start); }
     CGraphColumn *EnsureLogColumn(int index) { return m_data->EnsureLogColumn(index); }
     void AssignIds() { m_data->AssignIds(); }

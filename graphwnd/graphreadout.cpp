@@ -3,6 +3,7 @@
 #include "graphdata/graphcurve.h"
 #include "graphwnd/graphviewops.h"
 
+#include <algorithm>
 #include <cmath>
 
 bool GraphPositionAt(const CGraphCurve &g, QPoint point, CGraphPosition &position)
@@ -38,4 +39,42 @@ QString GraphPositionText(const CGraphPosition &position)
     for (std::size_t i = 1; i < ys.size(); ++i)
         text += QString::asprintf(", Y%i=%f", int(i) + 1, ys[i]);
     return text;
+}
+
+QString ComplexValueText(double re, double im)
+{
+    return QString::asprintf("%g +j %g", re, im);
+}
+
+bool SpectrumValueAt(const CGraphCurve &g, const CCurveInfo &curve, double frequency, double &re, double &im,
+                     double &rowFrequency)
+{
+    const CGraphColumn *f = g.m_frequencyColumn.Get();
+    const CGraphColumn *real = curve.m_spectrumReal.Get();
+    const CGraphColumn *imag = curve.m_spectrumImag.Get();
+    if (!g.m_spectrumMode || !f || !real || !imag || !std::isfinite(frequency))
+        return false;
+    const int rows = std::min({f->m_count, real->m_count, imag->m_count});
+    if (rows < 1)
+        return false;
+    // The frequencies rise: the row at or after the frequency, or the one
+    // before it when that is nearer.
+    const double *begin = f->m_values;
+    int row = int(std::lower_bound(begin, begin + rows, frequency) - begin);
+    if (row == rows || (row > 0 && frequency - begin[row - 1] < begin[row] - frequency))
+        --row;
+    if (f->m_valid[row] != 1 || real->m_valid[row] != 1 || imag->m_valid[row] != 1)
+        return false;
+    re = real->m_values[row];
+    im = imag->m_values[row];
+    rowFrequency = begin[row];
+    return true;
+}
+
+QString SpectrumReadoutText(const CGraphCurve &g, const CCurveInfo &curve, double frequency)
+{
+    double re = 0, im = 0, at = 0;
+    if (!SpectrumValueAt(g, curve, frequency, re, im, at))
+        return QString();
+    return QString::asprintf("%s (f=%g): ", qPrintable(curve.m_colLabel), at) + ComplexValueText(re, im);
 }

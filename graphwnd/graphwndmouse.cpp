@@ -143,7 +143,17 @@ QString CGraphWnd::PositionTextAt(QPoint point) const
     CGraphPosition position;
     if (!m_graphData || !GraphPositionAt(*m_graphData, point, position))
         return QString();
-    return GraphPositionText(position);
+    QString text = GraphPositionText(position);
+    // Over a curve of a spectrum, its complex result at that frequency.
+    if (m_graphData->m_spectrumMode) {
+        const int curve = CurveAt(point);
+        if (curve >= 0 && !m_graphData->Curve(curve)->IsLimitLine()) {
+            const QString value = SpectrumReadoutText(*m_graphData, *m_graphData->Curve(curve), position.x);
+            if (!value.isEmpty())
+                text += QStringLiteral("; ") + value;
+        }
+    }
+    return text;
 }
 
 // ---- tracks ------------------------------------------------------------------

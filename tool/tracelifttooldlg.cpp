@@ -3,6 +3,7 @@
 #include "support/controls/exeditctrl.h"
 #include "support/languagestring.h"
 #include "tool/curvewnd.h"
+#include "tool/hintline.h"
 #include "tool/traceliftwnd.h"
 
 #include <QAction>
@@ -158,14 +159,10 @@ void CTraceliftToolDlg::buildControls()
     m_calibrateAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_K));
     m_calibrateAction->setShortcutContext(Qt::WindowShortcut);
 
-    m_hint = new QLabel(this);
+    m_hint = new CHintLine(this);
     m_hint->setObjectName(QString::number(IdHint));
-    m_hint->setWordWrap(true);
-    m_hint->setMinimumHeight(2 * fontMetrics().lineSpacing() + 6);
-    m_hint->setTextFormat(Qt::PlainText);
     m_hint->setFrameShape(QFrame::StyledPanel);
     m_hint->setContentsMargins(6, 2, 6, 2);
-    m_hint->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     {
         QPalette pal = m_hint->palette();
         pal.setColor(QPalette::Window, QColor(255, 250, 220));

@@ -5,10 +5,9 @@
 
 #include "formula/rpndata.h"
 
-#include <benchmark/benchmark.h>
+#include "bench/benchpeers.h"
+
 #include <cstdio>
-#include <map>
-#include <string>
 #include <vector>
 
 namespace {
@@ -79,30 +78,15 @@ void BM_RpnData(benchmark::State &state)
 BENCHMARK(BM_Doubles);
 BENCHMARK(BM_RpnData);
 
-// Prints the usual table and remembers each benchmark's CPU time per
-// iteration (the machine may be shared: wall time would count waiting).
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run &r : runs)
-            if (r.run_type == Run::RT_Iteration)
-                times[r.benchmark_name()] = r.GetAdjustedCPUTime();
-    }
-    std::map<std::string, double> times;
-};
-
 } // namespace
 
 int main(int argc, char **argv)
 {
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    CCpuTimeReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    const double doubles = reporter.times["BM_Doubles"];
-    const double values = reporter.times["BM_RpnData"];
+    const double doubles = reporter.Seconds("BM_Doubles") * 1e9;
+    const double values = reporter.Seconds("BM_RpnData") * 1e9;
     if (doubles > 0 && values > 0)
         std::printf("CRpnData add/multiply/compare vs plain doubles: %.1f times the time "
                     "(%.2f ns against %.2f ns per step)\n",

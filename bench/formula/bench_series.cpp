@@ -10,16 +10,12 @@
 
 #include <muParser.h>
 
-#include <benchmark/benchmark.h>
+#include "bench/benchpeers.h"
+
 #include <cmath>
 #include <cstdio>
 #include <iterator>
-#include <map>
-#include <string>
 #include <vector>
-#ifdef __linux__
-#include <unistd.h>
-#endif
 
 namespace {
 
@@ -182,50 +178,15 @@ bool resultsAgree()
     return agree;
 }
 
-// Prints the usual table and remembers each benchmark's CPU time per
-// iteration (the machine may be shared: wall time would count waiting).
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run &r : runs)
-            if (r.run_type == Run::RT_Iteration)
-                times[r.benchmark_name()] = r.GetAdjustedCPUTime() * 1e-3; // ms to s
-    }
-    std::map<std::string, double> times;
-};
-
 } // namespace
 
 int main(int argc, char **argv)
 {
-    // muparser's bulk mode spreads over threads with OpenMP; the comparison
-    // is of one thread against one thread.  The OpenMP runtime reads its
-    // thread count when it is loaded, before main: the program starts itself
-    // again with the count set.
-    if (qgetenv("OMP_NUM_THREADS") != "1") {
-        qputenv("OMP_NUM_THREADS", "1");
-#ifdef __linux__
-        execv("/proc/self/exe", argv);
-#endif
-    }
+    UseOneOpenMpThread(argv);
     RegisterFunctionLibrary();
     const bool agree = resultsAgree();
-    // Rounds of the four sides interleaved at random unless told otherwise,
-    // so that a change of the machine's load does not fall on one side.
-    std::vector<char *> args(argv, argv + argc);
-    bool interleavingGiven = false;
-    for (char *a : args)
-        interleavingGiven = interleavingGiven || std::string(a).rfind("--benchmark_enable_random_interleaving", 0) == 0;
-    static char interleave[] = "--benchmark_enable_random_interleaving=true";
-    if (!interleavingGiven)
-        args.push_back(interleave);
-    int count = int(args.size());
-    benchmark::Initialize(&count, args.data());
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    CCpuTimeReporter reporter;
+    RunInterleaved(argc, argv, reporter);
     // Like for like: our block evaluator (a bound column) against muparser's
     // bulk mode, and our node tree row by row (a host getter) against
     // muparser's Eval row by row.  The choice, the user function and the
@@ -235,10 +196,7 @@ int main(int argc, char **argv)
                 "tarn tree", "mu row", "ratio");
     for (int i = 0; i < kExpressionCount; ++i) {
         auto rate = [&](const char *name) {
-            std::string key = name;
-            key += '/';
-            key += std::to_string(i);
-            const double t = reporter.times[key];
+            const double t = reporter.Seconds(name, i);
             return t > 0 ? kRows / t : 0.0;
         };
         const double column = rate("BM_TarnColumn"), getter = rate("BM_TarnGetter");

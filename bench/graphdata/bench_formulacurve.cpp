@@ -24,16 +24,13 @@
 #include <QSettings>
 #include <QTemporaryDir>
 
-#include <benchmark/benchmark.h>
+#include "bench/benchpeers.h"
+
 #include <cmath>
 #include <cstdio>
 #include <iterator>
-#include <map>
 #include <string>
 #include <vector>
-#ifdef __linux__
-#include <unistd.h>
-#endif
 
 namespace {
 
@@ -118,11 +115,15 @@ void blockAverages(const std::vector<double> &v, std::vector<double> &out)
     }
 }
 
-void BM_Curve(benchmark::State &state)
+// The curve of the expression as a job; in one piece when `whole`: no
+// progress, no stop check between pieces.
+void runCurve(benchmark::State &state, bool whole)
 {
     const QString formula = QString::fromLatin1(kPairs[state.range(0)].tarn);
     for (auto _ : state) {
         CFormulaCurveJob job;
+        if (whole)
+            job.SetPieceRows(kRows);
         if (!job.Prepare(graph(), formula)) {
             state.SkipWithError("the formula does not compile");
             return;
@@ -133,21 +134,14 @@ void BM_Curve(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * kRows);
 }
 
-// The same in one piece: no progress, no stop check between pieces.
+void BM_Curve(benchmark::State &state)
+{
+    runCurve(state, false);
+}
+
 void BM_CurveWhole(benchmark::State &state)
 {
-    const QString formula = QString::fromLatin1(kPairs[state.range(0)].tarn);
-    for (auto _ : state) {
-        CFormulaCurveJob job;
-        job.SetPieceRows(kRows);
-        if (!job.Prepare(graph(), formula)) {
-            state.SkipWithError("the formula does not compile");
-            return;
-        }
-        job.Run();
-        benchmark::DoNotOptimize(job.Result().Get());
-    }
-    state.SetItemsProcessed(state.iterations() * kRows);
+    runCurve(state, true);
 }
 
 void BM_Series(benchmark::State &state)
@@ -234,31 +228,11 @@ bool resultsAgree()
     return agree;
 }
 
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run &r : runs)
-            if (r.run_type == Run::RT_Iteration)
-                times[r.benchmark_name()] = r.GetAdjustedCPUTime() * 1e-3; // ms to s
-    }
-    std::map<std::string, double> times;
-};
-
 } // namespace
 
 int main(int argc, char **argv)
 {
-    // One thread against one thread: muparser's bulk mode would spread over
-    // OpenMP threads, whose count is read when the runtime loads.
-    if (qgetenv("OMP_NUM_THREADS") != "1") {
-        qputenv("OMP_NUM_THREADS", "1");
-#ifdef __linux__
-        execv("/proc/self/exe", argv);
-#endif
-    }
+    UseOneOpenMpThread(argv);
     // The user function lives in settings of this run only.
     QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
@@ -268,25 +242,13 @@ int main(int argc, char **argv)
     ReloadUserFunctions();
 
     const bool agree = resultsAgree();
-    std::vector<char *> args(argv, argv + argc);
-    bool interleavingGiven = false;
-    for (char *a : args)
-        interleavingGiven = interleavingGiven || std::string(a).rfind("--benchmark_enable_random_interleaving", 0) == 0;
-    static char interleave[] = "--benchmark_enable_random_interleaving=true";
-    if (!interleavingGiven)
-        args.push_back(interleave);
-    int count = int(args.size());
-    benchmark::Initialize(&count, args.data());
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    CCpuTimeReporter reporter;
+    RunInterleaved(argc, argv, reporter);
     std::printf("\nRows per second over %d rows (higher is better), CPU time\n", kRows);
     std::printf("%-40s %12s %12s %8s   %12s %10s %10s\n", "expression", "curve", "mu bulk", "ratio", "series",
                 "job cost", "pieces");
     for (int i = 0; i < kExpressionCount; ++i) {
-        auto seconds = [&](const char *name) {
-            const auto it = reporter.times.find(std::string(name) + '/' + std::to_string(i));
-            return it == reporter.times.end() ? 0.0 : it->second;
-        };
+        auto seconds = [&](const char *name) { return reporter.Seconds(name, i); };
         const double curve = seconds("BM_Curve"), series = seconds("BM_Series"), bulk = seconds("BM_MuParserBulk");
         const double whole = seconds("BM_CurveWhole");
         if (curve <= 0)

@@ -260,15 +260,14 @@ void CDisplay_2_Page::Load()
     m_xColumn->addItem(QStringLiteral("Index"));
     for (int c = 0; c < m_copy.m_columnNames.size(); ++c)
         m_xColumn->addItem(columnName(m_copy.m_columnNames, c));
-    // Frequency comes from the transform and cannot be chosen here, nor can
-    // a plain row number: the graph draws over a column or its spectrum.
-    if (auto *model = qobject_cast<QStandardItemModel *>(m_xColumn->model())) {
+    // Frequency comes from the transform and cannot be chosen here.
+    if (auto *model = qobject_cast<QStandardItemModel *>(m_xColumn->model()))
         model->item(XFrequency)->setEnabled(m_copy.m_spectrum != 0);
-        model->item(XIndex)->setEnabled(false);
-    }
     int x = XTime;
     if (m_copy.m_spectrum)
         x = XFrequency;
+    else if (m_copy.m_xRowNumbers)
+        x = XIndex;
     else if (m_copy.m_xyMode && m_copy.m_xColumnIndex >= 0 && m_copy.m_xColumnIndex < m_copy.m_columnNames.size())
         x = XFirstColumn + m_copy.m_xColumnIndex;
     m_xColumn->setCurrentIndex(x);
@@ -415,10 +414,12 @@ bool CDisplay_2_Page::Store(COptionsFault &fault)
 
     if (!m_copy.m_scope && !m_copy.m_spectrum) {
         const int x = m_xColumn->currentIndex();
+        m_copy.m_xRowNumbers = x == XIndex;
         if (x >= XFirstColumn) {
             m_copy.m_xyMode = 1;
             m_copy.m_xColumnIndex = x - XFirstColumn;
-        } else if (x == XTime) {
+        } else if (x == XTime || x == XIndex) {
+            // The row number column is found or made on acceptance.
             m_copy.m_xyMode = 0;
             m_copy.m_xColumnIndex = m_copy.m_timeColumn;
         }

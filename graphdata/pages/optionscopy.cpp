@@ -78,7 +78,10 @@ void CGraphOptionsCopy::Take(const CGraphCurve &graph)
     m_xAxisName = graph.m_xAxisName;
     m_xyMode = graph.m_xyMode;
     m_xColumnIndex = graph.m_xColumnIndex;
-    m_timeColumn = graph.m_xyMode ? 0 : graph.m_xColumnIndex;
+    m_xRowNumbers = !graph.m_xyMode && graph.m_graphKind != 2 &&
+                    graph.m_xColumnIndex == graph.m_data.ColumnByName(CGraphData_Data::RowNumberColumnName());
+    // Back from the row numbers, X is the first column.
+    m_timeColumn = graph.m_xyMode || m_xRowNumbers ? 0 : graph.m_xColumnIndex;
     m_emiLimit = -1;
     for (const CCurveInfo *curve : graph.m_curves) {
         if (curve->IsLimitLine()) {
@@ -155,8 +158,19 @@ void CGraphOptionsCopy::Apply(CGraphCurve &graph, bool &notFound) const
         wanted.Add(entry);
     }
     graph.m_xAxisFlags = m_xAxisFlags;
+    int xColumn = m_xColumnIndex;
+    if (m_xRowNumbers && !m_scope && !m_spectrum) {
+        // Without memory for the column X stays what it was.
+        const int numbers = graph.m_data.EnsureRowNumberColumn();
+        xColumn = numbers >= 0 ? numbers : graph.m_xColumnIndex;
+    }
+    // Another quantity on X is shown over its whole extent, and an X title
+    // that named the old column names the new one.
+    const bool newX = graph.m_xyMode != m_xyMode || graph.m_xColumnIndex != xColumn;
+    const CGraphColumn *oldX = graph.m_data.GetColumn(graph.m_xColumnIndex);
+    const bool titleIsColumn = oldX && m_xAxisName == oldX->m_name;
     graph.m_xyMode = m_xyMode;
-    graph.m_xColumnIndex = m_xColumnIndex;
+    graph.m_xColumnIndex = xColumn;
     graph.ApplyCurveList(wanted, notFound);
 
     // Limit lines are found in the global list by their key: the user may
@@ -210,6 +224,10 @@ void CGraphOptionsCopy::Apply(CGraphCurve &graph, bool &notFound) const
     graph.m_minorColor = m_minorColor;
     graph.m_xLabelFont = m_xLabelFont;
     graph.m_xAxisName = m_xAxisName;
+    if (newX && titleIsColumn && !m_scope && !m_spectrum) {
+        if (const CGraphColumn *x = graph.m_data.GetColumn(graph.m_xColumnIndex))
+            graph.m_xAxisName = x->m_name;
+    }
     graph.m_backColor = m_backColor;
     graph.m_foreColor = m_foreColor;
     graph.m_gridColor = m_gridColor;
@@ -219,7 +237,7 @@ void CGraphOptionsCopy::Apply(CGraphCurve &graph, bool &notFound) const
     if (!m_scope) {
         if (!m_spectrum && graph.m_xLog != m_xLog)
             graph.FitX(m_xLog != 0);
-        if (m_xAuto)
+        if (m_xAuto || newX)
             graph.SetXRange(true, false, 0, 0, 0, false, true);
         else
             graph.SetXRange(false, false, m_xMin, m_xMax, m_xTick, m_xTick > 0, false);

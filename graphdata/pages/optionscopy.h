@@ -72,6 +72,9 @@ public:
     std::int32_t m_xColumnIndex = 0;
     // The column the graph draws over when not in X-Y mode ("Time").
     std::int32_t m_timeColumn = 0;
+    // X is the row number ("Index"): on acceptance the graph draws over the
+    // data's column of row numbers, made when it has none.
+    std::int32_t m_xRowNumbers = 0;
 
     // ---- the limit line ----------------------------------------------------------
     // The limit of the global list to add on acceptance when the graph does

@@ -8,7 +8,6 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QLineEdit>
-#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace {
@@ -27,8 +26,8 @@ enum : int {
 
 } // namespace
 
-CYAxis_Multi_Child::CYAxis_Multi_Child(int index, QWidget *parent)
-    : QWidget(parent), m_index(index), m_title(new QLineEdit(this)), m_fields(new CAxisFieldsBox(this)),
+CYAxis_Multi_Child::CYAxis_Multi_Child(int index, CScrollParent *parent)
+    : CScrollParentDlg(parent), m_index(index), m_title(new QLineEdit(this)), m_fields(new CAxisFieldsBox(this)),
       m_db(new QCheckBox(LanguageString(TextDb), this)),
       m_layout(new QComboBox(this)), m_textColor(new CColorField(this)), m_gridColor(new CColorField(this))
 {
@@ -122,13 +121,11 @@ bool CYAxis_Multi_Child::Store(CGraph_Range &r, COptionsFault &fault)
 }
 
 CYAxis_2_Page::CYAxis_2_Page(CGraphOptionsCopy &copy, QWidget *parent)
-    : COptionsPage(copy, parent), m_scroll(new QScrollArea(this)), m_list(new QWidget), m_listLayout(new QVBoxLayout(m_list))
+    : COptionsPage(copy, parent), m_scroll(new CScrollParent(this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_scroll);
-    m_scroll->setWidgetResizable(true);
-    m_scroll->setWidget(m_list);
 }
 
 void CYAxis_2_Page::Load()
@@ -136,19 +133,15 @@ void CYAxis_2_Page::Load()
     for (CYAxis_Multi_Child *child : m_children)
         delete child;
     m_children.clear();
-    while (QLayoutItem *item = m_listLayout->takeAt(0))
-        delete item;
     QWidget *previous = nullptr;
     for (int i = 0; i < m_copy.m_ranges.GetSize(); ++i) {
-        auto *child = new CYAxis_Multi_Child(i, m_list);
+        auto *child = new CYAxis_Multi_Child(i, m_scroll);
         child->Load(*m_copy.m_ranges.GetAt(i), m_copy.m_spectrum != 0);
-        m_listLayout->addWidget(child);
         if (previous)
             setTabOrder(previous, child);
         previous = child;
         m_children.push_back(child);
     }
-    m_listLayout->addStretch(1);
 }
 
 bool CYAxis_2_Page::Store(COptionsFault &fault)
@@ -167,7 +160,7 @@ void CYAxis_2_Page::Focus(const COptionsFault &fault)
     if (fault.index < 0 || fault.index >= int(m_children.size()))
         return;
     CYAxis_Multi_Child *child = m_children[std::size_t(fault.index)];
-    m_scroll->ensureWidgetVisible(child);
+    m_scroll->ShowPage(fault.index);
     if (fault.field == COptionsFault::FieldColor) {
         CColorField *field = child->m_textColor->property("failed").toBool() ? child->m_textColor : child->m_gridColor;
         FocusField(field->Edit());

@@ -1,10 +1,11 @@
 #pragma once
-// The Y axis page: one child per range in a scrolled list, each with its
-// title, the shared axis fields, dB, the layout and the axis and grid
-// colours.
+// The Y axis page: one child per range, each a page of the scrolled parent
+// that lays them out one under the other, with its title, the shared axis
+// fields, dB, the layout and the axis and grid colours.
 
 #include "graphdata/pages/axisfields.h"
 #include "graphdata/pages/optionspage.h"
+#include "support/controls/scrollparentdlg.h"
 
 #include <vector>
 
@@ -13,14 +14,13 @@ class QCheckBox;
 class QComboBox;
 class QGroupBox;
 class QLineEdit;
-class QScrollArea;
-class QVBoxLayout;
 
-class CYAxis_Multi_Child : public QWidget
+class CYAxis_Multi_Child : public CScrollParentDlg
 {
     Q_OBJECT
 public:
-    CYAxis_Multi_Child(int index, QWidget *parent = nullptr);
+    // With a scrolled parent the child goes into it at once.
+    CYAxis_Multi_Child(int index, CScrollParent *parent = nullptr);
     void Load(const CGraph_Range &range, bool spectrum);
     bool Store(CGraph_Range &range, COptionsFault &fault);
 
@@ -42,9 +42,5 @@ public:
     void Focus(const COptionsFault &fault) override;
 
     std::vector<CYAxis_Multi_Child *> m_children;
-
-private:
-    QScrollArea *m_scroll;
-    QWidget *m_list;
-    QVBoxLayout *m_listLayout;
+    CScrollParent *m_scroll;
 };

@@ -6,22 +6,15 @@
 // It writes graphwnd-objects.png, graphwnd-emi.png, graphwnd-dates.png and
 // graphwnd-textattributes.png (the dialog of a text object).
 
+#include "screenshots.h"
+
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/emi/emilimits.h"
 #include "graphdata/spectrum/spectrumjob.h"
-#include "graphwnd/graphcursors.h"
 #include "graphwnd/graphwnd.h"
 #include "graphwnd/textattributes.h"
-#include "support/languagestring.h"
-
-#include <QApplication>
-#include <QDir>
-#include <QSettings>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <cmath>
-#include <cstdio>
 #include <numbers>
 
 namespace {
@@ -60,24 +53,6 @@ CGraphData batteryLog()
     return data;
 }
 
-// A switching waveform with harmonics, sampled at 100 MHz.
-CGraphData switchingNode()
-{
-    CGraphData data;
-    data.Create(1, 2, 0, 0);
-    std::vector<double> rows;
-    const int n = 1 << 15;
-    for (int i = 0; i < n; ++i) {
-        const double t = i * 1e-8;
-        const double square = std::fmod(t * 400e3, 1.0) < 0.3 ? 1.0 : 0.0;
-        rows.insert(rows.end(), {t, 0.05 * square + 0.002 * std::sin(2 * std::numbers::pi * 7.3e6 * t)});
-    }
-    data.AppendRows(rows.data(), nullptr, 0, 2, 0, n);
-    data.GetColumn(0)->m_name = QStringLiteral("t");
-    data.GetColumn(1)->m_name = QStringLiteral("node");
-    return data;
-}
-
 QPoint at(CGraphWnd &wnd, double x, double y)
 {
     double px, py;
@@ -93,28 +68,13 @@ void drag(CGraphWnd &wnd, QPoint from, QPoint to, Qt::KeyboardModifiers keys = Q
     QTest::mouseRelease(&wnd, Qt::LeftButton, keys, to);
 }
 
-bool save(QWidget &w, const QString &path)
-{
-    const bool ok = w.grab().save(path);
-    std::printf("%s %s\n", ok ? "wrote" : "could not write", qPrintable(path));
-    return ok;
-}
-
 } // namespace
 
 int main(int argc, char **argv)
 {
-    QApplication app(argc, argv);
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: graphwnd_screens OUTPUT_FOLDER\n");
-        return 2;
-    }
-    const QDir out(QString::fromLocal8Bit(argv[1]));
-    if (!LoadLanguageFile(QStringLiteral(TARN_SOURCE_DIR "/lang/en.lang")))
-        return 1;
-    LoadGraphCursors();
-    QTemporaryDir settings;
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
+    const CScreenshotRun run(argc, argv);
+    if (run.ExitCode() != 0)
+        return run.ExitCode();
     bool ok = true;
 
     {
@@ -123,9 +83,7 @@ int main(int argc, char **argv)
         wnd.SetGraphDataCopy(stepResponse());
         wnd.GetGraphData()->m_backColor = 0xFFFFFF;
         wnd.GetGraphData()->m_title = QStringLiteral("Step response");
-        wnd.show();
-        if (!QTest::qWaitForWindowExposed(&wnd))
-            std::fprintf(stderr, "the window did not show\n");
+        ShowExposed(wnd);
         wnd.grab();
         // the overshoot boxed, an arrow to it from a text
         wnd.OnCommand(CmdToolRect);
@@ -145,12 +103,12 @@ int main(int argc, char **argv)
         QTest::mouseClick(&wnd, Qt::LeftButton, Qt::NoModifier, at(wnd, 3.5, 0.35));
         wnd.OnCommand(CmdToolSelect);
         wnd.grab();
-        ok = save(wnd, out.filePath(QStringLiteral("graphwnd-objects.png"))) && ok;
+        ok = run.Save(wnd.grab(), QStringLiteral("graphwnd-objects.png")) && ok;
     }
     {
         CGraphWnd wnd;
         wnd.resize(860, 520);
-        wnd.SetGraphDataCopy(switchingNode());
+        wnd.SetGraphDataCopy(SwitchingNode(1 << 15, false));
         CGraphCurve &g = *wnd.GetGraphData();
         g.m_backColor = 0xFFFFFF;
         g.m_xLog = 1;
@@ -158,11 +116,9 @@ int main(int argc, char **argv)
         wnd.ShowEmiLimit(0, true); // FCC Class A
         wnd.ShowEmiLimit(1, true); // FCC Class B
         g.Curve(g.CurveCount() - 1)->m_color = 0x0000C0;
-        wnd.show();
-        if (!QTest::qWaitForWindowExposed(&wnd))
-            std::fprintf(stderr, "the window did not show\n");
+        ShowExposed(wnd);
         wnd.grab();
-        ok = save(wnd, out.filePath(QStringLiteral("graphwnd-emi.png"))) && ok;
+        ok = run.Save(wnd.grab(), QStringLiteral("graphwnd-emi.png")) && ok;
     }
     {
         CDrawText text;
@@ -173,10 +129,8 @@ int main(int argc, char **argv)
         text.m_color = 0x0000C0;
         CTextAttributes dialog;
         dialog.Load(text);
-        dialog.show();
-        if (!QTest::qWaitForWindowExposed(&dialog))
-            std::fprintf(stderr, "the dialog did not show\n");
-        ok = save(dialog, out.filePath(QStringLiteral("graphwnd-textattributes.png"))) && ok;
+        ShowExposed(dialog);
+        ok = run.Save(dialog.grab(), QStringLiteral("graphwnd-textattributes.png")) && ok;
     }
     {
         CGraphWnd wnd;
@@ -194,11 +148,9 @@ int main(int argc, char **argv)
         g.FitRanges();
         wnd.UpdateView();
         wnd.StoreDefaultView();
-        wnd.show();
-        if (!QTest::qWaitForWindowExposed(&wnd))
-            std::fprintf(stderr, "the window did not show\n");
+        ShowExposed(wnd);
         wnd.grab();
-        ok = save(wnd, out.filePath(QStringLiteral("graphwnd-dates.png"))) && ok;
+        ok = run.Save(wnd.grab(), QStringLiteral("graphwnd-dates.png")) && ok;
     }
     return ok ? 0 : 1;
 }

@@ -1,7 +1,7 @@
 // Computed curves in a window: the dialog with its errors at the place, the
 // progress box whose Cancel leaves the graph as it was, and the curves of
 // origin 1 that ApplyCurveList now computes.
-#include "../common/scriptedprompts.h"
+#include "ratiowindow.h"
 
 #include "graphdata/computedcurve.h"
 #include "graphdata/file/graphfileload.h"
@@ -24,29 +24,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class FormulaCurveWindow : public ::testing::Test
+class FormulaCurveWindow : public RatioWindowTest
 {
 protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG))); }
-
     void SetUp() override
     {
-        CGraphData data;
-        data.Create(1, 2, 50, 0);
-        for (int i = 0; i < 50; ++i) {
-            const double row[2] = {i * 0.1, 1.0 / (1 + i)};
-            const std::uint8_t valid[2] = {1, std::uint8_t(i % 9 == 4 ? 2 : 1)};
-            data.AppendRows(row, valid, 0, 2, i, 1);
-        }
-        data.GetColumn(0)->m_name = u"t"_s;
-        data.GetColumn(1)->m_name = u"ratio"_s;
-        m_wnd.SetGraphDataCopy(data);
+        RatioWindowTest::SetUp();
         m_wnd.resize(600, 400);
     }
     void TearDown() override { SetComputedCurveEvaluator({}); }
-
-    CScriptedPrompts m_prompts;
-    CGraphWnd m_wnd;
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "../common/scriptedprompts.h"
+#include "ratiowindow.h"
 
 #include "graphdata/file/graphfileload.h"
 #include "graphdata/graphcurve.h"
@@ -16,27 +16,9 @@
 
 namespace {
 
-class GraphWndFile : public ::testing::Test
+class GraphWndFile : public RatioWindowTest
 {
 protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG))); }
-
-    void SetUp() override
-    {
-        CGraphData data;
-        data.Create(1, 2, 50, 0);
-        for (int i = 0; i < 50; ++i) {
-            const double row[2] = {i * 0.1, 1.0 / (1 + i)};
-            const std::uint8_t valid[2] = {1, std::uint8_t(i % 9 == 4 ? 2 : 1)};
-            data.AppendRows(row, valid, 0, 2, i, 1);
-        }
-        data.GetColumn(0)->m_name = QStringLiteral("t");
-        data.GetColumn(1)->m_name = QStringLiteral("ratio");
-        m_wnd.SetGraphDataCopy(data);
-    }
-
-    CScriptedPrompts m_prompts;
-    CGraphWnd m_wnd;
     QTemporaryDir m_dir;
 };
 

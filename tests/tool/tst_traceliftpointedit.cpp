@@ -12,10 +12,20 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <cmath>
+#include <functional>
 
 namespace {
 
 double saturation(double x) { return 100.0 * (1 - std::exp(-x / 2.5)); }
+
+// The saturating curve drawn through twelve X, 0.8 apart from 0.2 on.
+CGraphPicture saturationPicture()
+{
+    QList<double> xs;
+    for (double x = 0.2; x < 10; x += 0.8)
+        xs << x;
+    return MakeGraphPicture(false, saturation, xs);
+}
 
 QList<QPointF> pixelsOf(const QString &text, const CGraphPicture &g)
 {
@@ -54,22 +64,53 @@ const KeyCase keyCases[] = {
     {"Delete near the middle", Qt::Key_Delete, Qt::NoModifier, 1, Qt::ControlModifier, 1, 0, 0},
 };
 
+// The dialog over the saturating curve.
+class PointEditTest : public TraceliftTest
+{
+protected:
+    // Three points clicked on the curve: `clicked` is their text, `base`
+    // their pixels.
+    void traceThree()
+    {
+        reach(ModeTrace, g);
+        ASSERT_EQ(mode(), ModeTrace);
+        for (int i : {2, 5, 8})
+            click(g.vertices[i]);
+        clicked = text(IdPoints);
+        base = pixelsOf(clicked, g);
+        ASSERT_EQ(base.size(), 3);
+    }
+
+    // Curve after curve of a family from the trace on, each clicked at its
+    // own vertices of the curve, `drop` pixels lower than the one before, and
+    // finished with Next; onClicked(curve) runs before the Next.
+    void traceFamily(const QList<QList<int>> &vertices, int drop, const std::function<void(int)> &onClicked = {})
+    {
+        ASSERT_EQ(mode(), ModeTrace);
+        for (int curve = 0; curve < vertices.size(); ++curve) {
+            if (curve > 0) {
+                ASSERT_TRUE(dialog->OnTraceAnotherCurve()) << curve;
+            }
+            for (int i : vertices[curve])
+                click(g.vertices[i] + QPoint(0, drop * curve));
+            if (onClicked)
+                onClicked(curve);
+            next();
+            ASSERT_EQ(mode(), ModePlotted) << curve;
+        }
+    }
+
+    const CGraphPicture g = saturationPicture();
+    QString clicked;
+    QList<QPointF> base;
+};
+
 } // namespace
 
-TEST_F(TraceliftTest, EditKeysRewriteThePointTextAndUndoBringsItBack)
+TEST_F(PointEditTest, EditKeysRewriteThePointTextAndUndoBringsItBack)
 {
-    QList<double> xs;
-    for (double x = 0.2; x < 10; x += 0.8)
-        xs << x;
-    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
-    reach(ModeTrace, g);
-    ASSERT_EQ(mode(), ModeTrace);
-    const QPoint clicks[] = {g.vertices[2], g.vertices[5], g.vertices[8]};
-    for (const QPoint &p : clicks)
-        click(p);
-    const QString clicked = text(IdPoints);
-    const QList<QPointF> base = pixelsOf(clicked, g);
-    ASSERT_EQ(base.size(), 3);
+    traceThree();
+    ASSERT_FALSE(HasFatalFailure());
 
     for (const KeyCase &c : keyCases) {
         SCOPED_TRACE(c.name);
@@ -155,12 +196,8 @@ TEST_F(TraceliftTest, CopiedPointsPasteAsTwoColumns)
     }
 }
 
-TEST_F(TraceliftTest, TraceAnotherCurveKeepsPictureCornersAndValues)
+TEST_F(PointEditTest, TraceAnotherCurveKeepsPictureCornersAndValues)
 {
-    QList<double> xs;
-    for (double x = 0.2; x < 10; x += 0.8)
-        xs << x;
-    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
     QPushButton *another = control<QPushButton>(CTraceliftToolDlg::IdTraceAnother);
     EXPECT_FALSE(dialog->OnTraceAnotherCurve()); // nothing traced yet
     reach(ModeTrace, g);
@@ -205,26 +242,13 @@ TEST_F(TraceliftTest, TraceAnotherCurveKeepsPictureCornersAndValues)
     EXPECT_EQ(withPoints, 2);
 }
 
-TEST_F(TraceliftTest, AFamilyTracedCurveByCurveSavesAndLoadsBack)
+TEST_F(PointEditTest, AFamilyTracedCurveByCurveSavesAndLoadsBack)
 {
-    QList<double> xs;
-    for (double x = 0.2; x < 10; x += 0.8)
-        xs << x;
-    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
-    reach(ModeTrace, g);
-    ASSERT_EQ(mode(), ModeTrace);
     // Three curves over the same X range: the drawn one and two below it.
     QStringList traced;
-    for (int curve = 0; curve < 3; ++curve) {
-        if (curve > 0) {
-            ASSERT_TRUE(dialog->OnTraceAnotherCurve()) << curve;
-        }
-        for (int i : {2, 5, 8})
-            click(g.vertices[i] + QPoint(0, 25 * curve));
-        traced << text(IdPoints);
-        next();
-        ASSERT_EQ(mode(), ModePlotted) << curve;
-    }
+    reach(ModeTrace, g);
+    traceFamily({{2, 5, 8}, {2, 5, 8}, {2, 5, 8}}, 25, [&](int) { traced << text(IdPoints); });
+    ASSERT_FALSE(HasFatalFailure());
 
     QStringList paths;
     for (int i = 0; i < 3; ++i)
@@ -253,20 +277,10 @@ TEST_F(TraceliftTest, AFamilyTracedCurveByCurveSavesAndLoadsBack)
     }
 }
 
-TEST_F(TraceliftTest, APointDraggedWithTheMouseMovesByTheDragAndUndoesAsOneStep)
+TEST_F(PointEditTest, APointDraggedWithTheMouseMovesByTheDragAndUndoesAsOneStep)
 {
-    QList<double> xs;
-    for (double x = 0.2; x < 10; x += 0.8)
-        xs << x;
-    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
-    reach(ModeTrace, g);
-    ASSERT_EQ(mode(), ModeTrace);
-    const QPoint clicks[] = {g.vertices[2], g.vertices[5], g.vertices[8]};
-    for (const QPoint &p : clicks)
-        click(p);
-    const QString clicked = text(IdPoints);
-    const QList<QPointF> base = pixelsOf(clicked, g);
-    ASSERT_EQ(base.size(), 3);
+    traceThree();
+    ASSERT_FALSE(HasFatalFailure());
 
     struct Case {
         const char *name;
@@ -312,12 +326,8 @@ TEST_F(TraceliftTest, APointDraggedWithTheMouseMovesByTheDragAndUndoesAsOneStep)
     }
 }
 
-TEST_F(TraceliftTest, AFamilySavedAsOneCsvReadsBackAtSharedX)
+TEST_F(PointEditTest, AFamilySavedAsOneCsvReadsBackAtSharedX)
 {
-    QList<double> xs;
-    for (double x = 0.2; x < 10; x += 0.8)
-        xs << x;
-    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
     const QString path = files.filePath(QStringLiteral("family.csv"));
     prompts.fileNames = {path};
     EXPECT_FALSE(dialog->OnSaveFamilyCsv()); // nothing finished yet
@@ -328,21 +338,15 @@ TEST_F(TraceliftTest, AFamilySavedAsOneCsvReadsBackAtSharedX)
     type(IdXName, QStringLiteral("VCE"));
     type(IdYName, QStringLiteral("IC"));
     // The second curve is clicked at other X values than the first.
-    const QList<QList<int>> clicked = {{2, 5, 8}, {3, 7}};
     QList<QList<QPointF>> values;
-    for (int curve = 0; curve < clicked.size(); ++curve) {
-        if (curve > 0) {
-            ASSERT_TRUE(dialog->OnTraceAnotherCurve());
-        }
-        for (int i : clicked[curve])
-            click(g.vertices[i] + QPoint(0, 30 * curve));
+    traceFamily({{2, 5, 8}, {3, 7}}, 30, [&](int) {
         QList<QPointF> v;
         const TracedPoints &p = canvas()->m_capture.m_points;
         for (int k = 0; k < p.count; ++k)
             v << QPointF(p.pairs[2 * k], p.pairs[2 * k + 1]);
         values << v;
-        next();
-    }
+    });
+    ASSERT_FALSE(HasFatalFailure());
     prompts.fileNames = {path};
     ASSERT_TRUE(dialog->OnSaveFamilyCsv()) << qPrintable(prompts.MessageTexts().join(u'|'));
 
@@ -481,7 +485,7 @@ struct FamilySave {
     int csvRows;          // the rows of the family CSV: each X of either curve once
 };
 
-class TraceliftFamilySave : public TraceliftTest, public ::testing::WithParamInterface<FamilySave>
+class TraceliftFamilySave : public PointEditTest, public ::testing::WithParamInterface<FamilySave>
 {
 };
 
@@ -497,20 +501,9 @@ const FamilySave g_familySaves[] = {
 TEST_P(TraceliftFamilySave, ARefusedRangeOffersTheFamilyCsv)
 {
     const FamilySave &c = GetParam();
-    QList<double> xs;
-    for (double x = 0.2; x < 10; x += 0.8)
-        xs << x;
-    const CGraphPicture g = MakeGraphPicture(false, saturation, xs);
     reach(ModeTrace, g);
-    const QList<QList<int>> clicked = {{2, 5, 8}, c.second};
-    for (int curve = 0; curve < clicked.size(); ++curve) {
-        if (curve > 0) {
-            ASSERT_TRUE(dialog->OnTraceAnotherCurve());
-        }
-        for (int i : clicked[curve])
-            click(g.vertices[i] + QPoint(0, 30 * curve));
-        next();
-    }
+    traceFamily({{2, 5, 8}, c.second}, 30);
+    ASSERT_FALSE(HasFatalFailure());
     prompts.answers = {PromptAnswer::Ok, c.answer};
     for (const char *name : {"a.txt", "b.txt"})
         prompts.fileNames << files.filePath(QString::fromLatin1(name));

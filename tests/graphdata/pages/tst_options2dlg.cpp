@@ -18,6 +18,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -339,4 +340,48 @@ TEST_F(Options2Dlg, RemembersItsLastPage)
     }
     COptions2_Dlg again(m_graph, -1);
     EXPECT_EQ(again.Tabs()->currentWidget(), again.m_screenPage);
+}
+
+// The Y axes are pages of a scrolled parent: each child is handed to it, and
+// a wrong field on an axis far down brings that axis into view.
+TEST_F(Options2Dlg, WrongAxisFarDownIsScrolledIntoView)
+{
+    for (int i = 0; i < 5; ++i) {
+        const int axis = m_graph.AddRange(nullptr);
+        m_graph.Range(axis)->m_autoScale = 0;
+        m_graph.SetYRange(axis, false, false, 0, 10 * (i + 1), 0, false, true);
+    }
+    const int axes = m_graph.RangeCount();
+    const std::string before = fingerprint(m_graph);
+    const struct
+    {
+        int axis;
+        bool scrolled; // the view had to move to show it
+    } cases[] = {{0, false}, {axes - 1, true}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.axis);
+        m_prompts.messages.clear();
+        COptions2_Dlg dialog(m_graph, COptionsFault::PageYAxis);
+        dialog.resize(520, 420);
+        dialog.show();
+        dialog.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+        CScrollParent *scroll = dialog.m_yPage->m_scroll;
+        ASSERT_EQ(scroll->PageCount(), axes);
+        for (int i = 0; i < axes; ++i)
+            EXPECT_EQ(scroll->Page(i), dialog.m_yPage->m_children.at(i));
+        CAxisFieldsBox *f = dialog.m_yPage->m_children.at(c.axis)->m_fields;
+        f->m_automatic->setChecked(false);
+        f->m_min->setText(QStringLiteral("900"));
+        f->m_max->setText(QStringLiteral("1"));
+        dialog.accept();
+        EXPECT_NE(dialog.result(), QDialog::Accepted);
+        EXPECT_EQ(QApplication::focusWidget(), f->m_min);
+        EXPECT_EQ(scroll->verticalScrollBar()->value() > 0, c.scrolled);
+        const QRect shown = scroll->viewport()->rect();
+        const QPoint at = f->m_min->mapTo(scroll->viewport(), QPoint(0, 0));
+        EXPECT_TRUE(shown.contains(at)) << at.x() << "," << at.y();
+        dialog.reject();
+        EXPECT_EQ(fingerprint(m_graph), before);
+    }
 }
