@@ -10,6 +10,8 @@
 #include "formula/rpnstatements.h"
 #include "formula/rpntree.h"
 
+#include <unordered_map>
+
 #include <utility>
 #include <vector>
 
@@ -254,6 +256,8 @@ void PrepareFastPath(CRpnNode *root)
     // Bottom-up: a node may take the fast path when its class has one and all
     // its operands may.  A list may when it has exactly one child that may.
     const std::vector<CRpnNode *> nodes = preOrder(root);
+    std::unordered_map<const CRpnNode *, int> chainLength; // of + - * links, down the left side
+    constexpr int kLoopChainLinks = 8;
     for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
         CRpnNode *node = *it;
         node->m_realPath = std::int8_t(node->GetRealPath());
@@ -289,7 +293,17 @@ void PrepareFastPath(CRpnNode *root)
             return n && (n->m_fastOp == RPN_FAST_OP_ADD || n->m_fastOp == RPN_FAST_OP_SUBTRACT
                          || n->m_fastOp == RPN_FAST_OP_MULTIPLY);
         };
-        node->m_chainHead = link(node) && node->GetOperandCount() == 2 && link(node->GetOperand(0));
+        // A short chain recurses (which costs less than gathering it); from
+        // a few links on it is walked with a loop, so that a long one needs
+        // no frame per link.
+        int length = 0;
+        if (link(node) && node->GetOperandCount() == 2) {
+            const CRpnNode *left = node->GetOperand(0);
+            const auto it = link(left) ? chainLength.find(left) : chainLength.end();
+            length = 1 + (it != chainLength.end() ? it->second : 0);
+            chainLength[node] = length;
+        }
+        node->m_chainHead = length >= kLoopChainLinks;
         if (node->GetKind() == RPN_NODE_ASSIGN) {
             const CRpnNode *left = node->GetOperand(0), *right = node->GetOperand(1);
             // (Not a call: a function may give a number with its display exponent.)

@@ -218,6 +218,17 @@ bool CNodeVariable::EvaluateFast(double &out)
         out = c->values[row];
         return true;
     }
+    CEquationTree *tree = m_tree;
+    if (tree->m_getVariable && !tree->GetCallFrame()) {
+        // The host's variable, straight from its getter.
+        int found = 1;
+        tree->m_getVariable(m_value, m_index, tree->m_rowIndex, tree->m_runData1, tree->m_runData2, this, m_name,
+                            found);
+        if (!found || !m_value.IsReal())
+            return false;
+        out = m_value.GetRealValue();
+        return true;
+    }
     if (const CRpnData *slot = FindPlace()) {
         if (!slot->IsReal())
             return false;

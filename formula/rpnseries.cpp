@@ -2,8 +2,12 @@
 
 #include "formula/rpnseries.h"
 
+#include "formula/rpnfunctioncall.h"
 #include "formula/rpnoperators.h"
+#include "formula/rpnstatements.h"
+#include "formula/rpnuserfunction.h"
 #include "formula/rpntree.h"
+#include "support/stackroom.h"
 
 #include <algorithm>
 #include <cmath>
@@ -85,18 +89,31 @@ std::unique_ptr<CRpnSeriesProgram> CRpnSeriesProgram::Build(CEquationTree *tree)
     return program;
 }
 
-bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
+bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out, int depth)
 {
-    if (!node)
+    if (!node || depth > MaxDepth || int(m_steps.size()) >= MaxSteps || StackRoom::IsStackLow())
         return false;
     // A list of one element has that element's double.
     if (node->IsList() && !node->IsMultiOperand()) {
-        if (node->GetOperandCount() != 1 || !compile(node->GetOperand(0), out))
+        if (node->GetOperandCount() != 1 || !compile(node->GetOperand(0), out, depth + 1))
             return false;
         out.real = false; // an ARRAY of one
         return true;
     }
+    if (node->IsIIF())
+        return compileChoice(node, out, depth);
+    if (node->IsFunctionCall())
+        return compileCall(node, out, depth);
     if (CNodeVariable *variable = node->AsVariable()) {
+        if (!m_inlined.empty() && !variable->IsConstant()) {
+            // Inside a body compiled in place only the parameters are known.
+            const Inlined &call = m_inlined.back();
+            if (variable->m_slotFunction != call.function || variable->m_slot < 0
+                || variable->m_slot >= int(call.arguments.size()))
+                return false;
+            out = call.arguments[std::size_t(variable->m_slot)];
+            return true;
+        }
         if (variable->IsConstant()) {
             if (!variable->m_value.IsReal())
                 return false;
@@ -129,10 +146,10 @@ bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
     const int count = node->GetOperandCount();
     if (path == RPN_REAL_PATH_NONE || count < 1 || count > 2)
         return false;
-    Step step{OpApplyReal1, node, {}, {}, false, 0};
-    if (!compile(node->GetOperand(0), step.a))
+    Step step{OpApplyReal1, node, {}, {}, {}, false, 0};
+    if (!compile(node->GetOperand(0), step.a, depth + 1))
         return false;
-    if (count == 2 && !compile(node->GetOperand(1), step.b))
+    if (count == 2 && !compile(node->GetOperand(1), step.b, depth + 1))
         return false;
     // The short cuts need a REAL on the left; a list inside makes an ARRAY.
     step.shortCut = count == 2 && step.a.real;
@@ -164,6 +181,54 @@ bool CRpnSeriesProgram::compile(CRpnNode *node, Operand &out)
     m_steps.push_back(step);
     out = {Operand::Register, step.out, 0.0, step.a.real && (count == 1 || step.b.real)};
     return true;
+}
+
+bool CRpnSeriesProgram::compileChoice(CRpnNode *node, Operand &out, int depth)
+{
+    // A condition that may be an array picks element by element: the tree's.
+    // Both branches must be numbers too, whichever is taken.
+    Step step{OpSelect, node, {}, {}, {}, false, 0};
+    if (node->GetOperandCount() != 3 || !compile(node->GetOperand(0), step.c, depth + 1) || !step.c.real
+        || !compile(node->GetOperand(1), step.a, depth + 1) || !step.a.real
+        || !compile(node->GetOperand(2), step.b, depth + 1) || !step.b.real)
+        return false;
+    step.out = int(m_steps.size());
+    m_steps.push_back(step);
+    out = {Operand::Register, step.out, 0.0, true};
+    return true;
+}
+
+bool CRpnSeriesProgram::compileCall(CRpnNode *node, Operand &out, int depth)
+{
+    CNode_Function *call = node->AsFunctionCall();
+    const CRpnUserFunction *function = call ? call->m_function : nullptr;
+    if (!function || !function->m_body || function->GetMainSlot() >= 0)
+        return false;
+    // The body: a block of one `return` of an expression.
+    CRpnNode *body = function->m_body;
+    if (!body->IsList() || body->IsMultiOperand() || body->GetOperandCount() != 1)
+        return false;
+    CRpnNode *statement = body->GetOperand(0);
+    if (!statement || statement->GetKind() != RPN_NODE_RETURN)
+        return false;
+    CRpnNode *expression = static_cast<CNodeReturn *>(statement)->m_operand;
+    // Every parameter given, none by reference, and no recursion.
+    const int parameters = function->GetParameterCount();
+    if (!expression || call->GetOperandCount() != parameters)
+        return false;
+    for (const Inlined &outer : m_inlined) {
+        if (outer.function == function)
+            return false;
+    }
+    Inlined inlined{function, std::vector<Operand>(std::size_t(parameters))};
+    for (int p = 0; p < parameters; ++p) {
+        if (function->IsByReference(p) || !compile(call->GetOperand(p), inlined.arguments[std::size_t(p)], depth + 1))
+            return false;
+    }
+    m_inlined.push_back(std::move(inlined));
+    const bool compiled = compile(expression, out, depth + 1);
+    m_inlined.pop_back();
+    return compiled;
 }
 
 const double *CRpnSeriesProgram::data(const Operand &o) const
@@ -288,6 +353,13 @@ int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *v
                 break;
             case OpOr: binary(a, av, b, bv, out, n, [](double x, double y) { return x != 0.0 || y != 0.0 ? 1.0 : 0.0; }); break;
             case OpNot: unary(a, av, out, n, [](double x) { return x == 0.0 ? 1.0 : 0.0; }); break;
+            case OpSelect: {
+                const double *c = data(s.c);
+                const double cv = s.c.value;
+                for (int i = 0; i < n; ++i)
+                    out[i] = (c ? c[i] : cv) != 0.0 ? (a ? a[i] : av) : (b ? b[i] : bv);
+                break;
+            }
             case OpApplyReal1:
             case OpApplyReal2:
                 for (int i = 0; i < n; ++i) {

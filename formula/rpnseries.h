@@ -2,12 +2,15 @@
 // Series over host columns, a block of rows at a time.
 //
 // When a tree is one expression of REAL constants, variables bound to host
-// columns or read through the host's getter, and operators with a real path
-// (see RpnRealPath), EvaluateSeries does not walk the tree once per row: the
+// columns or read through the host's getter, operators with a real path
+// (see RpnRealPath), `iif` on such a condition and calls of script functions
+// whose body is one `return` of such an expression, EvaluateSeries does not walk the tree once per row: the
 // expression is turned into a short list of steps, and each step runs over a
 // block of rows in a tight loop.  A getter is called for each variable node
-// and row, as the tree would call it; a value that is no REAL sends the row
-// to the tree.
+// and row (also where the tree would pass a node over: the branch an `iif`
+// does not take, the right side of a short cut); a value that is no REAL
+// sends the row to the tree.  A function's body is compiled in place of the
+// call, its parameters standing for the arguments' operands.
 // Rows where the plain doubles do not tell the whole story (a column value
 // that is not valid, a zero divisor, an ApplyReal that fails) are marked and
 // evaluated again through the tree, row by row, so that every row gets
@@ -20,6 +23,7 @@
 
 class CEquationTree;
 class CRpnNode;
+class CRpnUserFunction;
 struct CRpnColumnBinding;
 
 class CRpnSeriesProgram
@@ -27,6 +31,11 @@ class CRpnSeriesProgram
 public:
     // Rows per block.
     static constexpr int BlockRows = 256;
+    // Longer or deeper expressions stay with the tree, whose long chains
+    // run in a loop: the compile goes one frame deeper per level, and each
+    // step keeps a block of its own.
+    static constexpr int MaxDepth = 500;
+    static constexpr int MaxSteps = 2000;
 
     // The program for the tree's root, or null when the root is not such an
     // expression.
@@ -43,6 +52,7 @@ private:
         OpAdd, OpSub, OpMul, OpDiv, OpMod, OpPow, OpNeg, OpPos,
         OpLess, OpGreater, OpLessEqual, OpGreaterEqual, OpAnd, OpOr, OpNot,
         OpApplyReal1, OpApplyReal2, // any other node with a real path, through its ApplyReal
+        OpSelect,                   // iif: c != 0 ? a : b
     };
     struct Operand
     {
@@ -55,12 +65,23 @@ private:
     {
         Op op;
         CRpnNode *node;
-        Operand a, b;
+        Operand a, b, c;
         bool shortCut;       // the left operand may decide alone (`*`, AND, OR)
         int out;             // register
     };
 
-    bool compile(CRpnNode *node, Operand &out);
+    bool compile(CRpnNode *node, Operand &out, int depth = 0);
+    bool compileChoice(CRpnNode *node, Operand &out, int depth);
+    bool compileCall(CRpnNode *node, Operand &out, int depth);
+
+    // The calls whose body is being compiled in place: the function and the
+    // operands of its arguments, innermost last.
+    struct Inlined
+    {
+        const CRpnUserFunction *function;
+        std::vector<Operand> arguments;
+    };
+    std::vector<Inlined> m_inlined;
     const double *data(const Operand &o) const;
 
     std::vector<Step> m_steps;

@@ -14,6 +14,7 @@
 #include "formula/rpnuserfunction.h"
 
 #include <QStringList>
+#include <QVarLengthArray>
 #include <algorithm>
 #include <cmath>
 
@@ -303,6 +304,29 @@ void writeIfLike(const CNode_IF *node, QString &out, int indent)
     }
 }
 
+// The node when it is written as `left op right` by the last part of
+// writeDouble, else null.
+const CNodeDoubleOperand *infixOperator(const CRpnNode *node)
+{
+    if (!node || node->IsValue() || node->IsIFLike() || node->IsMultiOperand() || node->IsAssignment()
+        || node->GetPrecedence() >= RPN_PREC_FUNCTION)
+        return nullptr;
+    switch (node->GetKind()) {
+    case RPN_NODE_LIST:
+    case RPN_NODE_END:
+    case RPN_NODE_COMMENT:
+    case RPN_NODE_GET_ERROR:
+    case RPN_NODE_MACRO_ERROR:
+    case RPN_NODE_ARRAY_INDEX:
+    case RPN_NODE_COMMA:
+    case RPN_NODE_MACRO_DEFINE:
+    case RPN_NODE_MACRO_UNDEFINE:
+        return nullptr;
+    default:
+        return dynamic_cast<const CNodeDoubleOperand *>(node);
+    }
+}
+
 void writeDouble(const CNodeDoubleOperand *node, QString &out, int indent)
 {
     const int kind = node->GetKind();
@@ -347,10 +371,24 @@ void writeDouble(const CNodeDoubleOperand *node, QString &out, int indent)
         return;
     }
     // Operators group from the left: an operand on the right that binds as
-    // tightly as the operator keeps its parentheses.
-    writeOperand(node->m_left, p, false, out, indent);
-    out += node->GetName();
-    writeOperand(node->m_right, p, true, out, indent);
+    // tightly as the operator keeps its parentheses.  A left operand that is
+    // itself such an operator needs none, so a long left-deep chain (a sum
+    // of many terms) is written with a loop, not a frame per link.
+    QVarLengthArray<const CNodeDoubleOperand *, 16> chain;
+    chain.push_back(node);
+    for (;;) {
+        const CNodeDoubleOperand *link = chain.back();
+        const CNodeDoubleOperand *left = infixOperator(link->m_left);
+        if (!left || writtenPrecedence(left) < link->GetPrecedence())
+            break;
+        chain.push_back(left);
+    }
+    const CNodeDoubleOperand *innermost = chain.back();
+    writeOperand(innermost->m_left, innermost->GetPrecedence(), false, out, indent);
+    for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+        out += (*it)->GetName();
+        writeOperand((*it)->m_right, (*it)->GetPrecedence(), true, out, indent);
+    }
 }
 
 void writeSingle(const CNodeSingleOperand *node, QString &out, int indent)

@@ -17,20 +17,41 @@ int digitsOrDefault(int digits)
     return digits < 1 || digits > 31 ? int(kDigits) : digits;
 }
 
+// The value of the first parameter; false when the call ends there: without
+// parameters (the result is `none`), or when the parameter failed.
+bool firstValue(CRpnNodeList *node, CRpnData &value, const CRpnData &none, CRpnData &result, unsigned char &status)
+{
+    if (node->GetOperandCount() == 0) {
+        result = none;
+        return false;
+    }
+    return EvaluateArgument(node, 0, value, result, status);
+}
+
+// The named values of the parameters after the first; false, with the
+// result 0, when one failed.
+bool readNamedValues(CRpnNodeList *node, CMapStringToRpnData &named, bool upperNames, CRpnData &result,
+                     unsigned char &status)
+{
+    for (int i = 1; i < node->GetOperandCount(); ++i) {
+        ReadNamedParam(node->m_children[std::size_t(i)], named, status, upperNames);
+        if (status == 0) {
+            result.SetInt(0);
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 void CNodeToString::Evaluate(CRpnData &result, unsigned char &status)
 {
-    const int count = GetOperandCount();
-    if (count == 0) {
-        result.SetText(QString());
-        return;
-    }
     CRpnData value;
-    if (!EvaluateArgument(this, 0, value, result, status))
+    if (!firstValue(this, value, CRpnData(QString()), result, status))
         return;
     int digits = int(kDigits);
-    if (count >= 2 && m_children[1]) {
+    if (GetOperandCount() >= 2 && m_children[1]) {
         // A failing precision falls back to 16 digits; the call goes on.
         CRpnData d;
         unsigned char own = 1;
@@ -43,27 +64,16 @@ void CNodeToString::Evaluate(CRpnData &result, unsigned char &status)
 
 void CNode_ToString2::Evaluate(CRpnData &result, unsigned char &status)
 {
-    const int count = GetOperandCount();
-    if (count == 0) {
-        result.SetText(QString());
-        return;
-    }
     CRpnData value;
-    if (!EvaluateArgument(this, 0, value, result, status))
+    if (!firstValue(this, value, CRpnData(QString()), result, status))
         return;
-    if (count == 1) {
+    if (GetOperandCount() == 1) {
         result.SetText(value.GetText(kDigits));
         return;
     }
     CMapStringToRpnData options;
-    for (int i = 1; i < count; ++i) {
-        ReadNamedParam(m_children[std::size_t(i)], options, status, true);
-        if (status == 0) {
-            result.SetInt(0);
-            return;
-        }
-    }
-    result.SetText(value.FormatValue(options));
+    if (readNamedValues(this, options, true, result, status))
+        result.SetText(value.FormatValue(options));
 }
 
 namespace {
@@ -120,13 +130,8 @@ bool runInner(CRpnNode *node, CEquationTree &inner, CRpnData &outcome, unsigned 
 
 void CNodeToValue::Evaluate(CRpnData &result, unsigned char &status)
 {
-    const int count = GetOperandCount();
-    if (count == 0) {
-        result.SetInt(0);
-        return;
-    }
     CRpnData value;
-    if (!EvaluateArgument(this, 0, value, result, status))
+    if (!firstValue(this, value, CRpnData(0), result, status))
         return;
     if (!value.IsString() && !value.IsFormula()) {
         result = std::move(value);
@@ -135,13 +140,8 @@ void CNodeToValue::Evaluate(CRpnData &result, unsigned char &status)
     // The named values are read before the text is compiled, so that the
     // compiled text finds them among its locals.
     CMapStringToRpnData named;
-    for (int i = 1; i < count; ++i) {
-        ReadNamedParam(m_children[std::size_t(i)], named, status, false);
-        if (status == 0) {
-            result.SetInt(0);
-            return;
-        }
-    }
+    if (!readNamedValues(this, named, false, result, status))
+        return;
     CRpnData outcome;
     if (value.IsString()) {
         CEquationTree inner;

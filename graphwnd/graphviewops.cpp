@@ -181,30 +181,6 @@ void ZoomAround(CGraphCurve &g, QPoint pixel, double f, const CStepCounts &store
     }
 }
 
-bool ScrollAxisByWheel(CGraphCurve &g, int axis, int delta)
-{
-    double *lo, *hi, tick;
-    if (axis < 0) {
-        lo = &g.m_xViewMin;
-        hi = &g.m_xViewMax;
-        tick = g.m_xTick;
-    } else if (axis < g.RangeCount()) {
-        lo = &g.Range(axis)->m_viewMin;
-        hi = &g.Range(axis)->m_viewMax;
-        tick = g.Range(axis)->m_tick;
-    } else {
-        return false;
-    }
-    if (!(tick > 0) || !validView(*lo, *hi))
-        return false;
-    const double n = std::min(std::trunc(delta / 120.0), std::floor((*hi - *lo) / tick));
-    if (n == 0)
-        return false;
-    *lo += n * tick;
-    *hi += n * tick;
-    return true;
-}
-
 void ZoomToPixels(CGraphCurve &g, const QRect &pixels, bool changeX, bool changeY)
 {
     const QRect r = pixels.normalized();

@@ -65,11 +65,6 @@ void ZoomBy(CGraphCurve &graph, double factor);
 // falls below it; a Y tick doubles above twice and halves below half.
 void ZoomAround(CGraphCurve &graph, QPoint pixel, double factor, const CStepCounts &stored);
 
-// Wheel scroll of an axis (-1 the X axis) by `delta` wheel units (120 a
-// notch): n = min(delta / 120, floor(span / tick)) ticks.  Returns false
-// when nothing moved (n is 0, or the axis has no tick).
-bool ScrollAxisByWheel(CGraphCurve &graph, int axis, int delta);
-
 // Sets the X view (with changeX) and every Y view (with changeY) to the
 // values under a pixel rectangle.
 void ZoomToPixels(CGraphCurve &graph, const QRect &pixels, bool changeX, bool changeY);

@@ -380,3 +380,80 @@ TEST(RpnDepth, ANameBeforeAParenthesisThatIsNoFunction)
 }
 
 } // namespace
+
+namespace {
+
+const double kChainX[] = {0.0, 0.5, 1.0, 1.5};
+
+void chainGetter(CRpnData &result, int, int row, void *, void *, CRpnNode *, const QString &, int &found)
+{
+    if (row < 0 || row >= 4) {
+        found = 0;
+        return;
+    }
+    result.SetDouble(kChainX[row]);
+}
+
+} // namespace
+
+TEST(RpnDepth, AFlatChainRunsRowByRowAndIsWrittenBackOnASmallStack)
+{
+    // The thread's whole stack is one megabyte: a frame per link of 200,000
+    // would run off its end, in the series (with a bound column, with the
+    // host's getter, in the throwing mode that always walks the tree) and
+    // in writing the formula back as text.
+    struct Case
+    {
+        const char *what;
+        QString text;
+        double offset; // the value at a row is x + offset
+    };
+    const std::vector<Case> cases = {
+        {"a sum", QStringLiteral("x") + repeat("+1", 200000), 200000.0},
+        {"differences", QStringLiteral("x") + repeat("-1", 200000), -200000.0},
+        {"products, differences and sums", QStringLiteral("x") + repeat("*1-1+1", 70000), 0.0},
+    };
+    enum Mode { Column, Getter, Throwing, ModeCount };
+    std::vector<std::string> failures;
+    QThread *thread = QThread::create([&] {
+        for (const Case &c : cases) {
+            for (int mode = 0; mode < ModeCount; ++mode) {
+                CEquationTree tree;
+                if (mode == Column)
+                    tree.BindColumn(QStringLiteral("x"), kChainX, nullptr, 4);
+                else
+                    tree.SetVariableAccess(chainGetter, nullptr);
+                tree.throwOnError = mode == Throwing;
+                // x is the host's: its matcher claims the name.
+                const CRpnVariableMatcher matcher = [](QStringView rest, int &index) {
+                    index = 0;
+                    return rest.startsWith(u'x') && (rest.size() == 1 || !rest[1].isLetterOrNumber()) ? 1 : 0;
+                };
+                if (!tree.Compile(c.text, nullptr, true, mode == Column ? CRpnVariableMatcher() : matcher)) {
+                    failures.push_back(std::string(c.what) + ": no compile: " + tree.GetErrorMessage().toStdString());
+                    continue;
+                }
+                double values[4] = {};
+                unsigned char valid[4] = {};
+                const int good = tree.EvaluateSeries(values, valid, 0, 3);
+                for (int r = 0; r < 4; ++r) {
+                    if (good != 4 || valid[r] != 1 || values[r] != kChainX[r] + c.offset)
+                        failures.push_back(std::string(c.what) + ", mode " + std::to_string(mode) + ", row "
+                                           + std::to_string(r) + ": " + std::to_string(values[r]));
+                }
+                if (mode != Column)
+                    continue;
+                QString written;
+                tree.GetFormulaText(written);
+                if (written != c.text)
+                    failures.push_back(std::string(c.what) + ": written back as " + written.left(40).toStdString());
+            }
+        }
+    });
+    thread->setStackSize(1024 * 1024);
+    thread->start();
+    thread->wait();
+    delete thread;
+    for (const std::string &failure : failures)
+        ADD_FAILURE() << failure;
+}

@@ -192,12 +192,18 @@ TEST(RpnTree, SeriesValidityAndColumns)
 namespace {
 
 // Random expressions over two columns, with the operators that have a real path.
+// Script functions that the expressions call: one of a single `return`,
+// one whose body calls the other, and one that is no single `return`.
+const char *const kFunctions = "function f(p, q) { return p * q - p / 2 }; "
+                               "function g(t) { return iif(t > 0, f(t, 1), -t) }; "
+                               "function h(u) { if (u) { return 1 }; return 2 }; ";
+
 struct ExpressionMaker
 {
     std::mt19937 random{20240611};
     QString make(int depth)
     {
-        std::uniform_int_distribution<int> pick(0, depth <= 0 ? 3 : 12);
+        std::uniform_int_distribution<int> pick(0, depth <= 0 ? 3 : 15);
         switch (pick(random)) {
         case 0: return QStringLiteral("x");
         case 1: return QStringLiteral("y");
@@ -208,6 +214,12 @@ struct ExpressionMaker
         case 5: return QStringLiteral("!(") + make(depth - 1) + QStringLiteral(")");
         case 6: return QStringLiteral("(") + make(depth - 1) + QStringLiteral(")");
         case 7: return QStringLiteral("{") + make(depth - 1) + QStringLiteral("}");
+        case 13:
+            return QStringLiteral("iif(") + make(depth - 1) + QStringLiteral(", ") + make(depth - 1)
+                + QStringLiteral(", ") + make(depth - 1) + u')';
+        // The functions of kFunctions.
+        case 14: return QStringLiteral("f(") + make(depth - 1) + QStringLiteral(", ") + make(depth - 1) + u')';
+        case 15: return QStringLiteral("g(") + make(depth - 1) + u')';
         default: {
             static const char *const ops[] = {"+", "-", "*", "/", "%", "^", "<", ">=", "&&", "||", "**"};
             const char *op = ops[std::uniform_int_distribution<int>(0, 10)(random)];
@@ -264,7 +276,11 @@ TEST(RpnTree, SeriesEvaluatorsAgree)
     ExpressionMaker maker;
     int withProgram = 0;
     for (int n = 0; n < 300; ++n) {
-        const QString text = maker.make(5);
+        QString text = maker.make(5);
+        // Now and then a call of a body that stays with the tree.
+        if (n % 10 == 3)
+            text += QStringLiteral(" + h(x > 0)");
+        text.prepend(QString::fromLatin1(kFunctions));
         CEquationTree block, getter, fast, plain;
         block.BindColumn(QStringLiteral("x"), x.data(), xv.data(), kRows);
         block.BindColumn(QStringLiteral("y"), y.data(), yv.data(), kRows);

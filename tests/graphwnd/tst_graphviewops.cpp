@@ -113,28 +113,6 @@ TEST(ViewOps, ZoomAroundKeepsThePointUnderTheMouse)
     EXPECT_EQ(t.g.Range(0)->m_tick, 20); // more than twice the stored steps
 }
 
-TEST(ViewOps, TheWheelScrollsWholeTicksBoundedByTheSpan)
-{
-    struct Case
-    {
-        int delta;
-        double wantMin;
-        bool moved;
-    };
-    const Case cases[] = {{120, 10, true}, {-240, -20, true}, {60, 0, false}, {120 * 50, 100, true}};
-    for (const Case &c : cases) {
-        Graph t;
-        EXPECT_EQ(ScrollAxisByWheel(t.g, 0, c.delta), c.moved) << c.delta;
-        EXPECT_EQ(t.g.Range(0)->m_viewMin, c.wantMin) << c.delta;
-        EXPECT_EQ(t.g.Range(0)->m_viewMax - t.g.Range(0)->m_viewMin, 100) << c.delta;
-    }
-    Graph t;
-    EXPECT_TRUE(ScrollAxisByWheel(t.g, -1, 120));
-    EXPECT_EQ(t.g.m_xViewMin, 10);
-    t.g.m_xTick = 0;
-    EXPECT_FALSE(ScrollAxisByWheel(t.g, -1, 120));
-}
-
 TEST(ViewOps, PixelRectanglesAndPansMapThroughThePlot)
 {
     Graph t;

@@ -654,6 +654,44 @@ QString readExponent(COcr &ocr, const CTickLabel &label, int &confidence)
 
 } // namespace
 
+namespace {
+
+// The base of a label read with its crop enlarged to `pixels`: the engine's
+// digits, with the point, the minus and the prefix letter that were told by
+// their shape put back.
+QString readBase(COcr &ocr, const CTickLabel &l, double pixels, int &confidence)
+{
+    // A minus sign found by its shape is not given to the engine, which
+    // reads a lone small dash poorly.  The English data has no µ (it reads
+    // one as p or u, or drops it), so of a label with a prefix letter that
+    // descends only the digits are given to the engine.
+    const char *alphabet = l.prefixLetter.isNull() ? "0123456789.,-+eEkKMGTmunpx^()" : "0123456789.,";
+    QString text = ocr.Read(forReading(l.baseCrop, pixels), alphabet, confidence);
+    if (!l.prefixLetter.isNull() && !text.contains(u'.') && !text.contains(u',')) {
+        // The point the digits alone lost, from the whole label read with
+        // its letter (as whatever the engine takes it for), when the digits
+        // of both readings agree.
+        int wholeConfidence = 0;
+        QString whole = ocr.Read(forReading(l.wholeCrop, pixels), "0123456789.,punm", wholeConfidence);
+        while (!whole.isEmpty() && !whole.back().isDigit())
+            whole.chop(1);
+        whole.replace(u',', u'.');
+        if (whole.count(u'.') == 1 && QString(whole).remove(u'.') == text)
+            text = whole;
+    }
+    const bool digitsOnly
+        = !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit(); });
+    if (l.pointAfter > 0 && digitsOnly && text.size() == l.baseBlobs)
+        text.insert(l.pointAfter, u'.');
+    if (l.baseMinus)
+        text.prepend(u'-');
+    if (!l.prefixLetter.isNull() && !text.isEmpty())
+        text.append(l.prefixLetter);
+    return text;
+}
+
+} // namespace
+
 bool ReadTickLabels(QList<CTickLabel> &labels)
 {
     std::lock_guard<std::mutex> lock(g_ocrLock);
@@ -661,33 +699,18 @@ bool ReadTickLabels(QList<CTickLabel> &labels)
         return false;
     for (CTickLabel &l : labels) {
         int baseConfidence = 0, exponentConfidence = 100;
-        // A minus sign found by its shape is not given to the engine, which
-        // reads a lone small dash poorly.
-        // The English data has no µ (it reads one as p or u, or drops it),
-        // so a prefix that descends is told by its shape and only the
-        // digits before it are given to the engine.
-        const char *alphabet = l.prefixLetter.isNull() ? "0123456789.,-+eEkKMGTmunpx^()" : "0123456789.,";
-        l.text = g_ocr.Read(forReading(l.baseCrop, 32), alphabet, baseConfidence);
-        if (!l.prefixLetter.isNull() && !l.text.contains(u'.') && !l.text.contains(u',')) {
-            // The point the digits alone lost, from the whole label read
-            // with its letter (as whatever the engine takes it for), when
-            // the digits of both readings agree.
-            int wholeConfidence = 0;
-            QString whole = g_ocr.Read(forReading(l.wholeCrop, 32), "0123456789.,punm", wholeConfidence);
-            while (!whole.isEmpty() && !whole.back().isDigit())
-                whole.chop(1);
-            whole.replace(u',', u'.');
-            if (whole.count(u'.') == 1 && QString(whole).remove(u'.') == l.text)
-                l.text = whole;
+        l.text = readBase(g_ocr, l, 32, baseConfidence);
+        if (l.exponentCrop.isNull() && !ParseLabelValue(l.text).ok) {
+            // The engine now and then drops a digit or a letter at one size
+            // and not at another ("1m" read as "m"): a label that does not
+            // read is read at two more sizes, and counts when both agree.
+            int small = 0, large = 0;
+            const QString a = readBase(g_ocr, l, 24, small), b = readBase(g_ocr, l, 44, large);
+            if (a == b && ParseLabelValue(a).ok) {
+                l.text = a;
+                baseConfidence = std::min(small, large);
+            }
         }
-        const bool digitsOnly = !l.text.isEmpty()
-            && std::all_of(l.text.begin(), l.text.end(), [](QChar c) { return c.isDigit(); });
-        if (l.pointAfter > 0 && digitsOnly && l.text.size() == l.baseBlobs)
-            l.text.insert(l.pointAfter, u'.');
-        if (l.baseMinus)
-            l.text.prepend(u'-');
-        if (!l.prefixLetter.isNull() && !l.text.isEmpty())
-            l.text.append(l.prefixLetter);
         if (!l.exponentCrop.isNull()) {
             l.exponent = readExponent(g_ocr, l, exponentConfidence);
             if (l.exponent.isEmpty()) {

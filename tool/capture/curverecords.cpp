@@ -211,27 +211,20 @@ bool CCurveRecords::SaveFields(const CToolFields &fields)
     if (!target)
         return false;
     const CAxisValues v = ReadAxisValues(fields);
-    if (fields.exchangeXY) {
+    // With the axes exchanged the record's X axis is the fields' Y axis.
+    const bool swap = fields.exchangeXY;
+    if (swap)
         target->flags |= CGraphInfoData::FlagAxesExchanged;
-        target->xMin = v.yAtFirst;
-        target->xMax = v.yAtSecond;
-        target->yMin = v.xAtFirst;
-        target->yMax = v.xAtSecond;
-        target->xLog = v.yLog;
-        target->yLog = v.xLog;
-        target->xUnitExponent = v.yUnitExponent;
-        target->yUnitExponent = v.xUnitExponent;
-    } else {
+    else
         target->flags &= ~std::uint32_t(CGraphInfoData::FlagAxesExchanged);
-        target->xMin = v.xAtFirst;
-        target->xMax = v.xAtSecond;
-        target->yMin = v.yAtFirst;
-        target->yMax = v.yAtSecond;
-        target->xLog = v.xLog;
-        target->yLog = v.yLog;
-        target->xUnitExponent = v.xUnitExponent;
-        target->yUnitExponent = v.yUnitExponent;
-    }
+    target->xMin = swap ? v.yAtFirst : v.xAtFirst;
+    target->xMax = swap ? v.yAtSecond : v.xAtSecond;
+    target->yMin = swap ? v.xAtFirst : v.yAtFirst;
+    target->yMax = swap ? v.xAtSecond : v.yAtSecond;
+    target->xLog = swap ? v.yLog : v.xLog;
+    target->yLog = swap ? v.xLog : v.yLog;
+    target->xUnitExponent = swap ? v.yUnitExponent : v.xUnitExponent;
+    target->yUnitExponent = swap ? v.xUnitExponent : v.yUnitExponent;
 
     CGraphInfoData *current = m_currentCurve;
     if (!current || current->IsTemplate())

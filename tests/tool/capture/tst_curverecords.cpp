@@ -254,9 +254,13 @@ TEST(CurveRecords, SavedFieldsCrossWhenAxesAreExchanged)
         const CGraphInfoData *t = rec.r.Template();
         EXPECT_EQ(t->flags & CGraphInfoData::FlagAxesExchanged, exchanged ? 0x1000u : 0u);
         EXPECT_EQ(t->xMin, exchanged ? 3 : 1);
+        EXPECT_EQ(t->xMax, exchanged ? 4 : 2);
+        EXPECT_EQ(t->yMin, exchanged ? 1 : 3);
         EXPECT_EQ(t->yMax, exchanged ? 2 : 4);
         EXPECT_EQ(t->xLog, exchanged ? 0 : 1);
+        EXPECT_EQ(t->yLog, exchanged ? 1 : 0);
         EXPECT_EQ(t->xUnitExponent, exchanged ? 3 : 0);
+        EXPECT_EQ(t->yUnitExponent, exchanged ? 0 : 3);
         double x = 0, y = 0;
         ASSERT_TRUE(curve->GetPoint(1, x, y));
         EXPECT_EQ(x, exchanged ? 4000 : 3);
