@@ -3,19 +3,24 @@
 // two EMI limits over it, and a series over calendar days with titled Y
 // axes.  Run under a display (xvfb-run works) or on the offscreen platform:
 //     graphwnd_screens OUTPUT_FOLDER
-// It writes graphwnd-objects.png, graphwnd-emi.png, graphwnd-dates.png and
-// graphwnd-textattributes.png (the dialog of a text object).
+// It writes graphwnd-objects.png, graphwnd-emi.png, graphwnd-dates.png,
+// graphwnd-textattributes.png (the dialog of a text object) and
+// graphwnd-channels.png (an oscilloscope's channel formulas, one refused).
 
 #include "screenshots.h"
 
 #include "graphdata/draw/drawtools.h"
 #include "graphdata/emi/emilimits.h"
 #include "graphdata/spectrum/spectrumjob.h"
+#include "graphdata/scopegraph.h"
 #include "graphwnd/graphwnd.h"
+#include "graphwnd/scopechannelsdialog.h"
 #include "graphwnd/textattributes.h"
 
 #include <cmath>
 #include <numbers>
+
+#include <QLineEdit>
 
 namespace {
 
@@ -151,6 +156,30 @@ int main(int argc, char **argv)
         ShowExposed(wnd);
         wnd.grab();
         ok = run.Save(wnd.grab(), QStringLiteral("graphwnd-dates.png")) && ok;
+    }
+    {
+        // Three channels over 2 ms; the third is given a formula with a name
+        // the oscilloscope has no column for.
+        CGraphData data(true);
+        data.Create(2, 4, 2000, 2000);
+        const char *names[4] = {"t", "sine", "square", "sum"};
+        for (int c = 0; c < 4; ++c)
+            data.GetColumn(c)->m_name = QString::fromLatin1(names[c]);
+        for (int i = 0; i < 2000; ++i) {
+            const double t = i * 1e-6;
+            const double row[4] = {t, std::sin(2 * std::numbers::pi * 1000 * t),
+                                   std::fmod(t * 1500, 1.0) < 0.5 ? 1.0 : -1.0, 0.0};
+            data.AppendRows(row, nullptr, 0, 4, i, 1);
+        }
+        CGraphWnd wnd;
+        wnd.resize(860, 520);
+        wnd.SetGraphData(MakeScopeGraph(data), 0, true);
+        CScopeChannelsDialog dialog(wnd);
+        dialog.FormulaEdit(1)->setText(QStringLiteral("sine*2"));
+        dialog.FormulaEdit(3)->setText(QStringLiteral("sine + sqare/2"));
+        dialog.accept();
+        ShowExposed(dialog);
+        ok = run.Save(dialog.grab(), QStringLiteral("graphwnd-channels.png")) && ok;
     }
     return ok ? 0 : 1;
 }
