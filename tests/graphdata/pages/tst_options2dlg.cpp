@@ -387,8 +387,9 @@ TEST_F(Options2Dlg, SaveAsDefaultKeepsWhatThePagesShowForNewGraphs)
     const std::string before = fingerprint(m_graph);
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        QSettings(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("HELIOMAR"), QStringLiteral("TARN"))
-            .remove(CGraphGlobalData::DefaultKey());
+        // Settings of this case only: nothing stored yet.
+        QTemporaryDir settings;
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
         GetGraphGlobalData() = CGraphGlobalData();
         m_prompts.messages.clear();
         COptions2_Dlg dialog(m_graph, -1);
