@@ -112,6 +112,12 @@ CRpnData::CRpnData(const QString &text) : m_kind(RPN_STRING), m_flags(0)
     new (m_u.p->m_textStorage) QString(text);
 }
 
+CRpnData::CRpnData(QString &&text) : m_kind(RPN_STRING), m_flags(0)
+{
+    m_u.p = makePayload(RPN_STRING);
+    new (m_u.p->m_textStorage) QString(std::move(text));
+}
+
 CRpnData::CRpnData(CXmlElement *element) : m_kind(RPN_XML), m_flags(0)
 {
     m_u.p = makePayload(RPN_XML);
@@ -157,6 +163,18 @@ void CRpnData::SetText(const QString &text)
     // The new text is made before the old payload goes: `text` may live in it.
     CRpnPayload *p = makePayload(RPN_STRING);
     new (p->m_textStorage) QString(text);
+    CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
+    m_u.p = p;
+    m_kind = RPN_STRING;
+    m_flags = 0;
+    if (old)
+        release(old);
+}
+
+void CRpnData::SetText(QString &&text)
+{
+    CRpnPayload *p = makePayload(RPN_STRING);
+    new (p->m_textStorage) QString(std::move(text));
     CRpnPayload *old = boxed(m_kind) ? m_u.p : nullptr;
     m_u.p = p;
     m_kind = RPN_STRING;
@@ -321,10 +339,15 @@ void CRpnData::Resize(int count)
     if (count > p->m_capacity || borrowed) {
         const int capacity = std::max(count, borrowed ? count : p->m_capacity + p->m_capacity / 2);
         CRpnData *items = allocItems(capacity);
-        for (int i = 0; i < keep; ++i)
-            new (items + i) CRpnData(std::move(p->m_items[i]));
-        if (!borrowed) {
-            for (int i = 0; i < p->m_count; ++i)
+        if (borrowed) {
+            for (int i = 0; i < keep; ++i)
+                new (items + i) CRpnData(p->m_items[i]);
+        } else {
+            // A handle points to nothing of its own, so the cells move to the
+            // new block as their bytes; growing here keeps every old cell.
+            std::memcpy(static_cast<void *>(items), static_cast<const void *>(p->m_items),
+                        sizeof(CRpnData) * std::size_t(keep));
+            for (int i = keep; i < p->m_count; ++i)
                 p->m_items[i].~CRpnData();
             ::operator delete(p->m_items);
         }

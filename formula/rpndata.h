@@ -173,6 +173,7 @@ public:
         m_u.p->m_imag = value.imag();
     }
     explicit CRpnData(const QString &text);
+    explicit CRpnData(QString &&text);
     // Counts the element unless it is the shared empty element.
     explicit CRpnData(CXmlElement *element);
 
@@ -286,6 +287,8 @@ public:
     void SetComplex(std::complex<double> value);
     void SetComplex(double re, double im) { SetComplex({re, im}); }
     void SetText(const QString &text);
+    // Takes the text over: a text just made moves in without a count taken and given back.
+    void SetText(QString &&text);
     void SetText(const char *narrow); // widened from UTF-8
     void SetXml(CXmlElement *element);
     void SetTable(CRpnObject *table);

@@ -190,8 +190,7 @@ void CNodeVariable::Evaluate(CRpnData &result, unsigned char &status)
     // A name with a place of its own: read it there.
     if (!m_column) {
         if (const CRpnData *slot = FindPlace()) {
-            m_value = *slot;
-            result = m_value;
+            result = *slot;
             return;
         }
     }

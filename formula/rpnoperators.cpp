@@ -419,6 +419,11 @@ void CNodeDoubleOperand::evaluateWithLeft(CRpnData &a, CRpnData &result, unsigne
     CRpnData b;
     if (!EvaluateOrPass(m_right, b, result, status))
         return;
+    combine(a, b, result, status);
+}
+
+void CNodeDoubleOperand::combine(CRpnData &a, const CRpnData &b, CRpnData &result, unsigned char &status)
+{
     if (a.IsReal() && b.IsReal()) {
         // Two REALs under an operator whose value arithmetic is the plain
         // double operation: the double, without the value arithmetic's detour.
@@ -1079,6 +1084,30 @@ void CNodeIncrement::Evaluate(CRpnData &result, unsigned char &status)
 }
 
 // --- indexing ------------------------------------------------------------------------------------------------
+
+void CNodeArrayIndex::Evaluate(CRpnData &result, unsigned char &status)
+{
+    // The same test of the bracket's list as the stores below make.
+    CRpnNode *index = nullptr;
+    if (m_right && m_right->GetKind() == RPN_NODE_LIST && !m_right->IsOperation() && m_right->GetOperandCount() == 1)
+        index = m_right->GetOperand(0);
+    if (!index || !m_left || m_fastValue || IsStopping()) {
+        CNodeDoubleOperand::Evaluate(result, status);
+        return;
+    }
+    CRpnData a, i;
+    if (!EvaluateOrPass(m_left, a, result, status) || !EvaluateOrPass(index, i, result, status))
+        return;
+    if ((i.IsReal() || i.IsInt()) && !a.IsFormula()) {
+        combine(a, i, result, status);
+        return;
+    }
+    // Any other index goes in the list the brackets would have made.
+    CRpnData indices;
+    indices.SetArray(1);
+    indices.GetItems()[0] = std::move(i);
+    combine(a, indices, result, status);
+}
 
 void CNodeArrayIndex::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
 {

@@ -70,6 +70,12 @@ private:
     // The node's value from its left operand's value `a` (which may be
     // consumed): the short cuts, the right operand, the operation.
     void evaluateWithLeft(CRpnData &a, CRpnData &result, unsigned char &status);
+
+protected:
+    // The operation on the values of both operands (`a` may be consumed).
+    void combine(CRpnData &a, const CRpnData &b, CRpnData &result, unsigned char &status);
+
+private:
     // The same on doubles; false when the ordinary evaluation must decide.
     [[gnu::always_inline]] bool fastWithLeft(double a, double &out);
     // EvaluateFast of a chain of + - * links (see isChainLink).
@@ -513,6 +519,9 @@ public:
     QString GetName() const override { return QStringLiteral("[ ]"); }
     std::uint64_t GetTraits() const override { return RPN_TRAIT_ARRAY_INDEX; }
     CRpnNode *CreateSame() const override { return new CNodeArrayIndex; }
+    // `a[i]` with one index evaluates the index alone: the list of one
+    // index is made only where the index is not a number.
+    void Evaluate(CRpnData &result, unsigned char &status) override;
     void Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status) override;
 };
 

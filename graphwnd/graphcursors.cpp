@@ -14,20 +14,6 @@ std::optional<std::array<QCursor, GraphCursorCount>> g_cursors;
 
 enum class Mark { Plus, Horizontal, Vertical, Edges };
 
-// A line from `a` to `b`, level or upright, with a head of three pixels at
-// each end.
-void doubleArrow(QPainter &p, QPointF a, QPointF b)
-{
-    const QPointF along = (b - a) * (3 / QLineF(a, b).length());
-    const QPointF across(-along.y(), along.x());
-    p.drawLine(a, b);
-    for (const QPointF &end : {a, b}) {
-        const QPointF back = end == a ? along : -along;
-        p.drawLine(end, end + back - across);
-        p.drawLine(end, end + back + across);
-    }
-}
-
 // A magnifier glass with a mark inside, hot spot in the glass's centre.
 QCursor magnifier(Mark mark)
 {
@@ -51,10 +37,18 @@ QCursor magnifier(Mark mark)
         p.drawLine(QPointF(12, 7), QPointF(12, 17));
         break;
     case Mark::Horizontal:
-        doubleArrow(p, QPointF(6, 12), QPointF(18, 12));
+        p.drawLine(QPointF(6, 12), QPointF(18, 12));
+        p.drawLine(QPointF(6, 12), QPointF(9, 9));
+        p.drawLine(QPointF(6, 12), QPointF(9, 15));
+        p.drawLine(QPointF(18, 12), QPointF(15, 9));
+        p.drawLine(QPointF(18, 12), QPointF(15, 15));
         break;
     case Mark::Vertical:
-        doubleArrow(p, QPointF(12, 6), QPointF(12, 18));
+        p.drawLine(QPointF(12, 6), QPointF(12, 18));
+        p.drawLine(QPointF(12, 6), QPointF(9, 9));
+        p.drawLine(QPointF(12, 6), QPointF(15, 9));
+        p.drawLine(QPointF(12, 18), QPointF(9, 15));
+        p.drawLine(QPointF(12, 18), QPointF(15, 15));
         break;
     case Mark::Edges:
         p.drawRect(QRectF(8, 8, 8, 8));

@@ -9,11 +9,13 @@
 #include "formulatest.h"
 
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -109,4 +111,34 @@ TEST(FormulaThreads, ValuesMadeOnOneThreadAndFreedOnAnother)
     // this thread can still take payloads.
     CRpnData after(1.0);
     EXPECT_EQ(after.GetDouble(), 1.0);
+}
+
+TEST(FormulaThreads, ListsOfEndedThreadsAreTakenOverWhole)
+{
+    // Threads end one after the other, each leaving a free list of its own
+    // size behind; later threads take their payloads from those lists.  Every
+    // payload handed out must be held by one value only: the values of the
+    // last thread keep their texts, on payloads of their own.
+    const int sizes[] = {10, 3000, 1, 700, 5000};
+    for (const int size : sizes) {
+        std::thread([size] {
+            std::vector<CRpnData> made;
+            for (int i = 0; i < size; ++i)
+                made.emplace_back(QString::number(i));
+        }).join();
+    }
+    std::thread([] {
+        constexpr int kLive = 9000;
+        std::vector<CRpnData> live;
+        live.reserve(kLive);
+        for (int i = 0; i < kLive; ++i)
+            live.emplace_back(QStringLiteral("v%1").arg(i));
+        std::vector<const void *> payloads;
+        for (int i = 0; i < kLive; ++i) {
+            ASSERT_EQ(live[std::size_t(i)].GetTextValue(), QStringLiteral("v%1").arg(i));
+            payloads.push_back(CRpnDataAccess::Payload(live[std::size_t(i)]));
+        }
+        std::sort(payloads.begin(), payloads.end());
+        EXPECT_EQ(std::adjacent_find(payloads.begin(), payloads.end()), payloads.end());
+    }).join();
 }

@@ -151,6 +151,48 @@ TEST(RpnData, ArrayAccess)
     EXPECT_EQ(Empty(RPN_DICTIONARY).GetSize(), 0);
 }
 
+TEST(RpnData, ArraysOfTextsGrowShrinkAndFree)
+{
+    // Cells that hold payloads keep them, and their counts, through every
+    // move of the block; each step resizes the array and checks all cells.
+    const int sizes[] = {1, 2, 3, 4, 7, 12, 40, 41, 9, 0, 5, 100};
+    CRpnData outside(QStringLiteral("kept"));
+    CRpnData a;
+    a.SetArray(0);
+    int filled = 0;
+    for (const int size : sizes) {
+        a.Resize(size);
+        for (int i = filled; i < size; ++i)
+            a.SetAt(i, i % 3 == 0 ? outside : CRpnData(QString::number(i)));
+        filled = size;
+        for (int i = 0; i < size; ++i)
+            ASSERT_EQ(a.GetAt(i).GetText(), i % 3 == 0 ? QStringLiteral("kept") : QString::number(i))
+                << "cell " << i << " at size " << size;
+        EXPECT_EQ(outside.GetRefs(), 1 + (size + 2) / 3) << "at size " << size;
+    }
+    // Freeing the array gives back its payload and those of its own texts.
+    const int before = RpnPool::FreeCount();
+    const int ownTexts = 100 - (100 + 2) / 3;
+    a.SetNull();
+    EXPECT_EQ(RpnPool::FreeCount(), before + 1 + ownTexts);
+    EXPECT_EQ(outside.GetRefs(), 1);
+    // Texts inside arrays inside an array go as well.
+    CRpnData outer;
+    outer.SetArray(3);
+    for (int i = 0; i < 3; ++i) {
+        CRpnData inner;
+        inner.SetArray(2);
+        inner.SetAt(0, CRpnData(QStringLiteral("x")));
+        inner.SetAt(1, outside);
+        outer.SetAt(i, inner);
+    }
+    EXPECT_EQ(outside.GetRefs(), 4);
+    const int beforeNested = RpnPool::FreeCount();
+    outer.SetNull();
+    EXPECT_EQ(RpnPool::FreeCount(), beforeNested + 1 + 3 * 2);
+    EXPECT_EQ(outside.GetRefs(), 1);
+}
+
 // The direct accessors read a value of their own kind and give nothing for
 // any other: numbers live in the handle, so reading one as a payload must not
 // follow its bits.

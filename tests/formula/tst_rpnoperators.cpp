@@ -111,6 +111,11 @@ TEST(RpnOperators, AssignmentIntoEveryKind)
         {"a = {{1,2},{3,4}}; i = {1}; a[i][i[0] - 1] = 8; a[1]", "ARRAY:{{{1,2},{8,4}},{1},8,{8,4}}"},
         {"a = {1}; a[NULL] = 5; a", "ARRAY:{{1,5},5,{1,5}}"}, {"a = {1}; a[{}] = 5; a", "ARRAY:{{1,5},5,{1,5}}"},
         {"a = {1,2}; a[2.995]", "E43034@1,12"}, {"a = {1,2,3}; a[1.995]", "ARRAY:{{1,2,3},3}"},
+        // One index read: a whole-number INT, an index that fails, a null index, a text key.
+        {"a = {5,6,7}; k = (1 == 1); a[k + k]", "ARRAY:{{5,6,7},1,7}"},
+        {"a = {5,6,7}; a[-0.5]", "ARRAY:{{5,6,7},5}"}, {"a = {5,6,7}; a[-1]", "E43034@1,14"},
+        {"a = {5,6,7}; a[1/0]", "E41655@1,16"}, {"a = {5,6,7}; a[NULL]", "ARRAY:{{5,6,7},5}"},
+        {"a = {5,6,7}; a[\"1\"]", "ARRAY:{{5,6,7},6}"},
         // Texts: one character replaces one, a longer text replaces one character, past the end appends.
         {"s = \"abc\"; s[1] = \"XY\"; s", "ARRAY:{abc,XY,aXYc}"}, {"s = \"abc\"; s[0] = \"z\"; s", "ARRAY:{abc,z,zbc}"},
         {"s = \"abc\"; s[9] = \"d\"; s", "ARRAY:{abc,d,abcd}"}, {"s = \"abc\"; s[] = 1.5; s", "ARRAY:{abc,1.5,abc1.5}"},

@@ -201,6 +201,36 @@ TEST(MainVariables, ListedByNameAfterTheRun)
     }
 }
 
+// Reading a variable leaves no holder of its value behind, so that a text or
+// an array read before is still changed where it lies afterwards.
+TEST(MainVariables, ReadingTakesNoLastingShare)
+{
+    const struct {
+        const char *setup;
+        const char *reads;
+    } cases[] = {
+        {"v = \"a\" + \"b\"", "n = v == \"ab\"; m = v + \"c\""},
+        {"v = \"a\" + \"b\"", "i = 0; while (i < 3) { x = v + v; i++ }"},
+        {"v = {1, 2} + 1", "x = v[0] + v[1]; y = v[0] < v[1]"},
+        {"v = {1, {2}}", "x = v[1][0]; v; 0"},
+        {"v = \"abc\"", "x = v[1]; if (v == \"abc\") { y = 1 }"},
+    };
+    for (const auto &c : cases) {
+        CEquationTree tree;
+        ASSERT_EQ(tree.Compile(QString::fromLatin1(c.setup)), 1) << c.setup;
+        tree.Run();
+        // A new text drops the nodes of the old one, and whatever they held.
+        ASSERT_EQ(tree.Compile(QStringLiteral("0")), 1);
+        tree.Run();
+        const int before = tree.GetVariables()->Find(QStringLiteral("v"))->GetRefs();
+        ASSERT_EQ(tree.Compile(QString::fromLatin1(c.reads)), 1) << c.reads;
+        tree.Run();
+        const CRpnData *v = tree.GetVariables()->Find(QStringLiteral("v"));
+        ASSERT_NE(v, nullptr) << c.reads;
+        EXPECT_EQ(v->GetRefs(), before) << c.reads;
+    }
+}
+
 TEST(MainVariables, TenThousandInOneScript)
 {
     constexpr int n = 10000;

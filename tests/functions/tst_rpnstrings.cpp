@@ -169,6 +169,13 @@ TEST(RpnStrings, FindOnLongTextsAgreesWithTheLibrarysFoldedSearch)
         filler + q(u"x\U0001F600y X\U0001F600Y"),
         filler + q(u"needle"),
         q(u"a").repeated(300),
+        // The needle at every place of a block of sixteen, and in the tail.
+        filler + q(u"k"),
+        filler + q(u"x\u212Ax"),
+        filler + q(u"xxxxxxxxxxxxxxxS"),
+        filler + q(u"xxxxxxxxxxxxxxxxK"),
+        filler + q(u"xxxxxxx\u017F") + q(u"b").repeated(9),
+        filler + q(u"xxxxxxxxNEEDL") + q(u"needle").repeated(3),
     };
     const struct {
         const char16_t *needle;
@@ -177,6 +184,7 @@ TEST(RpnStrings, FindOnLongTextsAgreesWithTheLibrarysFoldedSearch)
         {u"kelvin", 0}, {u"kelvin", 201}, {u"KELVIN", 208}, {u"stop", 0}, {u"STOP", 201},
         {u"\u00FCber", 0}, {u"UBER", 0},   {u"x\U0001F600Y", 0}, {u"Y", 205}, {u"NEEDLE", 0},
         {u"needle", 201}, {u"aaaa", 296}, {u"aaaa", 297}, {u"B", 199}, {u"ba", 0},
+        {u"K", 0}, {u"k", 201}, {u"s", 0}, {u"S", 215}, {u"sb", 0}, {u"kX", 200}, {u"Needle", 205},
     };
     for (const QString &text : texts) {
         for (const auto &s : searches) {

@@ -497,76 +497,56 @@ TEST(GraphData, SnapshotHoldsColumnsAcrossGrowth)
 }
 
 // The row number column of an X axis over the rows: found by its name, or
-// added at the end and kept numbered through appends, growth, log forms
-// and swaps; refused where the data cannot take a column.
+// added at the end and kept numbered through appends, growth and swaps.
 TEST(GraphData, RowNumberColumnNumbersEveryRow)
 {
     const struct
     {
         const char *name;
-        int scope;           // the oscilloscope form
-        const char *named;   // a column already called so, or null
-        int rowsBefore;      // rows appended before the column is asked for
-        int rowsAfter;       // rows appended after
-        int expected;        // its index; -1 refused
+        const char *named; // a column already called so, or null
+        int before, after; // rows appended before and after it is asked for
+        int expected;      // its index
     } cases[] = {
-        {"added to an empty set", 0, nullptr, 0, 5, 2},
-        {"added and numbered", 0, nullptr, 7, 0, 2},
-        {"numbered before and after, through growth", 0, nullptr, 3, 2500, 2},
-        {"taken by its name, whatever the case", 0, "INDEX", 4, 0, 1},
-        {"oscilloscope", 1, nullptr, 0, 0, -1},
+        {"added to an empty set", nullptr, 0, 5, 2},
+        {"numbered before and after, through growth", nullptr, 3, 2500, 2},
+        {"taken by its name, whatever the case", "INDEX", 4, 0, 1},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        CGraphData data(c.scope != 0);
-        data.Create(c.scope ? 2 : 1, 2, 4, 0);
+        CGraphData data;
+        data.Create(1, 2, 4, 0);
         if (c.named)
             data.GetColumn(1)->m_name = QString::fromLatin1(c.named);
         auto append = [&](int from, int rows) {
             for (int r = from; r < from + rows; ++r) {
-                const double row[2] = {0.5 * r * r, double(r % 7)};
+                const double row[2] = {0.5 * r * r, 2.0};
                 ASSERT_EQ(data.AppendRows(row, nullptr, 0, 2, r, 1), 1);
             }
         };
-        append(0, c.rowsBefore);
-        if (!c.scope) {
-            ASSERT_NE(data.EnsureLogColumn(0), nullptr); // the log table widens too
-        }
-        const int columns = data.ColumnCount();
-        const int index = data.EnsureRowNumberColumn();
-        ASSERT_EQ(index, c.expected);
-        if (index < 0) {
-            EXPECT_EQ(data.ColumnCount(), columns);
-            continue;
-        }
-        EXPECT_EQ(data.EnsureRowNumberColumn(), index) << "asked again: the same column";
-        EXPECT_EQ(data.ColumnCount(), c.named ? columns : columns + 1);
+        append(0, c.before);
+        ASSERT_NE(data.EnsureLogColumn(0), nullptr); // the log table widens too
+        ASSERT_EQ(data.EnsureRowNumberColumn(), c.expected);
+        ASSERT_EQ(data.EnsureRowNumberColumn(), c.expected) << "asked again: the same column";
+        EXPECT_EQ(data.ColumnCount(), 3 - (c.named ? 1 : 0));
         if (c.named)
             continue;
-        append(c.rowsBefore, c.rowsAfter);
-        const int rows = c.rowsBefore + c.rowsAfter;
-        const CGraphColumn *numbers = data.GetColumn(index);
-        ASSERT_NE(numbers, nullptr);
+        append(c.before, c.after);
+        const int rows = c.before + c.after;
+        const CGraphColumn *numbers = data.GetColumn(c.expected);
         EXPECT_EQ(numbers->m_name, QStringLiteral("Index"));
-        ASSERT_EQ(data.RowCount(), rows);
-        for (int r = 0; r < rows; ++r) {
-            ASSERT_EQ(numbers->m_valid[r], 1) << r;
-            ASSERT_EQ(numbers->m_values[r], r + 1.0) << r;
-        }
-        if (rows > 0) {
-            EXPECT_EQ(numbers->m_minValue, 1);
-            EXPECT_EQ(numbers->m_maxValue, rows);
-        }
-        // The columns that were there keep their cells.
-        if (rows > 2) {
-            EXPECT_EQ(data.GetColumn(0)->m_values[2], 2.0);
-        }
+        for (int r = 0; r < rows; ++r)
+            ASSERT_TRUE(numbers->m_valid[r] == 1 && numbers->m_values[r] == r + 1.0) << r;
+        EXPECT_EQ(numbers->m_maxValue, rows);
+        EXPECT_EQ(data.GetColumn(0)->m_values[2], 2.0); // the others keep their cells
         EXPECT_NE(data->GetLogColumn(0), nullptr);
-        EXPECT_EQ(data->GetLogColumn(index), nullptr);
         // Swapped to the front, it is still the one numbered.
-        ASSERT_TRUE(data.SwapColumns(0, index));
+        ASSERT_TRUE(data.SwapColumns(0, c.expected));
         const double row[2] = {1, 2};
         ASSERT_EQ(data.AppendRows(row, nullptr, 1, 2, rows, 1), 1);
         EXPECT_EQ(data.GetColumn(0)->m_values[rows], rows + 1.0);
     }
+    CGraphData scope(true);
+    scope.Create(2, 2, 4, 0);
+    EXPECT_EQ(scope.EnsureRowNumberColumn(), -1);
+    EXPECT_EQ(scope.ColumnCount(), 2);
 }

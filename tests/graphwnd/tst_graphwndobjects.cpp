@@ -32,6 +32,18 @@
 
 namespace {
 
+// One row for each whole number from `first` to `last`, with y = x.
+CGraphData diagonal(int first, int last)
+{
+    CGraphData data;
+    data.Create(1, 2, last - first + 1, 0);
+    for (int i = first; i <= last; ++i) {
+        const double row[2] = {double(i), double(i)};
+        data.AppendRows(row, nullptr, 0, 2, i - first, 1);
+    }
+    return data;
+}
+
 // x 0..100 and y 0..100 over a 640 by 480 window.
 class WndObjects : public ::testing::Test
 {
@@ -40,14 +52,8 @@ protected:
 
     void SetUp() override
     {
-        CGraphData data;
-        data.Create(1, 2, 101, 0);
-        for (int i = 0; i <= 100; ++i) {
-            const double row[2] = {double(i), double(i)};
-            data.AppendRows(row, nullptr, 0, 2, i, 1);
-        }
         m_wnd.resize(640, 480);
-        m_wnd.SetGraphDataCopy(data);
+        m_wnd.SetGraphDataCopy(diagonal(0, 100));
         m_wnd.m_askObjectText = [this](CGraphWnd &, QPoint) { return m_answer; };
         m_wnd.show();
         paint();
@@ -63,6 +69,16 @@ protected:
         double px, py;
         EXPECT_TRUE(ObjectPixel(m_wnd.ObjectFrame(0), x, y, px, py));
         return QPoint(int(px), int(py));
+    }
+    // A line from (x1, y1) to (x2, y2) among the objects, drawn.
+    CDrawLines *addLine(double x1, double y1, double x2, double y2)
+    {
+        auto *line = new CDrawLines;
+        line->m_x1 = x1, line->m_y1 = y1, line->m_x2 = x2, line->m_y2 = y2;
+        objects().Add(line);
+        m_wnd.Redraw(1);
+        paint();
+        return line;
     }
     void drag(QPoint from, QPoint to, Qt::KeyboardModifiers keys = Qt::NoModifier)
     {
@@ -274,11 +290,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, EditObjects,
 
 TEST_F(WndObjects, AnEscapedDragChangesNothingAndLeavesNoUndo)
 {
-    auto *line = new CDrawLines;
-    line->m_x1 = 10, line->m_y1 = 10, line->m_x2 = 90, line->m_y2 = 90;
-    objects().Add(line);
-    m_wnd.Redraw(1);
-    paint();
+    CDrawLines *line = addLine(10, 10, 90, 90);
     const QPoint mid = (pixel(10, 10) + pixel(90, 90)) / 2;
     QTest::mousePress(&m_wnd, Qt::LeftButton, Qt::NoModifier, mid);
     QTest::mouseMove(&m_wnd, mid + QPoint(40, 40));
@@ -383,14 +395,8 @@ protected:
 
     void SetUp() override
     {
-        CGraphData data;
-        data.Create(1, 2, 1000, 0);
-        for (int i = 1; i <= 1000; ++i) {
-            const double row[2] = {double(i), double(i)};
-            data.AppendRows(row, nullptr, 0, 2, i - 1, 1);
-        }
         m_wnd.resize(640, 480);
-        m_wnd.SetGraphDataCopy(data);
+        m_wnd.SetGraphDataCopy(diagonal(1, 1000));
         CGraphCurve &g = *m_wnd.GetGraphData();
         g.m_xLog = GetParam().xLog;
         g.Range(0)->m_logScale = GetParam().yLog;
@@ -595,11 +601,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(WndObjects, OnlyTextsOpenTheAttributes)
 {
-    auto *line = new CDrawLines;
-    line->m_x1 = 10, line->m_y1 = 10, line->m_x2 = 90, line->m_y2 = 90;
-    objects().Add(line);
-    m_wnd.Redraw(1);
-    paint();
+    addLine(10, 10, 90, 90);
     int runs = 0;
     m_wnd.m_runTextAttributes = [&](CTextAttributes &) { return ++runs, int(QDialog::Rejected); };
     QTest::mouseDClick(&m_wnd, Qt::LeftButton, Qt::NoModifier, pixel(50, 50));

@@ -24,19 +24,41 @@ protected:
     static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguageFile(QStringLiteral(TARN_EN_LANG))); }
 };
 
-// 256 rows 0.01 s apart; U1 = 1 + 2 sin(2 pi 12.5 t), a peak at 12.5 Hz.
-void fill(CGraphCurve &graph)
+// 256 rows of Time, `step` seconds apart, and U1 = signal(t), drawn as one
+// curve on white.
+void fill(CGraphCurve &graph, double step, double (*signal)(double))
 {
     graph.m_data.Create(1, 2, 256, 0);
     graph.m_data.GetColumn(0)->m_name = u"Time"_qs;
     graph.m_data.GetColumn(1)->m_name = u"U1"_qs;
     std::vector<double> v;
     for (int r = 0; r < 256; ++r)
-        v.insert(v.end(), {r * 0.01, 1 + 2 * std::sin(2 * std::numbers::pi * 12.5 * r * 0.01)});
+        v.insert(v.end(), {r * step, signal(r * step)});
     graph.m_data.AppendRows(v.data(), nullptr, 0, 2, 0, 256);
     bool changed;
     graph.AddCurve(1, 0, false, changed);
     graph.m_backColor = 0xFFFFFF;
+}
+
+// 0.01 s apart, a peak at 12.5 Hz.
+void fill(CGraphCurve &graph)
+{
+    fill(graph, 0.01, [](double t) { return 1 + 2 * std::sin(2 * std::numbers::pi * 12.5 * t); });
+}
+
+// The whole graph drawn into the image.
+CDrawResult drawInto(CGraphCurve &graph, QImage &image)
+{
+    QPainter painter(&image);
+    CDrawRequest request;
+    request.flags = DrawFull;
+    request.target = image.rect();
+    return DrawGraph(graph, painter, request);
+}
+
+const CPolylinePixels *linePixels(const CGraphCurve &graph, int curve = 0)
+{
+    return static_cast<const CPolylinePixels *>(graph.Curve(curve)->LinePixels());
 }
 
 } // namespace
@@ -63,13 +85,8 @@ TEST_F(SpectrumDraw, ThePeakStandsAtItsFrequencyInEveryForm)
         ASSERT_EQ(SetSpectrumMode(graph, true), 1);
 
         QImage image(480, 320, QImage::Format_RGB32);
-        QPainter painter(&image);
-        CDrawRequest request;
-        request.flags = DrawFull;
-        request.target = image.rect();
-        const CDrawResult result = DrawGraph(graph, painter, request);
-        EXPECT_FALSE(result.invalidRows);
-        const auto *cache = static_cast<const CPolylinePixels *>(graph.Curve(0)->LinePixels());
+        EXPECT_FALSE(drawInto(graph, image).invalidRows);
+        const CPolylinePixels *cache = linePixels(graph);
         ASSERT_NE(cache, nullptr);
         ASSERT_GE(cache->m_points.size(), 10u);
 
@@ -101,12 +118,8 @@ TEST_F(SpectrumDraw, BackToTimeDrawsTheSamples)
     ASSERT_EQ(SetSpectrumMode(graph, true), 1);
     ASSERT_EQ(SetSpectrumMode(graph, false), 1);
     QImage image(480, 320, QImage::Format_RGB32);
-    QPainter painter(&image);
-    CDrawRequest request;
-    request.flags = DrawFull;
-    request.target = image.rect();
-    DrawGraph(graph, painter, request);
-    const auto *cache = static_cast<const CPolylinePixels *>(graph.Curve(0)->LinePixels());
+    drawInto(graph, image);
+    const CPolylinePixels *cache = linePixels(graph);
     ASSERT_NE(cache, nullptr);
     // The line runs from 0 s to 2.55 s, not over a few hertz.
     const CIntRect &plot = graph.m_plotRect;
@@ -125,14 +138,7 @@ TEST_F(SpectrumDraw, LimitLinesStandAtTheirLevelsInDb)
     for (const int logX : {0, 1}) {
         SCOPED_TRACE(logX);
         CGraphCurve graph;
-        graph.m_data.Create(1, 2, 256, 0);
-        std::vector<double> v;
-        for (int r = 0; r < 256; ++r)
-            v.insert(v.end(), {r * 1e-8, 1000 * std::sin(2 * std::numbers::pi * 1e7 * r * 1e-8)});
-        graph.m_data.AppendRows(v.data(), nullptr, 0, 2, 0, 256);
-        bool changed;
-        graph.AddCurve(1, 0, false, changed);
-        graph.m_backColor = 0xFFFFFF;
+        fill(graph, 1e-8, [](double t) { return 1000 * std::sin(2 * std::numbers::pi * 1e7 * t); });
         graph.m_xLog = logX;
         graph.Range(0)->m_dbScale = 1;
         const int limitIndex = AddEmiLimitToGraph(graph, 0); // FCC Class A
@@ -141,12 +147,7 @@ TEST_F(SpectrumDraw, LimitLinesStandAtTheirLevelsInDb)
         ASSERT_EQ(SetSpectrumMode(graph, true), 1);
 
         QImage image(640, 400, QImage::Format_RGB32);
-        QPainter painter(&image);
-        CDrawRequest request;
-        request.flags = DrawFull;
-        request.target = image.rect();
-        DrawGraph(graph, painter, request);
-        painter.end();
+        drawInto(graph, image);
 
         const CIntRect &plot = graph.m_plotRect;
         const CGraph_Range &y = *graph.Range(0);
@@ -160,7 +161,7 @@ TEST_F(SpectrumDraw, LimitLinesStandAtTheirLevelsInDb)
             return plot.bottom - (level - y.m_viewMin) * (plot.bottom - plot.top) / (y.m_viewMax - y.m_viewMin);
         };
         // The corners of the line are in the cache where the values say.
-        const auto *cache = static_cast<const CPolylinePixels *>(graph.Curve(limitIndex)->LinePixels());
+        const CPolylinePixels *cache = linePixels(graph, limitIndex);
         ASSERT_NE(cache, nullptr);
         const double corners[][2] = {{500000, 79}, {500000, 73}, {30000000, 73}};
         for (const auto &corner : corners) {

@@ -427,81 +427,60 @@ TEST_F(DisplayPage, LimitFilesLoadedOrRefused)
     }
 }
 
-namespace {
-
-// Time 0, 0.5, 2, 4.5 ... (0.5 r^2) for 40 rows, and U = r.
-void fillUnevenTime(CGraphCurve &graph)
-{
-    graph.m_data.Create(1, 2, 40, 0);
-    graph.m_data.GetColumn(0)->m_name = QStringLiteral("Time");
-    graph.m_data.GetColumn(1)->m_name = QStringLiteral("U");
-    for (int r = 0; r < 40; ++r) {
-        const double row[2] = {0.5 * r * r, double(r)};
-        graph.m_data.AppendRows(row, nullptr, 0, 2, r, 1);
-    }
-    bool changed;
-    graph.AddCurve(1, 0, false, changed);
-    graph.FitRanges();
-    graph.m_xAxisName = QStringLiteral("Time"); // as a window names it
-}
-
-} // namespace
-
-// "Index" draws the curves over the row numbers 1..n; the choice is read
-// back when the dialog opens again, and Time or a column take its place.
+// "Index" draws the curves over the row numbers 1..n, the X list shows it
+// when the dialog opens again, and Time or a column take its place.
 TEST_F(DisplayPage, IndexDrawsOverTheRowNumbers)
 {
-    const int rows = 40;
+    using P = CDisplay_2_Page;
     const struct
     {
         const char *name;
         std::vector<int> picks; // X entries chosen, one dialog each
-        int xy;                 // the graph's X-Y mode at the end
-        bool numbers;           // X is the row number column at the end
-        int shown;              // the entry the X list shows when opened again
+        int xColumn, xy;        // of the graph at the end (2: the row numbers)
         const char *title;      // of the X axis
     } cases[] = {
-        {"index", {CDisplay_2_Page::XIndex}, 0, true, CDisplay_2_Page::XIndex, "Index"},
-        {"index twice adds one column", {CDisplay_2_Page::XIndex, CDisplay_2_Page::XIndex}, 0, true,
-         CDisplay_2_Page::XIndex, "Index"},
-        {"back to time", {CDisplay_2_Page::XIndex, CDisplay_2_Page::XTime}, 0, false, CDisplay_2_Page::XTime, "Time"},
-        {"then a column", {CDisplay_2_Page::XIndex, CDisplay_2_Page::XFirstColumn + 1}, 1, false,
-         CDisplay_2_Page::XFirstColumn + 1, "U"},
+        {"index", {P::XIndex}, 2, 0, "Index"},
+        {"index twice adds one column", {P::XIndex, P::XIndex}, 2, 0, "Index"},
+        {"back to time", {P::XIndex, P::XTime}, 0, 0, "Time"},
+        {"then a column", {P::XIndex, P::XFirstColumn + 1}, 1, 1, "U"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
+        // Time 0.5 r^2 over 40 rows, U = r.
         CGraphCurve graph;
-        fillUnevenTime(graph);
+        graph.m_data.Create(1, 2, 40, 0);
+        graph.m_data.GetColumn(0)->m_name = QStringLiteral("Time");
+        graph.m_data.GetColumn(1)->m_name = QStringLiteral("U");
+        for (int r = 0; r < 40; ++r) {
+            const double row[2] = {0.5 * r * r, double(r)};
+            graph.m_data.AppendRows(row, nullptr, 0, 2, r, 1);
+        }
+        bool changed;
+        graph.AddCurve(1, 0, true, changed);
+        graph.m_xAxisName = QStringLiteral("Time"); // as a window names it
         for (int pick : c.picks) {
             COptions2_Dlg dialog(graph, COptionsFault::PageDisplay);
             QComboBox *x = dialog.m_displayPage->m_xColumn;
-            auto *model = qobject_cast<QStandardItemModel *>(x->model());
-            ASSERT_NE(model, nullptr);
-            EXPECT_TRUE(model->item(CDisplay_2_Page::XIndex)->isEnabled());
+            EXPECT_TRUE(qobject_cast<QStandardItemModel *>(x->model())->item(P::XIndex)->isEnabled());
             x->setCurrentIndex(pick);
             dialog.accept();
             ASSERT_EQ(dialog.result(), QDialog::Accepted);
         }
-        EXPECT_TRUE(m_prompts.messages.isEmpty());
-        EXPECT_EQ(graph.m_xyMode, c.xy);
-        // One column of row numbers however often it was chosen.
         EXPECT_EQ(graph.m_data.ColumnCount(), 3);
-        const int numbers = graph.m_data.ColumnByName(QStringLiteral("Index"));
-        ASSERT_EQ(numbers, 2);
-        EXPECT_EQ(graph.m_xColumnIndex == numbers, c.numbers);
+        EXPECT_EQ(graph.m_xColumnIndex, c.xColumn);
+        EXPECT_EQ(graph.m_xyMode, c.xy);
         EXPECT_EQ(graph.m_xAxisName, QString::fromLatin1(c.title));
-        const CGraphColumn *xs = graph.m_data.GetColumn(graph.m_xColumnIndex);
-        ASSERT_NE(xs, nullptr);
-        if (c.numbers) {
-            for (int r = 0; r < rows; ++r)
-                ASSERT_EQ(xs->m_values[r], r + 1.0) << r;
+        const CGraphColumn *numbers = graph.m_data.GetColumn(2);
+        for (int r = 0; r < 40; ++r)
+            ASSERT_EQ(numbers->m_values[r], r + 1.0) << r;
+        if (c.xColumn == 2) {
             // The X axis shows the rows, not the time they were taken at.
             EXPECT_LE(graph.m_xViewMin, 1);
-            EXPECT_GE(graph.m_xViewMax, rows);
-            EXPECT_LT(graph.m_xViewMax, 0.5 * (rows - 1) * (rows - 1));
+            EXPECT_GE(graph.m_xViewMax, 40);
+            EXPECT_LT(graph.m_xViewMax, 0.5 * 39 * 39);
         }
         COptions2_Dlg again(graph, COptionsFault::PageDisplay);
-        EXPECT_EQ(again.m_displayPage->m_xColumn->currentIndex(), c.shown);
+        EXPECT_EQ(again.m_displayPage->m_xColumn->currentIndex(), c.xColumn == 2 ? int(P::XIndex) : c.picks.back());
         again.reject();
     }
 }

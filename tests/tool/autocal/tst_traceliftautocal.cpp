@@ -115,7 +115,11 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(CCommandCase{"linear", {false, 0, 2, 5, LabelStyle::Plain}, {false, 0, 0.1, 5, LabelStyle::Prefixed},
                                    "0", "10", "0", "500", "", "m"},
                       CCommandCase{"loglog", {true, 0, 1, 4, LabelStyle::Prefixed}, {true, -4, 1, 3, LabelStyle::Prefixed},
-                                   "1", "10000", "0.1", "100", "", "m"}),
+                                   "1", "10000", "0.1", "100", "", "m"},
+                      // Labels printed with the micro sign fill the prefix
+                      // boxes with the digitiser's own "u".
+                      CCommandCase{"micro", {false, 0, 2e-6, 4, LabelStyle::Prefixed, true},
+                                   {true, -6, 1, 2, LabelStyle::Prefixed, true}, "0", "8", "1", "100", "u", "u"}),
     [](const auto &info) { return std::string(info.param.name); });
 
 TEST_F(TraceliftTest, CalibrateFromThePictureWithoutPictureOrGraph)
