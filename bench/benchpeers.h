@@ -17,31 +17,51 @@
 
 // Prints the usual table and keeps each benchmark's CPU time per iteration
 // in seconds (the machine may be shared: wall time would count waiting).
+// With --benchmark_repetitions the median of the repetitions is kept.
 class CCpuTimeReporter : public benchmark::ConsoleReporter
 {
 public:
     void ReportRuns(const std::vector<Run> &runs) override
     {
         ConsoleReporter::ReportRuns(runs);
-        for (const Run &r : runs)
-            if (r.run_type == Run::RT_Iteration)
-                m_seconds[r.benchmark_name()] = r.GetAdjustedCPUTime() / benchmark::GetTimeUnitMultiplier(r.time_unit);
+        for (const Run &r : runs) {
+            const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
+            if (r.run_type != Run::RT_Iteration && !median)
+                continue;
+            std::string name = r.run_name.function_name;
+            if (!r.run_name.args.empty())
+                name += '/' + r.run_name.args;
+            if (!median && m_medians.count(name))
+                continue;
+            if (median)
+                m_medians[name] = true;
+            const double unit = benchmark::GetTimeUnitMultiplier(r.time_unit);
+            m_seconds[name] = r.GetAdjustedCPUTime() / unit;
+            m_wallSeconds[name] = r.GetAdjustedRealTime() / unit;
+        }
     }
 
     // The seconds of one iteration of `name` ("BM_X/3" for an argument),
     // 0 when it did not run.
-    double Seconds(const std::string &name) const
-    {
-        const auto it = m_seconds.find(name);
-        return it == m_seconds.end() ? 0.0 : it->second;
-    }
+    double Seconds(const std::string &name) const { return find(m_seconds, name); }
     double Seconds(const std::string &name, int argument) const
     {
         return Seconds(name + '/' + std::to_string(argument));
     }
+    // The same in wall time, for a benchmark whose work runs on another thread.
+    double WallSeconds(const std::string &name, int argument) const
+    {
+        return find(m_wallSeconds, name + '/' + std::to_string(argument));
+    }
 
 private:
-    std::map<std::string, double> m_seconds;
+    static double find(const std::map<std::string, double> &seconds, const std::string &name)
+    {
+        const auto it = seconds.find(name);
+        return it == seconds.end() ? 0.0 : it->second;
+    }
+    std::map<std::string, double> m_seconds, m_wallSeconds;
+    std::map<std::string, bool> m_medians;
 };
 
 // One thread against one thread: a peer's bulk mode would spread over OpenMP

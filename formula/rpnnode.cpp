@@ -64,6 +64,21 @@ double CRpnNode::ApplyReal(double a, double, unsigned char &)
     return a;
 }
 
+bool CRpnNode::ApplyRealBlock(const double *a, double av, const double *b, double bv, double *out,
+                              unsigned char *failed, int n)
+{
+    bool any = false;
+    for (int i = 0; i < n; ++i) {
+        unsigned char st = 1;
+        out[i] = ApplyReal(a ? a[i] : av, b ? b[i] : bv, st);
+        if (st != 1) {
+            failed[i] = 1;
+            any = true;
+        }
+    }
+    return any;
+}
+
 void CRpnNode::ApplyComplex(CRpnData &result, const CRpnData &a, const CRpnData &, unsigned char &status)
 {
     ReportError(status, kMsgNotForComplex, {GetName()});

@@ -178,6 +178,13 @@ public:
     // The operator on evaluated operands.  The base gives `a`.
     virtual void Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status);
     virtual double ApplyReal(double a, double b, unsigned char &status);
+    // ApplyReal over n rows: out[i] = ApplyReal(a[i], b[i]), where a null
+    // pointer stands for the constant beside it (b is 0 for one operand).
+    // A row whose status did not stay 1 is marked in `failed`; true when
+    // any was.  Classes whose ApplyReal is one call of the maths library
+    // give it as one loop without a virtual call per row.
+    virtual bool ApplyRealBlock(const double *a, double av, const double *b, double bv, double *out,
+                                unsigned char *failed, int n);
     // The operator with a COMPLEX operand.  The base refuses with message 43217.
     virtual void ApplyComplex(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status);
     // The node's value.  The base has none: the empty value.

@@ -10,7 +10,11 @@
 #include "support/stackroom.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+#endif
 
 namespace {
 
@@ -71,14 +75,50 @@ void markZero(const double *b, double bv, unsigned char *again, int n)
     }
 }
 
+// The values of a block as RpnSeriesValidityGood gives them (a denormal
+// becomes 0.0; NaN and the infinities are invalid, 2), in loops that the
+// compiler turns into vector code: a row at a time this sweep cost as much
+// as the formula.  Returns the number of valid rows.
+int sweepResult(const double *result, double *values, unsigned char *valid, int n)
+{
+    for (int i = 0; i < n; ++i) {
+        const double x = result[i];
+        values[i] = std::fabs(x) < DBL_MIN && x != 0.0 ? 0.0 : x;
+    }
+    for (int i = 0; i < n; ++i)
+        valid[i] = std::fabs(result[i]) <= DBL_MAX ? 1 : 2;
+    int good = 0;
+    for (int i = 0; i < n; ++i)
+        good += valid[i] == 1;
+    return good;
+}
+
 } // namespace
+
+void RpnClearUpperVectorState()
+{
+#if defined(__AVX__)
+    _mm256_zeroupper();
+#elif (defined(__x86_64__) || defined(__i386__)) && (defined(__GNUC__) || defined(__clang__))
+    // Built for plain SSE: the compiler keeps nothing in the upper halves,
+    // so the instruction may run behind its back.
+    static const bool avx = __builtin_cpu_supports("avx");
+    if (avx)
+        asm volatile("vzeroupper");
+#endif
+}
 
 std::unique_ptr<CRpnSeriesProgram> CRpnSeriesProgram::Build(CEquationTree *tree)
 {
-    CRpnNode *root = tree->GetRoot();
+    return Build(tree, tree->GetRoot());
+}
+
+std::unique_ptr<CRpnSeriesProgram> CRpnSeriesProgram::Build(CEquationTree *, CRpnNode *root)
+{
     if (!root)
         return nullptr;
     std::unique_ptr<CRpnSeriesProgram> program(new CRpnSeriesProgram);
+    program->m_root = root;
     if (!program->compile(root, program->m_result))
         return nullptr;
     program->m_registers.assign(program->m_steps.size(), std::vector<double>(BlockRows));
@@ -255,6 +295,9 @@ int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *v
         }
         const int n = std::min(BlockRows, last - row0 + 1);
         std::fill(again, again + n, 0);
+        // A getter or a row done again through the tree may have hashed a
+        // name since the last block.
+        RpnClearUpperVectorState();
 
         // The columns of this block; rows that are not valid are done again.
         for (std::size_t c = 0; c < m_columns.size(); ++c) {
@@ -361,15 +404,10 @@ int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *v
                 break;
             }
             case OpApplyReal1:
+                reported = s.node->ApplyRealBlock(a, av, nullptr, 0.0, out, again, n) || reported;
+                break;
             case OpApplyReal2:
-                for (int i = 0; i < n; ++i) {
-                    unsigned char st = 1;
-                    out[i] = s.node->ApplyReal(a ? a[i] : av, s.op == OpApplyReal2 ? (b ? b[i] : bv) : 0.0, st);
-                    if (st != 1) {
-                        again[i] = 1;
-                        reported = true;
-                    }
-                }
+                reported = s.node->ApplyRealBlock(a, av, b, bv, out, again, n) || reported;
                 break;
             }
         }
@@ -382,18 +420,20 @@ int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *v
         }
 
         // The plain rows in one sweep, then the marked ones through the tree.
-        const double *result = data(m_result);
         double *outValues = values + row0;
         unsigned char *outValid = valid + row0;
-        int marked = 0;
-        for (int i = 0; i < n; ++i) {
-            double x = result ? result[i] : m_result.value;
+        if (const double *result = data(m_result)) {
+            good += sweepResult(result, outValues, outValid, n);
+        } else {
+            double x = m_result.value;
             const unsigned char v = RpnSeriesValidityGood(x);
-            outValues[i] = x;
-            outValid[i] = v;
-            good += v == 1;
-            marked += again[i];
+            std::fill(outValues, outValues + n, x);
+            std::fill(outValid, outValid + n, v);
+            good += v == 1 ? n : 0;
         }
+        int marked = 0;
+        for (int i = 0; i < n; ++i)
+            marked += again[i];
         for (int i = 0; marked > 0 && i < n; ++i) {
             if (!again[i])
                 continue;
@@ -401,7 +441,7 @@ int CRpnSeriesProgram::Run(CEquationTree *tree, double *values, unsigned char *v
             good -= outValid[i] == 1;
             tree->m_rowIndex = row0 + i;
             unsigned char st = 1;
-            double x = tree->GetRoot()->EvaluateReal(st);
+            double x = m_root->EvaluateReal(st);
             outValid[i] = RpnSeriesValidity(x, st);
             outValues[i] = x;
             good += outValid[i] == 1;

@@ -24,6 +24,16 @@
 class CEquationTree;
 class CRpnNode;
 class CRpnUserFunction;
+
+// Clears the upper halves of the vector registers where the processor has
+// them.  Some library routines (Qt's string hashing among them) use the wide
+// registers and return without clearing them; from then on every switch
+// between our plain SSE code and the VEX-encoded routines of the maths
+// library (sin, exp, log) costs the processor a state change of tens of
+// cycles, which made a sine thirty times slower.  Loops that call the maths
+// library row by row call this before they start, and again after anything
+// that may have hashed a string.
+void RpnClearUpperVectorState();
 struct CRpnColumnBinding;
 
 class CRpnSeriesProgram
@@ -40,6 +50,9 @@ public:
     // The program for the tree's root, or null when the root is not such an
     // expression.
     static std::unique_ptr<CRpnSeriesProgram> Build(CEquationTree *tree);
+    // The same for `node`, a part of the tree's text (an operand that a
+    // function evaluates over all samples before the run).
+    static std::unique_ptr<CRpnSeriesProgram> Build(CEquationTree *tree, CRpnNode *node);
 
     // As CEquationTree::EvaluateSeries; -1 (and nothing done) when the tree's
     // getter is no longer the one the program was made for.
@@ -88,6 +101,7 @@ private:
     std::vector<const CRpnColumnBinding *> m_columns;
     std::vector<CRpnNode *> m_hostVariables;  // read through the getter
     void *m_getter = nullptr;                 // the getter they were made for
+    CRpnNode *m_root = nullptr;               // what a marked row evaluates
     Operand m_result;
     // Scratch for one block: a register per step, a column copy where a
     // block reaches past a column's end, the rows to evaluate again.

@@ -309,6 +309,8 @@ int CEquationTree::EvaluateSeries(double *values, unsigned char *valid, int firs
             break;
         }
         m_rowIndex = row;
+        // A row may look names up (and so hash strings): see rpnseries.h.
+        RpnClearUpperVectorState();
         unsigned char st = 1;
         double x = top ? top->EvaluateReal(st) : 0.0;
         valid[row] = RpnSeriesValidity(x, st);

@@ -21,6 +21,23 @@ inline constexpr double RPN_RADIANS_TO_DEGREES = 57.29577951308233;
 // An angle argument in radians, and an angle result in the tree's unit.
 double RpnAngleIn(const CEquationTree *tree, double a);
 double RpnAngleOut(const CEquationTree *tree, double radians);
+// What RpnAngleIn multiplies by: 1 for radians (a product by 1 is exact).
+double RpnAngleInFactor(const CEquationTree *tree);
+
+// ApplyRealBlock of a one-operand function that never fails: one loop.
+template <typename F>
+bool RpnPlainBlock(const double *a, double av, double *out, int n, F f)
+{
+    if (a) {
+        for (int i = 0; i < n; ++i)
+            out[i] = f(a[i]);
+    } else {
+        const double x = f(av);
+        for (int i = 0; i < n; ++i)
+            out[i] = x;
+    }
+    return false;
+}
 
 // sqrt: a negative real fails with message 41656 (result 0); a COMPLEX has
 // the principal root.
@@ -79,6 +96,12 @@ public:
     QString GetName() const override { return QStringLiteral("sin"); }
     CRpnNode *CreateSame() const override { return new CNodeSin; }
     double ApplyReal(double a, double, unsigned char &) override { return std::sin(RpnAngleIn(m_tree, a)); }
+    bool ApplyRealBlock(const double *a, double av, const double *, double, double *out, unsigned char *,
+                        int n) override
+    {
+        const double k = RpnAngleInFactor(m_tree);
+        return RpnPlainBlock(a, av, out, n, [k](double x) { return std::sin(x * k); });
+    }
     int GetRealPath() const override { return RPN_REAL_PATH_PLAIN; }
 };
 
@@ -89,6 +112,12 @@ public:
     QString GetName() const override { return QStringLiteral("cos"); }
     CRpnNode *CreateSame() const override { return new CNodeCos; }
     double ApplyReal(double a, double, unsigned char &) override { return std::cos(RpnAngleIn(m_tree, a)); }
+    bool ApplyRealBlock(const double *a, double av, const double *, double, double *out, unsigned char *,
+                        int n) override
+    {
+        const double k = RpnAngleInFactor(m_tree);
+        return RpnPlainBlock(a, av, out, n, [k](double x) { return std::cos(x * k); });
+    }
     int GetRealPath() const override { return RPN_REAL_PATH_PLAIN; }
 };
 
@@ -99,6 +128,12 @@ public:
     QString GetName() const override { return QStringLiteral("tan"); }
     CRpnNode *CreateSame() const override { return new CNodeTan; }
     double ApplyReal(double a, double, unsigned char &) override { return std::tan(RpnAngleIn(m_tree, a)); }
+    bool ApplyRealBlock(const double *a, double av, const double *, double, double *out, unsigned char *,
+                        int n) override
+    {
+        const double k = RpnAngleInFactor(m_tree);
+        return RpnPlainBlock(a, av, out, n, [k](double x) { return std::tan(x * k); });
+    }
     int GetRealPath() const override { return RPN_REAL_PATH_PLAIN; }
 };
 
@@ -229,6 +264,11 @@ public:
     QString GetName() const override { return QStringLiteral("exp"); }
     CRpnNode *CreateSame() const override { return new CNodeExp; }
     double ApplyReal(double a, double, unsigned char &) override { return std::exp(a); }
+    bool ApplyRealBlock(const double *a, double av, const double *, double, double *out, unsigned char *,
+                        int n) override
+    {
+        return RpnPlainBlock(a, av, out, n, [](double x) { return std::exp(x); });
+    }
     int GetRealPath() const override { return RPN_REAL_PATH_PLAIN; }
 };
 

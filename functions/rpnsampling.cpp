@@ -3,6 +3,7 @@
 #include "functions/rpnsampling.h"
 
 #include "formula/rpnkeywords.h"
+#include "formula/rpnseries.h"
 #include "formula/rpntree.h"
 
 #include <cmath>
@@ -152,13 +153,21 @@ int CNodeAvgX::PrepareRun(CEquationTree *tree, int first, int last)
     std::vector<unsigned char> &f = *validity;
 
     const std::int32_t oldRow = tree->m_rowIndex;
-    for (int s = first; s <= last; ++s) {
-        tree->m_rowIndex = s;
-        unsigned char st = 1;
-        double y = m_operand->EvaluateReal(st);
-        // Failed 0, NaN or infinity 2, else 1 (a denormal becomes 0.0).
-        f[std::size_t(s - first)] = RpnSeriesValidity(y, st);
-        v[std::size_t(s - first)] = y;
+    // An operand over bound columns runs a block of samples at a time; it
+    // gives each sample the value and the flag the loop below would.
+    std::unique_ptr<CRpnSeriesProgram> series;
+    if (first == 0 && !tree->throwOnError)
+        series = CRpnSeriesProgram::Build(tree, m_operand);
+    if (!series || series->Run(tree, v.data(), f.data(), first, last) < 0) {
+        for (int s = first; s <= last; ++s) {
+            tree->m_rowIndex = s;
+            RpnClearUpperVectorState(); // see rpnseries.h
+            unsigned char st = 1;
+            double y = m_operand->EvaluateReal(st);
+            // Failed 0, NaN or infinity 2, else 1 (a denormal becomes 0.0).
+            f[std::size_t(s - first)] = RpnSeriesValidity(y, st);
+            v[std::size_t(s - first)] = y;
+        }
     }
     unsigned char st = 1;
     m_span = m_widthNode ? m_widthNode->EvaluateReal(st) : 0.0;

@@ -207,8 +207,9 @@ public:
     // naming the columns as variables, and computes the rows there are
     // again.  An empty text makes the channel its own raw input.  False when
     // the channel is none or the text does not compile: `error` tells why
-    // (with line and column), and the former formula stays.
-    bool SetChannelFormula(int channel, const QString &text, QString *error = nullptr);
+    // (with line and column), and the former formula stays; `errorPosition`
+    // (when given) the index in `text` where the error stands, -1 if none.
+    bool SetChannelFormula(int channel, const QString &text, QString *error = nullptr, int *errorPosition = nullptr);
     // The formula text of a channel; empty when it shows its raw input.
     QString ChannelFormula(int channel) const;
 

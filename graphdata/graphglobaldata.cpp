@@ -117,35 +117,6 @@ void CGraphGlobalData::ApplyTo(CGraphCurve &graph) const
         styleRange(*rows.GetAt(i), *this, i == 0);
 }
 
-void CGraphGlobalData::TakeFrom(const CGraphCurve &graph)
-{
-    m_backColor = graph.m_backColor;
-    m_foreColor = graph.m_foreColor;
-    m_gridColor = graph.m_gridColor;
-    m_gridOn = graph.m_gridOn;
-    m_hideLabels = graph.m_hideLabels;
-    m_xAxisFlags = graph.m_xAxisFlags;
-    m_xLabelsOn = graph.m_xLabelsOn;
-    m_xRotation = graph.m_xRotation;
-    m_xTextColor = graph.m_xTextColor;
-    m_xSubDivisions = graph.m_xSubDivisions;
-    m_majorPenStyle = graph.m_majorPenStyle;
-    m_majorColor = graph.m_majorColor;
-    m_minorPenStyle = graph.m_minorPenStyle;
-    m_minorColor = graph.m_minorColor;
-    if (graph.m_ranges.GetSize() > 0) {
-        const CGraph_Range &y = *graph.m_ranges.GetAt(0);
-        m_yAxisFlags = y.m_axisFlags;
-        m_yRotation = y.m_labelRotation;
-        m_yTextColor = y.m_textColor;
-        m_ySubDivisions = y.m_subDivisions;
-        m_yGridPenStyle = y.m_gridPenStyle;
-        m_yGridColor = y.m_gridColor;
-        m_ySecondPenStyle = y.m_secondPenStyle;
-        m_ySecondColor = y.m_secondColor;
-    }
-}
-
 bool CGraphGlobalData::operator==(const CGraphGlobalData &other) const
 {
     bool same = true;

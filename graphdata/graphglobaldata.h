@@ -63,9 +63,11 @@ public:
     // style of each Y axis and of the graph's default axis rows (grids only
     // on the first, as with an added axis).
     void ApplyTo(CGraphCurve &graph) const;
-    // Takes the defaults from a graph: its screen and X axis fields and the
-    // style of its first Y axis.
-    void TakeFrom(const CGraphCurve &graph);
+    // Takes the defaults from a graph, or from the option dialog's copies of
+    // one (which have no switch for the X labels: that default stays): the
+    // screen and X axis fields and the style of the first Y axis.
+    template <class Source>
+    void TakeFrom(const Source &source);
 
     bool operator==(const CGraphGlobalData &other) const;
 
@@ -76,6 +78,37 @@ private:
     void forEachField(const std::function<void(const char *name, Kind kind, std::uint32_t &bits)> &visit);
     static bool usable(Kind kind, std::uint32_t bits);
 };
+
+template <class Source>
+void CGraphGlobalData::TakeFrom(const Source &source)
+{
+    m_backColor = source.m_backColor;
+    m_foreColor = source.m_foreColor;
+    m_gridColor = source.m_gridColor;
+    m_gridOn = source.m_gridOn;
+    m_hideLabels = source.m_hideLabels;
+    m_xAxisFlags = source.m_xAxisFlags;
+    if constexpr (requires { source.m_xLabelsOn; })
+        m_xLabelsOn = source.m_xLabelsOn;
+    m_xRotation = source.m_xRotation;
+    m_xTextColor = source.m_xTextColor;
+    m_xSubDivisions = source.m_xSubDivisions;
+    m_majorPenStyle = source.m_majorPenStyle;
+    m_majorColor = source.m_majorColor;
+    m_minorPenStyle = source.m_minorPenStyle;
+    m_minorColor = source.m_minorColor;
+    if (source.m_ranges.GetSize() > 0) {
+        const CGraph_Range &y = *source.m_ranges.GetAt(0);
+        m_yAxisFlags = y.m_axisFlags;
+        m_yRotation = y.m_labelRotation;
+        m_yTextColor = y.m_textColor;
+        m_ySubDivisions = y.m_subDivisions;
+        m_yGridPenStyle = y.m_gridPenStyle;
+        m_yGridColor = y.m_gridColor;
+        m_ySecondPenStyle = y.m_secondPenStyle;
+        m_ySecondColor = y.m_secondColor;
+    }
+}
 
 // The program's defaults, loaded from DefaultKey() on first use.  Read and
 // changed on the user-interface thread only.

@@ -29,6 +29,22 @@ bool isVariableName(const QString &name)
     return std::all_of(name.begin(), name.end(), [](QChar c) { return c.isLetterOrNumber() || c == u'_'; });
 }
 
+// The index in `text` of line `row` (from 1), column `col` (from 0); -1
+// when the text has no such place.
+int positionOf(const QString &text, int row, int col)
+{
+    if (row < 1 || col < 0)
+        return -1;
+    qsizetype start = 0;
+    for (int r = 1; r < row; ++r) {
+        start = text.indexOf(u'\n', start);
+        if (start < 0)
+            return -1;
+        ++start;
+    }
+    return int(std::min<qsizetype>(start + col, text.size()));
+}
+
 } // namespace
 
 CScopeChannel::CScopeChannel() = default;
@@ -44,10 +60,12 @@ QString CScopeData_Data::ChannelFormula(int channel) const
     return m_channels[std::size_t(channel)].m_formulaText;
 }
 
-bool CScopeData_Data::SetChannelFormula(int channel, const QString &text, QString *error)
+bool CScopeData_Data::SetChannelFormula(int channel, const QString &text, QString *error, int *errorPosition)
 {
     if (error)
         error->clear();
+    if (errorPosition)
+        *errorPosition = -1;
     std::unique_ptr<CEquationTree> tree;
     std::vector<int> inputs;
     QStringList inputNames;
@@ -79,6 +97,8 @@ bool CScopeData_Data::SetChannelFormula(int channel, const QString &text, QStrin
                     ? LanguageString(kTextErrorAt).arg(why).arg(tree->errorRow).arg(tree->errorCol + 1)
                     : why;
             }
+            if (errorPosition)
+                *errorPosition = positionOf(text, tree->errorRow, tree->errorCol);
             return false;
         }
         // The columns the formula reads at its row.

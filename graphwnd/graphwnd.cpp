@@ -5,6 +5,7 @@
 #include "graphdata/graphglobaldata.h"
 
 #include "graphwnd/formulacurvedialog.h"
+#include "graphwnd/scopechannelsdialog.h"
 
 #include "graphdata/columnscan.h"
 #include "graphdata/draw/drawtools.h"
@@ -477,6 +478,13 @@ bool CGraphWnd::OnCommand(int id)
     switch (id) {
     case CmdComputedCurve: {
         CFormulaCurveDialog dialog(*this);
+        dialog.exec();
+        return true;
+    }
+    case CmdScopeChannels: {
+        if (!CScopeChannelsDialog::Applies(*this))
+            return false;
+        CScopeChannelsDialog dialog(*this);
         dialog.exec();
         return true;
     }

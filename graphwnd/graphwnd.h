@@ -61,6 +61,7 @@ enum GraphCommand : int {
     CmdDelete = 16011,
     CmdAddCurve = 16012,
     CmdComputedCurve = 16013, // a curve from a formula over the columns
+    CmdScopeChannels = 16014, // the oscilloscope's channel formulas
     CmdOwnAxis = 16021,
     CmdHighlight = 16022,
     CmdCurveTitle = 16023,

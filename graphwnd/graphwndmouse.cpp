@@ -9,6 +9,7 @@
 #include "graphwnd/graphcursorbase.h"
 #include "graphwnd/graphcursors.h"
 #include "graphwnd/graphreadout.h"
+#include "graphwnd/scopechannelsdialog.h"
 #include "graphwnd/trackedits.h"
 #include "support/languagestring.h"
 
@@ -42,6 +43,7 @@ enum : int {
     TextLocked = 43245,
     TextLineWidth = 43604,
     TextComputedCurve = 43779,
+    TextScopeChannels = 44601,
 };
 
 // A curve line counts as hit this close to the mouse.
@@ -598,6 +600,8 @@ void CGraphWnd::BuildContextMenu(QPoint point, QMenu &menu)
         columns->addSeparator();
         addItem(*columns, CmdAllColumns, LanguageString(TextAllColumns));
         addItem(*columns, CmdComputedCurve, LanguageString(TextComputedCurve));
+        if (CScopeChannelsDialog::Applies(*this))
+            addItem(menu, CmdScopeChannels, LanguageString(TextScopeChannels));
         addEmiMenu(menu);
     }
     menu.addSeparator();

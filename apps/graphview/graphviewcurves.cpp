@@ -4,11 +4,13 @@
 #include "graphdata/graphcurve.h"
 #include "graphwnd/formulacurvedialog.h"
 #include "graphwnd/graphwnd.h"
+#include "graphwnd/scopechannelsdialog.h"
 #include "support/languagestring.h"
 
 #include <QAction>
 #include <QCommandLineParser>
 #include <QMainWindow>
+#include <QMenu>
 #include <QMenuBar>
 
 #include <cstdio>
@@ -17,6 +19,7 @@ namespace {
 
 enum : int {
     TextComputedCurve = 43779,
+    TextScopeChannels = 44601,
 };
 
 } // namespace
@@ -93,4 +96,9 @@ void CGraphviewCurves::SetUpWindow(QMainWindow &window, CGraphWnd &graphWnd)
     QAction *add = curves->addAction(LanguageString(TextComputedCurve));
     add->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_K));
     QObject::connect(add, &QAction::triggered, &window, [&graphWnd] { graphWnd.OnCommand(CmdComputedCurve); });
+    // Offered while the window shows an oscilloscope graph.
+    QAction *channels = curves->addAction(LanguageString(TextScopeChannels));
+    QObject::connect(curves, &QMenu::aboutToShow, channels,
+                     [channels, &graphWnd] { channels->setEnabled(CScopeChannelsDialog::Applies(graphWnd)); });
+    QObject::connect(channels, &QAction::triggered, &window, [&graphWnd] { graphWnd.OnCommand(CmdScopeChannels); });
 }

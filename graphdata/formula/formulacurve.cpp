@@ -107,13 +107,14 @@ void CFormulaCurveJob::runPieces(CGraphColumn *column)
 {
     const int rows = m_tree->RowCount();
     for (int first = 0; first < rows; first += m_pieceRows) {
-        if (IsStopped())
+        if (m_watched && IsStopped())
             return;
         const int last = int(std::min<std::int64_t>(rows, std::int64_t(first) + m_pieceRows)) - 1;
         m_goodRows += m_tree->EvaluateRows(column->m_values, column->m_valid, first, last);
         // The extents while the piece is at hand.
         widenExtents(column->m_values, column->m_valid, first, last, m_low, m_high);
-        m_progress.store(double(last + 1) / rows, std::memory_order_relaxed);
+        if (m_watched)
+            m_progress.store(double(last + 1) / rows, std::memory_order_relaxed);
     }
 }
 

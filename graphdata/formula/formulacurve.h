@@ -50,6 +50,10 @@ public:
     // Rows per piece for the next Run (PieceRows unless told otherwise; the
     // benchmark runs all rows as one piece to see what the pieces cost).
     void SetPieceRows(int rows) { m_pieceRows = rows > 0 ? rows : PieceRows; }
+    // Whether the next Run looks at the stop flag and stores the progress
+    // between pieces (the default); the benchmark turns it off to see what
+    // the looking costs.  The series' own stop check stays.
+    void SetWatched(bool watched) { m_watched = watched; }
     // Asks a run to end soon; any thread, any number of times.
     void Stop();
     bool IsStopped() const { return m_stopped.load(std::memory_order_relaxed); }
@@ -81,6 +85,7 @@ private:
 
     QString m_formula;
     int m_pieceRows = PieceRows;
+    bool m_watched = true;
     std::unique_ptr<CEquationTree_Graph> m_tree;
     CGraphColumnPtr m_result;
     std::atomic<bool> m_stopped{false};

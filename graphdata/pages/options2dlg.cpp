@@ -1,6 +1,7 @@
 #include "graphdata/pages/options2dlg.h"
 
 #include "graphdata/graphcurve.h"
+#include "graphdata/graphglobaldata.h"
 #include "graphdata/pages/curve2page.h"
 #include "graphdata/pages/display2page.h"
 #include "graphdata/pages/screen2page.h"
@@ -12,6 +13,7 @@
 #include "support/registry.h"
 
 #include <QDialogButtonBox>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -25,6 +27,8 @@ enum : int {
     TextScreen = 43805,
     TextDisplay = 43870,
     TextUserEmi = 43885,
+    TextSaveAsDefault = 44604,
+    TextSavedAsDefault = 44605,
 };
 
 const char kKey[] = "Options2";
@@ -56,6 +60,9 @@ COptions2_Dlg::COptions2_Dlg(CGraphCurve &graph, int startPage, QWidget *parent)
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &COptions2_Dlg::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &COptions2_Dlg::reject);
+    QPushButton *asDefault = buttons->addButton(LanguageString(TextSaveAsDefault), QDialogButtonBox::ResetRole);
+    asDefault->setObjectName(QStringLiteral("saveAsDefault"));
+    connect(asDefault, &QPushButton::clicked, this, [this] { SaveAsDefault(); });
 
     const QString key = QString::fromLatin1(kKey);
     const int width = int(RegistryGetDword(key, QStringLiteral("Width"), 0));
@@ -152,6 +159,27 @@ void COptions2_Dlg::accept()
     }
     m_copy.Apply(m_graph, m_notFound);
     QDialog::accept();
+}
+
+bool COptions2_Dlg::SaveAsDefault()
+{
+    COptionsFault fault;
+    COptionsPage *current = pageAt(m_shown);
+    if (current && !current->Store(fault)) {
+        showFault(fault);
+        return false;
+    }
+    if (!m_copy.Check(fault)) {
+        if (COptionsPage *page = Page(fault.page))
+            page->Load();
+        showFault(fault);
+        return false;
+    }
+    CGraphGlobalData &defaults = GetGraphGlobalData();
+    defaults.TakeFrom(m_copy);
+    defaults.Save();
+    ShowMessage(this, LanguageString(TextSavedAsDefault));
+    return true;
 }
 
 void COptions2_Dlg::done(int result)

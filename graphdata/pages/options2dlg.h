@@ -29,6 +29,11 @@ public:
 
     void accept() override;
     void done(int result) override;
+    // Makes what the pages show (the screen, the X axis and the style of the
+    // first Y axis) the defaults of new graphs, kept for the next start;
+    // the graph itself changes only on OK.  False, with the fault shown,
+    // when a field is wrong.
+    bool SaveAsDefault();
 
     QTabWidget *Tabs() const { return m_tabs; }
     COptionsPage *Page(COptionsFault::Page page) const;

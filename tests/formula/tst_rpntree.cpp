@@ -591,3 +591,30 @@ TEST(RpnTree, VariablesAcrossCompilesAndModes)
     EXPECT_EQ(values[1], 1.0); // an unbound name reads as empty
     EXPECT_EQ(valid[1], 1);
 }
+
+#if (defined(__x86_64__) || defined(__i386__)) && (defined(__GNUC__) || defined(__clang__))
+#include <cpuid.h>
+
+// Whether the processor keeps wide register halves marked in use (bit 2 of
+// the state in use, read by xgetbv with ecx 1); -1 when it cannot tell.
+static int upperHalvesInUse()
+{
+    unsigned a = 0, b = 0, c = 0, d = 0;
+    if (!__builtin_cpu_supports("avx") || !__get_cpuid_count(0xD, 1, &a, &b, &c, &d) || !(a & 4))
+        return -1;
+    unsigned low = 0, high = 0;
+    asm volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(1));
+    return (low & 4) ? 1 : 0;
+}
+
+TEST(RpnSeries, ClearsTheUpperHalvesOfTheVectorRegisters)
+{
+    if (upperHalvesInUse() < 0)
+        GTEST_SKIP() << "the processor does not tell";
+    // What a library routine may leave behind.
+    asm volatile("vpcmpeqb %%ymm15, %%ymm15, %%ymm15" ::: "xmm15");
+    ASSERT_EQ(upperHalvesInUse(), 1);
+    RpnClearUpperVectorState();
+    EXPECT_EQ(upperHalvesInUse(), 0);
+}
+#endif

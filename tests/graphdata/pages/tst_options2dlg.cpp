@@ -4,6 +4,7 @@
 #include "optionsfixture.h"
 
 #include "graphdata/graphcurve.h"
+#include "graphdata/graphglobaldata.h"
 #include "graphdata/pages/axisfields.h"
 #include "graphdata/pages/curve2page.h"
 #include "graphdata/pages/options2dlg.h"
@@ -340,6 +341,76 @@ TEST_F(Options2Dlg, RemembersItsLastPage)
     }
     COptions2_Dlg again(m_graph, -1);
     EXPECT_EQ(again.Tabs()->currentWidget(), again.m_screenPage);
+}
+
+TEST_F(Options2Dlg, SaveAsDefaultKeepsWhatThePagesShowForNewGraphs)
+{
+    const struct
+    {
+        const char *name;
+        std::function<void(COptions2_Dlg &)> edit;
+        bool saved;
+        std::function<void(const CGraphGlobalData &)> check; // the defaults as stored
+    } cases[] = {
+        {"screen colours",
+         [](COptions2_Dlg &d) {
+             d.Tabs()->setCurrentWidget(d.m_screenPage);
+             d.m_screenPage->m_back->Edit()->setText(QStringLiteral("#102030"));
+             d.m_screenPage->m_hideLabels->setChecked(true);
+         },
+         true,
+         [](const CGraphGlobalData &s) {
+             EXPECT_EQ(s.m_backColor, 0x302010u); // 0x00BBGGRR
+             EXPECT_EQ(s.m_hideLabels, 1);
+         }},
+        {"X grid and the first Y axis's text colour",
+         [](COptions2_Dlg &d) {
+             d.Tabs()->setCurrentWidget(d.m_xPage);
+             d.m_xPage->m_fields->m_minorGrid->setChecked(true);
+             d.Tabs()->setCurrentWidget(d.m_yPage);
+             d.m_yPage->m_children.at(0)->m_textColor->Edit()->setText(QStringLiteral("#0000FF"));
+         },
+         true,
+         [](const CGraphGlobalData &s) {
+             EXPECT_TRUE(s.m_xAxisFlags & CGraph_Range::AxisMinorGrid);
+             EXPECT_EQ(s.m_yTextColor, 0xFF0000u);
+             EXPECT_EQ(s.m_backColor, 0xFFFFFFu); // the graph's own, unchanged
+         }},
+        {"a wrong field saves nothing",
+         [](COptions2_Dlg &d) {
+             d.Tabs()->setCurrentWidget(d.m_screenPage);
+             d.m_screenPage->m_back->Edit()->setText(QStringLiteral("#12345G"));
+         },
+         false, [](const CGraphGlobalData &s) { EXPECT_TRUE(s == CGraphGlobalData()); }},
+    };
+    m_graph.m_backColor = 0xFFFFFF;
+    const std::string before = fingerprint(m_graph);
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        QSettings(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("HELIOMAR"), QStringLiteral("TARN"))
+            .remove(CGraphGlobalData::DefaultKey());
+        GetGraphGlobalData() = CGraphGlobalData();
+        m_prompts.messages.clear();
+        COptions2_Dlg dialog(m_graph, -1);
+        c.edit(dialog);
+        EXPECT_EQ(dialog.SaveAsDefault(), c.saved);
+        EXPECT_EQ(m_prompts.messages.size(), 1); // saved, or what is wrong
+        // Kept for the next start: read back from the settings.
+        CGraphGlobalData stored;
+        EXPECT_EQ(stored.Load() > 0, c.saved);
+        c.check(stored);
+        EXPECT_TRUE(stored == GetGraphGlobalData());
+        // The graph changes on OK only; a new graph takes the defaults.
+        EXPECT_EQ(fingerprint(m_graph), before);
+        dialog.reject();
+        CGraphCurve fresh;
+        fill(fresh);
+        GetGraphGlobalData().ApplyTo(fresh);
+        CGraphGlobalData taken;
+        taken.TakeFrom(fresh);
+        EXPECT_TRUE(taken == stored);
+    }
+    GetGraphGlobalData() = CGraphGlobalData();
 }
 
 // The Y axes are pages of a scrolled parent: each child is handed to it, and
