@@ -73,11 +73,11 @@ void getX(CRpnData &result, int, int row, void *, void *, CRpnNode *, const QStr
     result.SetDouble(g_x[row]);
 }
 
-enum Mode { Bound, Getter, Throwing };
+enum Mode { Bound, Getter, Throwing, ThrowingGetter };
 
 void runTree(benchmark::State &state, Mode mode)
 {
-    const bool bound = mode == Bound;
+    const bool bound = mode == Bound || mode == Throwing;
     const std::vector<double> &x = column();
     std::vector<double> values(kRows);
     std::vector<unsigned char> valid(kRows);
@@ -95,7 +95,7 @@ void runTree(benchmark::State &state, Mode mode)
         return rest.startsWith(u'x') && (rest.size() == 1 || !rest[1].isLetterOrNumber()) ? 1 : 0;
     };
     // The throwing mode always walks the node tree row by row.
-    tree.throwOnError = mode == Throwing;
+    tree.throwOnError = mode == Throwing || mode == ThrowingGetter;
     if (!tree.Compile(QString::fromLatin1(kExpressions[state.range(0)]), nullptr, false, matcher)) {
         state.SkipWithError("compile failed");
         return;
@@ -121,6 +121,11 @@ void BM_TarnGetter(benchmark::State &state)
 void BM_TarnTree(benchmark::State &state)
 {
     runTree(state, Throwing);
+}
+
+void BM_TarnTreeGetter(benchmark::State &state)
+{
+    runTree(state, ThrowingGetter);
 }
 
 void BM_MuParserRow(benchmark::State &state)
@@ -158,6 +163,7 @@ void BM_MuParserBulk(benchmark::State &state)
 BENCHMARK(BM_TarnColumn)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_TarnGetter)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_TarnTree)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TarnTreeGetter)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MuParserRow)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MuParserBulk)->DenseRange(0, kExpressionCount - 1)->Unit(benchmark::kMillisecond);
 
