@@ -49,7 +49,7 @@ const Expression kPairs[] = {
     {"min(x,0.5)+max(x,0.25)", "min(x,0.5)+max(x,0.25)"},
     {"iif(x > 1, x*2, 1-x)", "x > 1 ? x*2 : 1-x"},
     {"function f(t) { return t*t+1 }; f(x)", "x*x+1"},
-    {"a = x*2; b = a+1; b*a", "a = x*2, b = a+1, b*a"},
+    {"a = x*2; b = a+1; return a*b", "a = x*2, b = a+1, a*b"},
     {"iif(mode == \"twice\", x*2, x)", "x*2", "mode = \"twice\""},
 };
 constexpr int kExpressionCount = int(std::size(kPairs));
