@@ -20,17 +20,6 @@ bool isBlock(const CRpnNode *node)
     return (traits & RPN_TRAIT_LIST) && !(traits & RPN_TRAIT_MULTI_OPERAND);
 }
 
-// A body whose last statement is a `return`: every way through it ends in a
-// `return` or an error, so the values of the other statements are never
-// needed and the body may run for its effect (Execute).
-bool endsInReturn(const CRpnNode *body)
-{
-    if (!body || !isBlock(body))
-        return false;
-    const auto &children = static_cast<const CRpnNodeList *>(body)->m_children;
-    return !children.empty() && children.back() && children.back()->GetKind() == RPN_NODE_RETURN;
-}
-
 // Whether a statement may run on the fast path: `return` of an expression on
 // plain numbers, `if` with such a condition, and blocks of these.
 bool fastStatement(const CRpnNode *node)
@@ -63,40 +52,64 @@ bool fastStatement(const CRpnNode *node)
 
 bool fastBody(CRpnUserFunction *function)
 {
-    for (int p = 0; p < function->GetParameterCount(); ++p) {
-        if (function->IsByReference(p))
-            return false;
-    }
-    return endsInReturn(function->m_body) && fastStatement(function->m_body);
+    return !function->HasByReference() && function->EndsInReturn() && fastStatement(function->m_body);
 }
 
-// Runs statements that fastStatement accepted.
-enum FastRun { FastGaveUp, FastReturned, FastWentOn };
-
-FastRun runFast(CRpnNode *node, double &out)
+// Lays out statements that fastStatement accepted as steps (see CRpnFastStep).
+void layOut(CRpnNode *node, std::vector<CRpnFastStep> &steps)
 {
     if (!node)
-        return FastWentOn;
-    if (StackRoom::IsStackLow())
-        return FastGaveUp;
+        return;
     switch (node->GetKind()) {
     case RPN_NODE_RETURN:
-        return static_cast<CNodeReturn *>(node)->m_operand->EvaluateFast(out) ? FastReturned : FastGaveUp;
+        steps.push_back({CRpnFastStep::Return, 0, static_cast<CNodeReturn *>(node)->m_operand});
+        return;
     case RPN_NODE_IF: {
         auto *branch = static_cast<CNode_IF *>(node);
-        double c;
-        if (!branch->m_condition->EvaluateFast(c))
-            return FastGaveUp;
-        return runFast(c != 0.0 ? branch->m_then : branch->m_else, out);
+        const std::size_t test = steps.size();
+        steps.push_back({CRpnFastStep::Test, 0, branch->m_condition});
+        layOut(branch->m_then, steps);
+        if (branch->m_else) {
+            const std::size_t jump = steps.size();
+            steps.push_back({CRpnFastStep::Jump, 0, nullptr});
+            steps[test].target = int(steps.size());
+            layOut(branch->m_else, steps);
+            steps[jump].target = int(steps.size());
+        } else {
+            steps[test].target = int(steps.size());
+        }
+        return;
     }
     default: // a block
-        for (CRpnNode *child : static_cast<CRpnNodeList *>(node)->m_children) {
-            const FastRun r = runFast(child, out);
-            if (r != FastWentOn)
-                return r;
-        }
-        return FastWentOn;
+        for (CRpnNode *child : static_cast<CRpnNodeList *>(node)->m_children)
+            layOut(child, steps);
     }
+}
+
+// Runs the steps of a body; false when one gave up or the steps ran out
+// without a `return`.
+bool runSteps(const std::vector<CRpnFastStep> &steps, double &out)
+{
+    const CRpnFastStep *step = steps.data();
+    const CRpnFastStep *const end = step + steps.size();
+    const CRpnFastStep *const begin = step;
+    while (step < end) {
+        switch (step->code) {
+        case CRpnFastStep::Return:
+            return step->expr->EvaluateFast(out);
+        case CRpnFastStep::Test: {
+            double c;
+            if (!step->expr->EvaluateFast(c))
+                return false;
+            step = c != 0.0 ? step + 1 : begin + step->target;
+            break;
+        }
+        case CRpnFastStep::Jump:
+            step = begin + step->target;
+            break;
+        }
+    }
+    return false;
 }
 
 // Puts the owner's frame and depth back when a call on the fast path ends.
@@ -113,6 +126,15 @@ struct FastCallScope
         current = outer;
         function->GiveBackFrame(frame);
     }
+};
+
+// Gives a frame back to its function however a call ends (an exception of a
+// throwing tree included).
+struct FrameHolder
+{
+    CRpnUserFunction *function;
+    CRpnCallFrame *frame;
+    ~FrameHolder() { function->GiveBackFrame(frame); }
 };
 
 } // namespace
@@ -146,28 +168,40 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
 
-    // 1. The arguments, left to right; a variable given for a parameter
-    //    passed by reference is remembered for the copy back.  A few
-    //    arguments live on the stack.
+    // 1. The arguments, left to right, each straight into the slot of its
+    //    parameter in the call's frame (a spare one that an earlier call left,
+    //    where there is one); the frame becomes the current scope only once
+    //    all arguments are there.  A variable given for a parameter passed by
+    //    reference is remembered for the copy back.
     const int count = int(m_children.size());
     const int parameters = function->GetParameterCount();
+    const bool anyReferenceParameter = function->HasByReference();
     constexpr int kInline = 8;
-    CRpnLocalValues<kInline> arguments(count);
-    CNodeVariable *inlineReferences[kInline] = {};
+    CNodeVariable *inlineReferences[kInline];
     std::vector<CNodeVariable *> moreReferences;
     CNodeVariable **byReference = inlineReferences;
-    if (parameters > kInline) {
-        moreReferences.assign(std::size_t(parameters), nullptr);
-        byReference = moreReferences.data();
+    if (anyReferenceParameter) {
+        if (parameters > kInline) {
+            moreReferences.assign(std::size_t(parameters), nullptr);
+            byReference = moreReferences.data();
+        } else {
+            std::fill(inlineReferences, inlineReferences + kInline, nullptr);
+        }
     }
+    FrameHolder held{function, function->TakeFrame()};
+    CRpnCallFrame *frame = held.frame;
     bool anyByReference = false;
+    CRpnData argument;
     for (int i = 0; i < count; ++i) {
         CRpnNode *child = m_children[std::size_t(i)];
-        if (!child)
-            continue;
-        if (!EvaluateOrPass(child, arguments[i], result, status))
+        if (child && !EvaluateOrPass(child, argument, result, status))
             return;
-        if (i < parameters && function->IsByReference(i)) {
+        if (i >= parameters) {
+            argument.SetNull(); // extra arguments are dropped
+            continue;
+        }
+        frame->SetSlot(i, std::move(argument));
+        if (child && anyReferenceParameter && function->IsByReference(i)) {
             byReference[i] = child->AsVariable();
             anyByReference = anyByReference || byReference[i];
         }
@@ -178,17 +212,10 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
         return;
     }
 
-    // 2. and 3. The call's own variables: the parameters (their defaults
-    //    where no argument was given), and the owner's main dictionary under
-    //    its name.  The frame is one that an earlier call left, where there is one.
-    CRpnCallFrame *frame = function->TakeFrame();
-    // The arguments are not needed after this: they move into the frame.
-    for (int p = 0; p < parameters; ++p) {
-        if (p < count)
-            frame->SetSlot(p, std::move(arguments[p]));
-        else
-            frame->SetSlot(p, function->m_defaults.value(p));
-    }
+    // 2. and 3. The parameters without an argument take their defaults, and
+    //    the owner's main dictionary stands under its name.
+    for (int p = count; p < parameters; ++p)
+        frame->SetSlot(p, function->m_defaults.value(p));
     if (function->GetMainSlot() >= 0)
         frame->SetSlot(function->GetMainSlot(), owner->GetVariablesValue());
 
@@ -200,7 +227,7 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
     unsigned char callStatus = 1;
     CRpnData value;
     try {
-        if (endsInReturn(function->m_body))
+        if (function->EndsInReturn())
             function->m_body->Execute(value, callStatus);
         else
             function->m_body->Evaluate(value, callStatus);
@@ -227,7 +254,7 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
 
     // 8. Parameters passed by reference go back, also after an error.
     if (anyByReference) {
-        for (int p = 0; p < parameters; ++p) {
+        for (int p = 0; p < std::min(count, parameters); ++p) {
             if (CNodeVariable *variable = byReference[p]) {
                 CRpnData local;
                 if (const CRpnData *slot = frame->Slot(p))
@@ -237,7 +264,6 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
             }
         }
     }
-    function->GiveBackFrame(frame);
     if (callStatus != 1)
         result.SetNull();
     else
@@ -248,14 +274,21 @@ bool CNode_Function::EvaluateFast(double &out)
 {
     CRpnUserFunction *function = m_function;
     // m_fastPath: every argument may give its double this way.
-    if (!m_fastPath || !function || !function->m_body || function->m_fastBody == 0)
+    if (!m_fastPath || !function || function->m_fastBody == 0 || !function->m_body)
         return false;
-    if (function->m_fastBody < 0)
-        function->m_fastBody = fastBody(function) ? 1 : 0;
+    if (function->m_fastBody < 0) {
+        function->m_fastSteps.clear();
+        if (fastBody(function)) {
+            layOut(function->m_body, function->m_fastSteps);
+            function->m_fastBody = 1;
+        } else {
+            function->m_fastBody = 0;
+            return false;
+        }
+    }
     CEquationTree *owner = function->m_owner ? function->m_owner : m_tree;
     // The limits and a stop are the ordinary path's to report.
-    if (function->m_fastBody == 0 || !owner || owner->m_callDepth >= MaxCallDepth || owner->IsStopping()
-        || StackRoom::IsStackLow())
+    if (!owner || owner->m_callDepth >= MaxCallDepth || owner->IsStopping() || StackRoom::IsStackLow())
         return false;
     constexpr int kMaxArguments = 8;
     const int count = int(m_children.size());
@@ -279,7 +312,7 @@ bool CNode_Function::EvaluateFast(double &out)
     FastCallScope scope{owner->m_callDepth, owner->m_callFrame, owner->m_callFrame, function, frame};
     owner->m_callFrame = frame;
     ++owner->m_callDepth;
-    if (runFast(function->m_body, out) == FastReturned)
+    if (runSteps(function->m_fastSteps, out))
         return true;
     // Something unusual on the way (a value that is no number, a zero
     // divisor, a limit): this call is done again the ordinary way, and so

@@ -205,6 +205,17 @@ void CNodeVariable::Evaluate(CRpnData &result, unsigned char &status)
 
 bool CNodeVariable::EvaluateFast(double &out)
 {
+    // A name of a function body, read in a call of that function: its slot.
+    // (Such a name is never a constant; a column bound to it comes first.)
+    if (m_slotFunction && !m_column && m_tree) {
+        if (CRpnCallFrame *frame = m_tree->GetCallFrame(); frame && frame->GetFunction() == m_slotFunction) {
+            const CRpnData *slot = m_slot >= 0 ? frame->Slot(m_slot) : nullptr;
+            if (!slot || !slot->IsReal())
+                return false;
+            out = slot->GetRealValue();
+            return true;
+        }
+    }
     if (IsConstant() || !m_tree) {
         if (!m_value.IsReal())
             return false;

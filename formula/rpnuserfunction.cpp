@@ -14,6 +14,11 @@ CRpnCallFrame::CRpnCallFrame(const CRpnUserFunction *function)
 
 CRpnCallFrame::~CRpnCallFrame() = default;
 
+void CRpnCallFrame::dropExtra()
+{
+    m_extra.reset();
+}
+
 CRpnData *CRpnCallFrame::Find(const QString &name)
 {
     const int slot = m_function->SlotOf(name);
@@ -36,24 +41,20 @@ void CRpnCallFrame::Set(const QString &name, const CRpnData &value)
     m_extra->SetAt(name, value);
 }
 
-void CRpnCallFrame::Clear()
-{
-    // The values go now, not when the frame is next used: an array that a
-    // finished call held must not stay shared (an assignment would copy it).
-    for (std::size_t i = 0; i < m_slots.size(); ++i) {
-        if (m_set[i]) {
-            m_slots[i].SetNull();
-            m_set[i] = 0;
-        }
-    }
-    m_extra.reset();
-}
-
 // --- CRpnUserFunction --------------------------------------------------------------------
 
 CRpnUserFunction::~CRpnUserFunction()
 {
+    dropSpareFrames();
     delete m_body;
+}
+
+void CRpnUserFunction::dropSpareFrames()
+{
+    while (CRpnCallFrame *frame = m_spareFrames) {
+        m_spareFrames = frame->m_nextSpare;
+        delete frame;
+    }
 }
 
 int CRpnUserFunction::SlotOf(const QString &name) const
@@ -65,9 +66,18 @@ void CRpnUserFunction::BindSlots(bool caseSensitive)
 {
     m_caseSensitive = caseSensitive;
     m_fastBody = -1;
+    m_fastSteps.clear();
     m_slotNames.clear();
     m_slotIndex.clear();
-    m_spareFrames.clear();
+    dropSpareFrames();
+    m_hasByReference = false;
+    for (int p = 0; p < GetParameterCount(); ++p)
+        m_hasByReference = m_hasByReference || IsByReference(p);
+    m_endsInReturn = false;
+    if (m_body && (m_body->GetTraits() & RPN_TRAIT_LIST) && !(m_body->GetTraits() & RPN_TRAIT_MULTI_OPERAND)) {
+        const auto &statements = static_cast<const CRpnNodeList *>(m_body)->m_children;
+        m_endsInReturn = !statements.empty() && statements.back() && statements.back()->GetKind() == RPN_NODE_RETURN;
+    }
     auto add = [this](const QString &name) {
         const QString k = key(name);
         auto it = m_slotIndex.constFind(k);
@@ -95,17 +105,3 @@ void CRpnUserFunction::BindSlots(bool caseSensitive)
     m_mainSlot = m_owner ? SlotOf(m_owner->m_mainVariablesName) : -1;
 }
 
-CRpnCallFrame *CRpnUserFunction::TakeFrame()
-{
-    if (m_spareFrames.empty())
-        return new CRpnCallFrame(this);
-    CRpnCallFrame *frame = m_spareFrames.back().release();
-    m_spareFrames.pop_back();
-    return frame;
-}
-
-void CRpnUserFunction::GiveBackFrame(CRpnCallFrame *frame)
-{
-    frame->Clear();
-    m_spareFrames.emplace_back(frame);
-}

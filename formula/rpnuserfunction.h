@@ -51,13 +51,44 @@ public:
     void Set(const QString &name, const CRpnData &value);
     // Unsets every slot and forgets the names made at run time, so that the
     // frame can serve the next call.
-    void Clear();
+    void Clear()
+    {
+        // The values go now, not when the frame is next used: an array that a
+        // finished call held must not stay shared (an assignment would copy it).
+        const std::size_t n = m_slots.size();
+        for (std::size_t i = 0; i < n; ++i) {
+            if (m_set[i]) {
+                m_slots[i].SetNull();
+                m_set[i] = 0;
+            }
+        }
+        if (m_extra)
+            dropExtra();
+    }
 
 private:
+    friend class CRpnUserFunction;
+    void dropExtra();
     const CRpnUserFunction *m_function;
     std::vector<CRpnData> m_slots;
     std::vector<unsigned char> m_set;
     std::unique_ptr<CMapStringToRpnData> m_extra;
+    CRpnCallFrame *m_nextSpare = nullptr; // the function's list of spare frames
+};
+
+// One step of a body that runs on the fast path (CNode_Function::EvaluateFast):
+// the body's `if` and `return` statements laid out in a row, so that a call
+// runs them with a loop instead of walking the blocks.
+struct CRpnFastStep
+{
+    enum Code : std::uint8_t {
+        Test,   // the condition `expr`; when it is 0, go on at `target`
+        Return, // the value of `expr` is the call's
+        Jump,   // go on at `target`
+    };
+    Code code = Jump;
+    int target = 0;
+    CRpnNode *expr = nullptr; // not owned: a node of the body
 };
 
 class CRpnUserFunction
@@ -72,6 +103,11 @@ public:
 
     int GetParameterCount() const { return int(m_parameterNames.size()); }
     bool IsByReference(int i) const { return (m_parameterFlags.value(i) & ParamByReference) != 0; }
+    // Whether any parameter is passed by reference; known after BindSlots.
+    bool HasByReference() const { return m_hasByReference; }
+    // Whether the body's last statement is a `return`, so that it may run
+    // for its effect only (Execute); known after BindSlots.
+    bool EndsInReturn() const { return m_endsInReturn; }
 
     // The slot of a name in the call's frame, -1 when the body has no such
     // name.  The name is compared as the owner tree's case mode says.
@@ -82,9 +118,23 @@ public:
     int GetMainSlot() const { return m_mainSlot; }
 
     // A frame for a call: a spare one left by an earlier call, or a new one.
-    // A recursion deep n keeps n frames for the calls to come.
-    CRpnCallFrame *TakeFrame();
-    void GiveBackFrame(CRpnCallFrame *frame);
+    // A recursion deep n keeps n frames for the calls to come, so that a call
+    // allocates nothing once its depth has been reached before.
+    CRpnCallFrame *TakeFrame()
+    {
+        if (CRpnCallFrame *frame = m_spareFrames) {
+            m_spareFrames = frame->m_nextSpare;
+            frame->m_nextSpare = nullptr;
+            return frame;
+        }
+        return new CRpnCallFrame(this);
+    }
+    void GiveBackFrame(CRpnCallFrame *frame)
+    {
+        frame->Clear();
+        frame->m_nextSpare = m_spareFrames;
+        m_spareFrames = frame;
+    }
 
     QString m_name;
     QStringList m_parameterNames;
@@ -96,13 +146,19 @@ public:
     // -1 not yet known, 0 no (the body's form, a parameter passed by
     // reference, or a call on the fast path that had to give up), 1 yes.
     std::int8_t m_fastBody = -1;
+    // The body as steps for the fast path, laid out when m_fastBody turns 1.
+    std::vector<CRpnFastStep> m_fastSteps;
 
 private:
+    void dropSpareFrames();
+
     QString key(const QString &name) const { return m_caseSensitive ? name : name.toUpper(); }
 
     QStringList m_slotNames;            // stored as key() gives them
     QHash<QString, int> m_slotIndex;
     int m_mainSlot = -1;                // the slot of "MainVariables", if the body names it
     bool m_caseSensitive = true;
-    std::vector<std::unique_ptr<CRpnCallFrame>> m_spareFrames;
+    bool m_hasByReference = false;
+    bool m_endsInReturn = false;
+    CRpnCallFrame *m_spareFrames = nullptr; // owned, linked by m_nextSpare
 };

@@ -124,7 +124,6 @@ CYAxis_2_Page::CYAxis_2_Page(CGraphOptionsCopy &copy, QWidget *parent)
     : COptionsPage(copy, parent), m_scroll(new CScrollParent(this))
 {
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_scroll);
 }
 

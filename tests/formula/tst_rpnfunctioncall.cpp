@@ -1,0 +1,183 @@
+// Calls of script functions: arguments go straight into the call's frame,
+// frames are kept for the next call of the same depth, and a body on plain
+// numbers runs as a row of steps.  Each script is compiled once and run
+// twice, so that what one run leaves behind (a frame not emptied, a depth
+// not counted back) shows in the second.
+
+#include "formulatest.h"
+
+#include "formula/rpnexception.h"
+#include "formula/rpntree.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+struct CallCase
+{
+    const char *name;
+    const char *text;
+    const char *expect; // Describe of the value, or the start of the error ("E41655@1,")
+};
+
+void PrintTo(const CallCase &c, std::ostream *os)
+{
+    *os << c.name;
+}
+
+std::string errorOf(const CEquationTree &tree)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "E%d@%d,%d", MessageIdOf(tree.errorText), int(tree.errorRow),
+                  int(tree.errorCol));
+    return text;
+}
+
+class CallScripts : public ::testing::TestWithParam<CallCase>
+{
+};
+
+TEST_P(CallScripts, GiveTheSameInEveryRun)
+{
+    const CallCase &c = GetParam();
+    CEquationTree tree;
+    ASSERT_TRUE(tree.Compile(QString::fromUtf8(c.text), nullptr, true)) << errorOf(tree);
+    for (int run = 1; run <= 2; ++run) {
+        tree.ResetError();
+        CRpnData value;
+        const int status = tree.Run(value);
+        const std::string got = status == 1 && !tree.HasError() ? Describe(value) : errorOf(tree);
+        if (c.expect[0] == 'E')
+            EXPECT_EQ(got.substr(0, std::strlen(c.expect)), c.expect) << "run " << run << ": " << c.text;
+        else
+            EXPECT_EQ(got, c.expect) << "run " << run << ": " << c.text;
+        EXPECT_EQ(tree.GetCallFrame(), nullptr) << "run " << run;
+    }
+}
+
+// `f` names a function on plain numbers (the short way), `g` one that
+// assigns a local and so takes the ordinary way: both must agree.
+const CallCase kCalls[] = {
+    // An argument that calls the same function takes a frame of its own
+    // while the outer call's frame is being filled.
+    {"argument_calls_same_function_short", "function f(a, b) { return a * 10 + b }; f(f(1, 2), f(3, 4))",
+     "REAL:154"},
+    {"argument_calls_same_function_ordinary",
+     "function g(a, b) { t = a * 10; return t + b }; g(g(1, 2), g(g(0, 3), 4))", "REAL:154"},
+    {"arguments_left_to_right", "k = 1; function g(a, b) { t = a; return t * 10 + b }; g(k++, k++) + k",
+     "ARRAY:{1,15}"},
+    // Extra arguments are evaluated and dropped; a missing one is empty.
+    {"extra_argument_evaluated", "k = 0; function g(a) { t = a; return t }; {g(1, k++), k}", "ARRAY:{0,{1,1}}"},
+    {"missing_argument_empty", "function g(a, b) { t = a; return IsEmpty(b) }; g(1)", "INT:1"},
+    {"missing_argument_default_short", "function f(a, b = 3) { return a * b }; f(2) + f(2, 4)", "REAL:14"},
+    // By reference: a parameter past the eighth, and one that got no argument.
+    {"by_reference_ninth",
+     "x = 0; function g(a, b, c, d, e, f, h, i, _ref j) { j = a + i; return 0 }; g(1, 2, 3, 4, 5, 6, 7, 8, x); x",
+     "ARRAY:{0,0,9}"},
+    {"by_reference_not_given", "x = 1; function g(a, _ref b) { b = 3; return a }; {g(2), x}", "ARRAY:{1,{2,1}}"},
+    // (The first statement's value is the array itself, so it shows the appends.)
+    {"by_reference_array_kept", "a = {1, 2}; function g(_ref v, w) { v[] = w; return 0 }; g(a, 3); g(a, 4); a",
+     "ARRAY:{{1,2,3,4},0,0,{1,2,3,4}}"},
+    // The limit of nested calls, on both ways: 200 calls nest, 201 do not.
+    {"depth_at_limit_short", "function f(n) { if (n == 0) { return 0 }; return f(n - 1) + 1 }; f(199)",
+     "REAL:199"},
+    {"depth_over_limit_short", "function f(n) { if (n == 0) { return 0 }; return f(n - 1) + 1 }; f(200)",
+     "E43300@"},
+    {"depth_at_limit_ordinary", "function g(n) { if (n == 0) { return 0 }; t = g(n - 1); return t + 1 }; g(199)",
+     "REAL:199"},
+    {"depth_over_limit_ordinary", "function g(n) { if (n == 0) { return 0 }; t = g(n - 1); return t + 1 }; g(200)",
+     "E43300@"},
+    // An error deep down is reported where it happened, in the body.
+    {"error_deep_short", "function f(n) { if (n == 0) { return 1 / n }; return f(n - 1) }; f(50)", "E41655@1,39"},
+    {"error_deep_ordinary", "function g(n) { if (n == 0) { return 1 / n }; t = n; return g(n - 1) }; g(50)",
+     "E41655@1,39"},
+    {"unset_local_deep",
+     "function g(n) { if (n < 0) { q = 1 }; if (n == 0) { return q }; t = n; return g(n - 1) }; g(5)", "E41830@"},
+    // Each level has its locals; the main scope only through its name.
+    {"locals_per_level", "function g(n) { t = n; if (n > 0) { g(n - 1) }; return t }; g(7)", "REAL:7"},
+    {"main_counted_from_every_level",
+     "c = 0; function g(n) { MainVariables[\"c\"] = MainVariables[\"c\"] + 1; if (n > 0) { g(n - 1) }; return 0 }; "
+     "g(9); c",
+     "ARRAY:{0,0,10}"},
+    {"main_name_is_local_inside", "t = 5; function g(n) { t = n; return t }; {g(1), t}", "ARRAY:{5,{1,5}}"},
+    // Branches laid out as steps: nested `if`, `if` without `else` inside
+    // an `if` with one, and a chain of `else`.
+    {"nested_if_steps",
+     "function f(t) { if (t > 0) { if (t > 5) { return 2 } } else { return -1 }; return 1 }; "
+     "f(-3) + f(3) * 10 + f(8) * 100",
+     "REAL:209"},
+    {"else_chain_steps",
+     "function f(t) { if (t < 0) { return -1 } else { if (t == 0) { return 0 } else { return 1 } }; return 7 }; "
+     "f(-5) + f(0) * 10 + f(5) * 100",
+     "REAL:99"},
+    // A body on numbers that meets a text falls back to the ordinary way.
+    {"short_way_gives_up_deep",
+     "function f(n, s) { if (n == 0) { return s }; return f(n - 1, s) + 1 }; f(3, 2) + f(3, \"2\")", "REAL:10"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Calls, CallScripts, ::testing::ValuesIn(kCalls),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+// A tree compiled again gets new functions of the same names: each run
+// calls the body of its own compile, with frames of its size.
+TEST(CallPath, AFunctionCompiledAgainRunsItsNewBody)
+{
+    const CallCase steps[] = {
+        {"one_parameter", "function f(a) { return a + 1 }; f(2)", "REAL:3"},
+        {"more_locals", "function f(a, b, c) { x = a; y = b * c; return x + y }; f(1, 2, 3)", "REAL:7"},
+        {"fewer_again", "function f(a) { return a * 10 }; f(f(2))", "REAL:200"},
+        {"array_local", "function f() { t = {1, 2}; return t }; f()", "ARRAY:{1,2}"},
+        {"by_reference_now", "x = 1; function f(_ref a) { a = a + 4; return 0 }; f(x); x", "ARRAY:{1,0,5}"},
+    };
+    CEquationTree tree;
+    for (const CallCase &step : steps) {
+        ASSERT_TRUE(tree.Compile(QString::fromUtf8(step.text), nullptr, true)) << step.name;
+        for (int run = 1; run <= 2; ++run) {
+            CRpnData value;
+            ASSERT_EQ(tree.Run(value), 1) << step.name << " " << errorOf(tree);
+            EXPECT_EQ(Describe(value), step.expect) << step.name << " run " << run;
+        }
+    }
+}
+
+// In throwing mode an error deep in a recursion ends the run; the calls it
+// unwound count no more, so the full depth is there for the next run.
+TEST(CallPath, AnErrorThrownFromADeepCallLeavesTheTreeUsable)
+{
+    const char *const texts[] = {
+        "function f(n) { if (n == 0) { return 1 / n }; return f(n - 1) }; function d(n) { if (n == 0) { return 0 }; "
+        "return d(n - 1) + 1 }; if (MainVariables[\"deep\"]) { d(199) } else { f(150) }",
+        "function f(n) { if (n == 0) { return 1 / n }; t = n; return f(n - 1) }; function d(n) { if (n == 0) { "
+        "return 0 }; t = d(n - 1); return t + 1 }; if (MainVariables[\"deep\"]) { d(199) } else { f(150) }",
+    };
+    for (const char *text : texts) {
+        CEquationTree tree;
+        tree.throwOnError = 1;
+        ASSERT_TRUE(tree.Compile(QString::fromUtf8(text), nullptr, true)) << errorOf(tree);
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            // The call catches what its body raised (the run then fails
+            // with the error in the tree); what comes out, it must be that error.
+            tree.ResetError();
+            int message = 0;
+            try {
+                CRpnData value;
+                EXPECT_EQ(tree.Run(value), 0) << text;
+                message = MessageIdOf(tree.errorText);
+            } catch (const CRpnException &e) {
+                message = MessageIdOf(e.message);
+            }
+            EXPECT_EQ(message, 41655) << text;
+            EXPECT_EQ(tree.GetCallFrame(), nullptr) << text;
+        }
+        tree.ResetError();
+        tree.SetVariable(QStringLiteral("deep"), CRpnData(1.0));
+        CRpnData value;
+        ASSERT_EQ(tree.Run(value), 1) << text << " " << errorOf(tree);
+        EXPECT_EQ(Describe(value), "ARRAY:{199}") << text; // the value of the `if` block
+    }
+}
+
+} // namespace
