@@ -91,6 +91,44 @@ public:
         return true;
     }
 
+    // Several statements: assignments `v = operation` of plain numbers and
+    // expressions, perhaps a `return` last.  The value is the return's, or
+    // else the first statement's (the double of the ARRAY of them all).
+    bool statements(CRpnNode *list, int &out)
+    {
+        const int n = list->GetOperandCount();
+        int first = -1;
+        for (int i = 0; i < n; ++i) {
+            CRpnNode *child = list->GetOperand(i);
+            if (!child)
+                return false;
+            int value = -1;
+            if (child->GetKind() == RPN_NODE_RETURN) {
+                CRpnNode *returned = static_cast<CNodeReturn *>(child)->m_operand;
+                if (i != n - 1 || !returned || !expression(returned, out, 1))
+                    return false;
+                return true;
+            }
+            if (child->GetKind() == RPN_NODE_ASSIGN ? !assignment(child, value) : !expression(child, value, 1))
+                return false;
+            if (i == 0)
+                first = value;
+        }
+        out = first;
+        return first >= 0;
+    }
+
+    // False when a name that a hoisted comparison reads is written by the
+    // formula itself (its value would then change from row to row).
+    bool invariantsHold() const
+    {
+        for (const QString &name : m_invariantNames) {
+            if (m_assigned.contains(name))
+                return false;
+        }
+        return true;
+    }
+
     // Gives the steps their addresses; the cells do not move from now on.
     void finish(int result)
     {
@@ -106,6 +144,11 @@ public:
             p.m_hostReads.push_back({node, at(cell)});
         for (const auto &[node, cell] : m_places)
             p.m_placeReads.push_back({node, at(cell)});
+        for (const auto &[node, cell] : m_writes)
+            p.m_writes.push_back({node, at(cell)});
+        p.m_writePlaces.assign(m_writes.size(), nullptr);
+        for (const Plan &plan : m_invariants)
+            p.m_invariants.push_back({plan.code, at(plan.out), at(plan.a), at(plan.b), at(plan.c), plan.node});
         p.m_result = at(result);
     }
 
@@ -122,6 +165,8 @@ private:
         }
         if (result >= 0)
             ++uses[std::size_t(result)];
+        for (const auto &write : m_writes)
+            ++uses[std::size_t(write.second)];
         std::vector<Plan> fused;
         for (std::size_t i = 0; i < m_plan.size(); ++i) {
             const Plan &plan = m_plan[i];
@@ -163,8 +208,66 @@ private:
     std::vector<bool> m_constant; // per cell
     std::vector<const CRpnColumnBinding *> m_columns;
     std::vector<int> m_columnCells;
-    std::vector<std::pair<CNodeVariable *, int>> m_hosts, m_places;
+    std::vector<std::pair<CNodeVariable *, int>> m_hosts, m_places, m_writes;
     std::vector<Inlined> m_inlined;
+    QHash<QString, int> m_assigned;  // the cell that holds each name assigned so far in the row
+    std::vector<Plan> m_invariants;  // comparisons that do not change from row to row
+    QStringList m_invariantNames;    // the names they read
+
+    QString fold(const QString &name) const { return m_tree->m_caseSensitiveNames ? name : name.toUpper(); }
+
+    // `v = operation`: the value lands in a cell of its own, which later
+    // reads of the name in the row take; the variable gets it when the row
+    // is done.
+    bool assignment(CRpnNode *node, int &out)
+    {
+        auto *assign = static_cast<CNodeDoubleOperand *>(node);
+        CNodeVariable *target = assign->m_left ? assign->m_left->AsVariable() : nullptr;
+        // Only where the assignment itself stores a plain double (see
+        // CNodeAssignment::Evaluate); the host's variables are the host's.
+        if (!node->m_plainStore || !target || target->IsConstant() || target->m_column || target->IsHostBound()
+            || target->m_tree != m_tree || m_tree->m_getVariable || !m_inlined.empty())
+            return false;
+        if (!expression(assign->m_right, out, 1))
+            return false;
+        m_writes.emplace_back(target, out);
+        m_assigned.insert(fold(target->m_name), out);
+        return true;
+    }
+
+    // `a == b` or `a != b` of constants, texts and the script's variables
+    // as the condition of a choice: evaluated by its node once per series
+    // (again after a row that the tree did), not once per row.
+    bool invariantTruth(CRpnNode *node, int &out)
+    {
+        if (!m_inlined.empty() || m_tree->m_getVariable || node->GetOperandCount() != 2)
+            return false;
+        QStringList names;
+        for (int i = 0; i < 2; ++i) {
+            CRpnNode *operand = node->GetOperand(i);
+            if (!operand || !operand->IsValue())
+                return false;
+            if (CNodeVariable *variable = operand->AsVariable()) {
+                if (variable->m_column || variable->IsHostBound() || variable->m_tree != m_tree)
+                    return false;
+                if (!variable->IsConstant())
+                    names.append(fold(variable->m_name));
+            }
+        }
+        for (const QString &name : names) {
+            // Written earlier in the row: not the same in every row.
+            if (m_assigned.contains(name))
+                return false;
+        }
+        m_invariantNames.append(names);
+        Plan step;
+        step.code = CRpnStep::Truth;
+        step.node = node;
+        out = step.out = temporary();
+        step.a = step.out; // every step reads its first operand, this one reads nothing
+        m_invariants.push_back(step);
+        return true;
+    }
 
     int cell(double x, bool isConstant)
     {
@@ -205,6 +308,13 @@ private:
             m_columnCells.push_back(out = temporary());
             return true;
         }
+        // A name assigned earlier in the row: the cell that holds its value.
+        if (!m_tree->m_getVariable) {
+            if (const auto it = m_assigned.constFind(fold(node->m_name)); it != m_assigned.constEnd()) {
+                out = it.value();
+                return true;
+            }
+        }
         // The getter is called once per node and row, as the tree calls it.
         out = temporary();
         (m_tree->m_getVariable ? m_hosts : m_places).emplace_back(node, out);
@@ -217,7 +327,14 @@ private:
         // tree's.  Both branches are computed whichever is taken.
         Plan step;
         step.code = CRpnStep::Select;
-        if (node->GetOperandCount() != 3 || !expression(node->GetOperand(0), step.c, depth + 1)
+        if (node->GetOperandCount() != 3)
+            return false;
+        CRpnNode *condition = node->GetOperand(0);
+        const bool compared = condition && (condition->GetKind() == RPN_NODE_EQUAL
+                                            || condition->GetKind() == RPN_NODE_NOT_EQUAL);
+        if (compared ? !invariantTruth(condition, step.c) : !expression(condition, step.c, depth + 1))
+            return false;
+        if (!expression(node->GetOperand(1), step.a, depth + 1)
             || !expression(node->GetOperand(1), step.a, depth + 1)
             || !expression(node->GetOperand(2), step.b, depth + 1))
             return false;
@@ -268,11 +385,14 @@ std::unique_ptr<CRpnRowProgram> CRpnRowProgram::Build(CEquationTree *tree, CRpnN
     std::unique_ptr<CRpnRowProgram> program(new CRpnRowProgram);
     Builder builder(*program, tree);
     int result = -1;
-    if (!builder.expression(root, result, 0))
+    const bool several = root->IsList() && !root->IsMultiOperand() && root->GetOperandCount() > 1;
+    if (!(several ? builder.statements(root, result) : builder.expression(root, result, 0))
+        || !builder.invariantsHold())
         return nullptr;
     builder.finish(result);
     program->m_getter = reinterpret_cast<void *>(tree->m_getVariable);
-    program->m_pure = program->m_hostReads.empty() && program->m_placeReads.empty() && !program->m_applies;
+    program->m_pure = program->m_hostReads.empty() && program->m_placeReads.empty() && !program->m_applies
+                      && program->m_writes.empty() && program->m_invariants.empty();
     return program;
 }
 
@@ -281,8 +401,39 @@ bool CRpnRowProgram::IsFor(const CEquationTree *tree) const
     return reinterpret_cast<void *>(tree->m_getVariable) == m_getter;
 }
 
+bool CRpnRowProgram::guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end)
+{
+    // A function that fails may report: not as an exception, and what it
+    // reported is taken back, since the tree does the row again.
+    const std::int32_t throwing = tree->throwOnError;
+    const bool hadError = tree->HasError();
+    const int listed = int(tree->GetErrorList().size());
+    const int errorRow = tree->errorRow, errorCol = tree->errorCol;
+    tree->throwOnError = 0;
+    bool done = false;
+    try {
+        done = RpnRunSteps(begin, end);
+    } catch (...) {
+        // Only the tree's own evaluation may throw: it does the row again.
+        done = false;
+    }
+    tree->throwOnError = throwing;
+    if (!done) {
+        if (!hadError && tree->HasError()) {
+            tree->errorText.clear();
+            tree->errorToken.clear();
+            tree->errorRow = errorRow;
+            tree->errorCol = errorCol;
+        }
+        tree->TruncateErrorList(listed);
+    }
+    return done;
+}
+
 bool CRpnRowProgram::Run(CEquationTree *tree, int row, double &out)
 {
+    if (!m_invariants.empty())
+        m_invariantsHold = guarded(tree, m_invariants.data(), m_invariants.data() + m_invariants.size());
     return m_pure ? run<true>(tree, row, out) : run<false>(tree, row, out);
 }
 
@@ -305,7 +456,7 @@ RPN_STEPS_INLINE bool CRpnRowProgram::run(CEquationTree *tree, int row, double &
         return true;
     } else {
         // Inside a call the names are the call's.
-        if (tree->GetCallFrame())
+        if (!m_invariantsHold || tree->GetCallFrame())
             return false;
         for (const NodeRead &read : m_hostReads) {
             // Into the node's own value, as the tree reads it.
@@ -323,30 +474,24 @@ RPN_STEPS_INLINE bool CRpnRowProgram::run(CEquationTree *tree, int row, double &
                 return false;
             *read.slot = place->GetRealValue();
         }
-        if (!m_applies) {
-            if (!RpnRunSteps(begin, end))
+        // The places written when the row is done: a name without one yet
+        // is made by the tree, and a run that logs its assignments logs them
+        // there.
+        if (!m_writes.empty()) {
+            if (tree->Environment().IsLogging())
                 return false;
-            out = *m_result;
-            return true;
-        }
-        // A function that fails may report: not as an exception, and what it
-        // reported is taken back, since the tree does the row again.
-        const std::int32_t throwing = tree->throwOnError;
-        const bool hadError = tree->HasError();
-        const int listed = int(tree->GetErrorList().size());
-        const int errorRow = tree->errorRow, errorCol = tree->errorCol;
-        tree->throwOnError = 0;
-        const bool done = RpnRunSteps(begin, end);
-        tree->throwOnError = throwing;
-        if (!done) {
-            if (!hadError && tree->HasError()) {
-                tree->errorText.clear();
-                tree->errorToken.clear();
-                tree->errorRow = errorRow;
-                tree->errorCol = errorCol;
+            for (std::size_t i = 0; i < m_writes.size(); ++i) {
+                if (!(m_writePlaces[i] = m_writes[i].node->FindPlace()))
+                    return false;
             }
-            tree->TruncateErrorList(listed);
+        }
+        if (!(m_applies ? guarded(tree, begin, end) : RpnRunSteps(begin, end)))
             return false;
+        // As the assignment stores a plain double: the place and the node's copy.
+        for (std::size_t i = 0; i < m_writes.size(); ++i) {
+            const double x = *m_writes[i].slot;
+            m_writePlaces[i]->SetDouble(x);
+            m_writes[i].node->m_value.SetDouble(x);
         }
         out = *m_result;
         return true;
@@ -367,8 +512,13 @@ int CRpnRowProgram::series(CEquationTree *tree, CRpnNode *top, double *values, u
     // Whatever looks names up (and so hashes strings) may leave the wide
     // registers dirty: see rpnseries.h.  The steps themselves do not.
     const bool callsOut = !Pure && CallsOut();
+    const CRpnStep *const invariants = m_invariants.data(), *const invariantsEnd = invariants + m_invariants.size();
     bool dirty = true;
     int good = 0;
+    if (invariants != invariantsEnd) {
+        tree->m_rowIndex = first;
+        m_invariantsHold = guarded(tree, invariants, invariantsEnd);
+    }
     for (int row = first; row <= last; ++row) {
         if (tree->IsStopping()) {
             for (int r = row; r <= last; ++r)
@@ -386,6 +536,9 @@ int CRpnRowProgram::series(CEquationTree *tree, CRpnNode *top, double *values, u
             RpnClearUpperVectorState();
             dirty = true;
             x = top->EvaluateReal(st);
+            // What the row did through the tree is seen from the next row on.
+            if (invariants != invariantsEnd)
+                m_invariantsHold = guarded(tree, invariants, invariantsEnd);
         }
         const unsigned char v = RpnSeriesValidity(x, st);
         valid[row] = v;

@@ -63,6 +63,7 @@ public:
 
 private:
     class Builder;
+    static bool guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end);
     template <bool Pure>
     bool run(CEquationTree *tree, int row, double &out);
     template <bool Pure>
@@ -83,11 +84,15 @@ private:
     std::vector<ColumnRead> m_columnReads;
     std::vector<NodeRead> m_hostReads;  // through the getter
     std::vector<NodeRead> m_placeReads; // from the variable's place
+    std::vector<NodeRead> m_writes;     // assignments: the node and the cell of its value
+    std::vector<CRpnData *> m_writePlaces;
+    std::vector<CRpnStep> m_invariants; // run once per series, not per row
+    bool m_invariantsHold = true;       // they ran to their end
     // Constants, the variables' values of the row, temporaries: the steps
     // point into it, so it is sized once and never grows after the build.
     std::vector<double> m_cells;
     const double *m_result = nullptr;
-    bool m_applies = false; // some step calls an ApplyReal
+    bool m_applies = false; // some step calls an ApplyReal or a node's Evaluate
     bool m_pure = false;    // columns and steps only: no getter, no place, no ApplyReal
     void *m_getter = nullptr;
     CRpnData m_scratch; // what the getter fills

@@ -37,6 +37,8 @@ struct CRpnStep
         ModuloChecked,
         Apply1,         // node->ApplyReal(a, 0), fails unless the status stays 1
         Apply2,         // node->ApplyReal(a, b), the same
+        Truth,          // node->Evaluate: 1.0 for a true REAL or INT, 0.0 for a false one;
+                        // fails on anything else or when the status does not stay 1
     };
     Code code = Move;
     double *out = nullptr;
@@ -100,6 +102,15 @@ RPN_STEPS_INLINE bool RpnRunSteps(const CRpnStep *s, const CRpnStep *end)
             *s->out = s->node->ApplyReal(a, s->code == CRpnStep::Apply2 ? *s->b : 0.0, status);
             if (status != 1)
                 return false;
+            break;
+        }
+        case CRpnStep::Truth: {
+            CRpnData value;
+            unsigned char status = 1;
+            s->node->Evaluate(value, status);
+            if (status != 1 || (!value.IsReal() && value.GetKind() != RPN_INT))
+                return false;
+            *s->out = value.GetDouble() != 0.0 ? 1.0 : 0.0;
             break;
         }
         }

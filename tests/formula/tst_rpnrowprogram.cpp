@@ -216,9 +216,25 @@ const RowCase kRowCases[] = {
     // The host's variables: one it does not know on odd rows.
     {"x + gone", kGetter, true},
     {"x + gone", kGetterThrowing, true},
+    // Several statements: assignments are seen by the later statements of
+    // the row and kept after it; the value is the return's, else the first.
+    {"a = x*2; a+1", kThrowing, true},
+    {"a = x*2; b = a+1; return a*b", kThrowing, true},
+    {"a = 1/x; return a + 1", kThrowing, true},
+    {"a = 1/x; return a + 1", kPlain, true},
+    {"a = x*2; a = a+1; return a*10", kPlain, true},
+    {"b = a*1 + 0; a = x + 1; return b", {Column, false, "a = 100"}, true},
+    // A text compared in a choice, once per series.
+    {"iif(mode == \"on\", x*2, -x)", {Column, true, "mode = \"on\""}, true},
+    {"iif(mode != \"on\", x*2, -x)", {Column, true, "mode = \"on\""}, true},
+    {"iif(mode == 1, x, 2)", {Column, false, "mode = \"on\""}, true},
+    {"iif(mode == \"on\", x, 2)", {Column, false, "mode = {1, 2}"}, true},
     // What stays with the tree.
     {"{x}*2", kThrowing, false},
-    {"a = x*2; a+1", kThrowing, false},
+    {"a = x*2; s = \"t\"; return a", kThrowing, false},
+    {"iif(x == 1, 5, 6)", kPlain, false},
+    {"k = x*2; iif(k == 2, 1, 0)", kPlain, false},
+    {"c = iif(k == 2, x, 0); k = x*3; return c", {Column, false, "k = 2"}, false},
 };
 
 INSTANTIATE_TEST_SUITE_P(Cases, RowProgram, testing::ValuesIn(kRowCases));
