@@ -51,11 +51,13 @@
 namespace {
 
 // The first, an empty script, is each interpreter's baseline.
-const char *const kScripts[] = {"empty", "loop", "fib", "append", "spread", "concat", "table", "addto", "find"};
+const char *const kScripts[] = {"empty", "loop", "fib", "fiblocal", "fibtext", "append", "spread", "concat", "table", "addto", "find"};
 const char *const kDescriptions[] = {
     "empty script: the interpreter starting and ending",
     "while loop, 10 x 10^6 rounds, a counter and a sum",
     "fib(30), recursive user function",
+    "fib(30) with a local variable in the body",
+    "fib(30) with a text in the body (ordinary calls)",
     "10^6 appends to an array, then a sum",
     "sqrt(a*a+1) over a 10^6-cell array, then a sum",
     "10^5 appends of \"ab\" to a text",
