@@ -52,7 +52,7 @@ public:
             if (!expression(static_cast<CNodeSingleOperand *>(node)->m_operand, a, nullptr, depth + 1))
                 return false;
             out = into ? *into : temporary();
-            p.m_plan.push_back({Negate, out, a, a});
+            p.m_plan.push_back({CRpnStep::Negate, out, a, a});
             return true;
         }
         default: break;
@@ -82,7 +82,7 @@ public:
             Ref v;
             if (!target(static_cast<CNodeVariable *>(operand), v))
                 return false;
-            p.m_plan.push_back({Add, v, v, constant(node->m_fastOp == RPN_FAST_OP_STEP_UP ? 1.0 : -1.0)});
+            p.m_plan.push_back({CRpnStep::Add, v, v, constant(node->m_fastOp == RPN_FAST_OP_STEP_UP ? 1.0 : -1.0)});
             return true;
         }
         case RPN_NODE_ASSIGN:
@@ -105,7 +105,7 @@ public:
                 const CRpnData &value = static_cast<CNodeConstant *>(right)->m_value;
                 if (!isPlainReal(value))
                     return false;
-                p.m_plan.push_back({Move, v, constant(value.GetRealValue()), Ref()});
+                p.m_plan.push_back({CRpnStep::Move, v, constant(value.GetRealValue()), Ref()});
                 return true;
             }
             // A variable or a list on the right is stored as it is, flags
@@ -118,9 +118,9 @@ public:
         Ref r;
         if (!expression(right, r, nullptr, 0))
             return false;
-        const Code code = node->GetKind() == RPN_NODE_ADD_ASSIGN   ? Add
-                          : node->GetKind() == RPN_NODE_SUB_ASSIGN ? Subtract
-                                                                   : Multiply;
+        const Code code = node->GetKind() == RPN_NODE_ADD_ASSIGN   ? CRpnStep::Add
+                          : node->GetKind() == RPN_NODE_SUB_ASSIGN ? CRpnStep::Subtract
+                                                                   : CRpnStep::Multiply;
         p.m_plan.push_back({code, v, v, r});
         return true;
     }
@@ -131,14 +131,14 @@ private:
     bool binaryCode(CRpnNode *node, Code &code)
     {
         switch (node->m_fastOp) {
-        case RPN_FAST_OP_ADD: code = Add; return true;
-        case RPN_FAST_OP_SUBTRACT: code = Subtract; return true;
+        case RPN_FAST_OP_ADD: code = CRpnStep::Add; return true;
+        case RPN_FAST_OP_SUBTRACT: code = CRpnStep::Subtract; return true;
         // `0 * x` is 0 whatever x is, as the operator has it.
-        case RPN_FAST_OP_MULTIPLY: code = MultiplyCut; return true;
-        case RPN_FAST_OP_LESS: code = Less; return true;
-        case RPN_FAST_OP_GREATER: code = Greater; return true;
-        case RPN_FAST_OP_LESS_EQUAL: code = LessEqual; return true;
-        case RPN_FAST_OP_GREATER_EQUAL: code = GreaterEqual; return true;
+        case RPN_FAST_OP_MULTIPLY: code = CRpnStep::MultiplyCut; return true;
+        case RPN_FAST_OP_LESS: code = CRpnStep::Less; return true;
+        case RPN_FAST_OP_GREATER: code = CRpnStep::Greater; return true;
+        case RPN_FAST_OP_LESS_EQUAL: code = CRpnStep::LessEqual; return true;
+        case RPN_FAST_OP_GREATER_EQUAL: code = CRpnStep::GreaterEqual; return true;
         default: break;
         }
         const int kind = node->GetKind();
@@ -151,7 +151,7 @@ private:
         const CRpnData &value = static_cast<CNodeConstant *>(divisor)->m_value;
         if (!value.IsReal() || value.GetRealValue() == 0.0)
             return false;
-        code = kind == RPN_NODE_DIVIDE ? Divide : Modulo;
+        code = kind == RPN_NODE_DIVIDE ? CRpnStep::Divide : CRpnStep::Modulo;
         return true;
     }
 
@@ -253,7 +253,7 @@ bool CRpnLoopProgram::Bind()
     };
     for (std::size_t i = 0; i < m_plan.size(); ++i) {
         const Plan &plan = m_plan[i];
-        m_steps[i] = {plan.code, address(plan.out), address(plan.a), address(plan.b)};
+        m_steps[i] = {plan.code, address(plan.out), address(plan.a), address(plan.b), nullptr, nullptr};
     }
     m_condition = address(m_conditionRef);
     return true;
@@ -265,36 +265,15 @@ void CRpnLoopProgram::Finish()
         m_variables[std::size_t(w)]->m_value.SetDouble(m_places[std::size_t(w)]->GetRealValue());
 }
 
-inline void CRpnLoopProgram::runSteps(const Step *s, const Step *end)
-{
-    for (; s != end; ++s) {
-        const double a = *s->a;
-        switch (s->code) {
-        case Move: *s->out = a; break;
-        case Add: *s->out = a + *s->b; break;
-        case Subtract: *s->out = a - *s->b; break;
-        case Multiply: *s->out = a * *s->b; break;
-        case MultiplyCut: *s->out = a == 0.0 ? a : a * *s->b; break;
-        case Divide: *s->out = a / *s->b; break;
-        case Modulo: *s->out = std::fmod(a, *s->b); break;
-        case Negate: *s->out = -a; break;
-        case Less: *s->out = a < *s->b ? 1.0 : 0.0; break;
-        case Greater: *s->out = a > *s->b ? 1.0 : 0.0; break;
-        case LessEqual: *s->out = a <= *s->b ? 1.0 : 0.0; break;
-        case GreaterEqual: *s->out = a >= *s->b ? 1.0 : 0.0; break;
-        }
-    }
-}
-
 void CRpnLoopProgram::Run(int limit, const CEquationTree *tree)
 {
-    const Step *const begin = m_steps.data();
-    const Step *const middle = begin + m_conditionStart, *const end = begin + m_steps.size();
+    const CRpnStep *const begin = m_steps.data();
+    const CRpnStep *const middle = begin + m_conditionStart, *const end = begin + m_steps.size();
     for (int passes = 1;; ++passes) {
-        runSteps(begin, middle);
+        RpnRunSteps(begin, middle);
         if (passes >= limit || tree->IsStopping())
             return;
-        runSteps(middle, end);
+        RpnRunSteps(middle, end);
         if (*m_condition == 0.0)
             return;
     }

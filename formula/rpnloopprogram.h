@@ -17,6 +17,8 @@
 // tree would have given, because every step is the same double operation as
 // the operator's own fast path.
 
+#include "formula/rpnsteps.h"
+
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -47,20 +49,12 @@ public:
     int StepCount() const { return int(m_steps.size()); }
 
 private:
-    enum Code : std::uint8_t { Move, Add, Subtract, Multiply, MultiplyCut, Divide, Modulo, Negate,
-                               Less, Greater, LessEqual, GreaterEqual };
+    using Code = CRpnStep::Code;
     // An operand before binding: a variable's place, a constant or a temporary.
     struct Ref
     {
         enum Kind : std::uint8_t { Variable, Constant, Temporary } kind = Constant;
         int index = 0; // into m_variables, m_constants or m_temporaries
-    };
-    struct Step
-    {
-        Code code = Move;
-        double *out = nullptr;
-        const double *a = nullptr;
-        const double *b = nullptr;
     };
     struct Plan
     {
@@ -68,7 +62,6 @@ private:
         Ref out, a, b;
     };
     class Builder;
-    static void runSteps(const Step *s, const Step *end);
 
     // Each variable node the loop reads or writes, with its place once bound.
     std::vector<CNodeVariable *> m_variables;
@@ -78,7 +71,7 @@ private:
     std::vector<double> m_temporaries;
     std::vector<Plan> m_plan;  // the body's steps, then the condition's
     std::size_t m_conditionStart = 0;
-    std::vector<Step> m_steps; // m_plan with addresses, after Bind
+    std::vector<CRpnStep> m_steps; // m_plan with addresses, after Bind
     Ref m_conditionRef;        // where the condition's value lies
     const double *m_condition = nullptr;
 };

@@ -6,6 +6,7 @@
 #include "formula/rpnnodes.h"
 #include "formula/rpnparser.h"
 #include "formula/rpnprototypes.h"
+#include "formula/rpnrowprogram.h"
 #include "formula/rpnseries.h"
 #include "formula/rpnuserfunction.h"
 
@@ -54,8 +55,15 @@ void CEquationTree::clear()
     m_functions.clear();
     m_ownsFunctions = true;
     m_macroNodes.clear();
+    forgetSeriesPrograms();
+}
+
+void CEquationTree::forgetSeriesPrograms()
+{
     m_series.reset();
     m_seriesChecked = false;
+    m_rows.reset();
+    m_rowsChecked = false;
 }
 
 // --- compiling ---------------------------------------------------------------------------
@@ -187,8 +195,7 @@ CRpnNode *CEquationTree::TakeRoot()
     CRpnNode *root = m_root;
     m_root = nullptr;
     m_macroNodes.clear();
-    m_series.reset();
-    m_seriesChecked = false;
+    forgetSeriesPrograms();
     return root;
 }
 
@@ -198,8 +205,7 @@ int CEquationTree::SetVariableAccess(CRpnVariableGetter getter, CRpnVariableSett
 {
     m_getVariable = getter;
     m_setVariable = setter;
-    m_series.reset();
-    m_seriesChecked = false;
+    forgetSeriesPrograms();
     return 1;
 }
 
@@ -301,6 +307,16 @@ int CEquationTree::EvaluateSeries(double *values, unsigned char *valid, int firs
     CRpnNode *top = m_root;
     while (top && top->IsList() && !top->IsMultiOperand() && top->GetOperandCount() == 1 && top->GetOperand(0))
         top = top->GetOperand(0);
+    // A formula on plain numbers runs as steps; a row they cannot tell goes
+    // through the tree (see rpnrowprogram.h).
+    if (m_rows && !m_rows->IsFor(this))
+        forgetSeriesPrograms();
+    if (!m_rowsChecked) {
+        m_rows = top ? CRpnRowProgram::Build(this, top) : nullptr;
+        m_rowsChecked = true;
+    }
+    if (m_rows)
+        return m_rows->Series(this, top, values, valid, first, last);
     int good = 0;
     for (int row = first; row <= last; ++row) {
         if (IsStopping()) {
@@ -367,8 +383,7 @@ void CEquationTree::bindColumns()
         }
         return 0;
     });
-    m_series.reset();
-    m_seriesChecked = false;
+    forgetSeriesPrograms();
 }
 
 // --- the guarded run ------------------------------------------------------------------------

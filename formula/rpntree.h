@@ -37,6 +37,7 @@ class CRpnBuffer;
 class CRpnUserFunction;
 class CEquationTree;
 class CRpnSeriesProgram;
+class CRpnRowProgram;
 class CRpnCallFrame;
 
 // The host's variables.  The getter fills `result` and clears `found` when it
@@ -296,6 +297,8 @@ private:
 
     void clear();
     void bindColumns();
+    // Drops the programs made for series runs; the next series makes them again.
+    void forgetSeriesPrograms();
     CRpnData m_variables;                  // always a DICTIONARY
     CMapStringToRpnData *m_locals = nullptr; // from Compile, not owned
     CRpnCallFrame *m_callFrame = nullptr;
@@ -307,8 +310,10 @@ private:
     CRpnNode *m_root = nullptr;
     QString m_source;
     void *m_hostData = nullptr;
-    std::unique_ptr<CRpnSeriesProgram> m_series;
+    std::unique_ptr<CRpnSeriesProgram> m_series; // a block of rows at a time
     bool m_seriesChecked = false;
+    std::unique_ptr<CRpnRowProgram> m_rows;      // a row at a time
+    bool m_rowsChecked = false;
     double m_samplingStep = 0.0;
     const double *m_samplingX = nullptr; // not owned
     int m_samplingCount = 0;

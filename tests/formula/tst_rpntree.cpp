@@ -7,6 +7,7 @@
 #include "formula/rpnkeywords.h"
 #include "formula/rpnnodes.h"
 #include "formula/rpnseries.h"
+#include "formula/rpnrowprogram.h"
 #include "formula/rpntree.h"
 #include "formula/rpnuserfunction.h"
 
@@ -248,8 +249,9 @@ bool sameDouble(double a, double b)
 } // namespace
 
 // The block evaluator over bound columns, the node tree's fast path through a
-// getter, and the plain evaluation of the nodes give the same value, validity
-// and error for every row.
+// getter, the plain evaluation of the nodes, and the row steps over bound
+// columns and through a getter give the same value, validity and error for
+// every row.
 TEST(RpnTree, SeriesEvaluatorsAgree)
 {
     constexpr int kRows = 600;
@@ -274,18 +276,20 @@ TEST(RpnTree, SeriesEvaluatorsAgree)
     };
 
     ExpressionMaker maker;
-    int withProgram = 0;
+    int withProgram = 0, withRows = 0;
     for (int n = 0; n < 300; ++n) {
         QString text = maker.make(5);
         // Now and then a call of a body that stays with the tree.
         if (n % 10 == 3)
             text += QStringLiteral(" + h(x > 0)");
         text.prepend(QString::fromLatin1(kFunctions));
-        CEquationTree block, getter, fast, plain;
-        block.BindColumn(QStringLiteral("x"), x.data(), xv.data(), kRows);
-        block.BindColumn(QStringLiteral("y"), y.data(), yv.data(), kRows);
-        ASSERT_TRUE(block.Compile(text, nullptr, false)) << text.toStdString();
-        for (CEquationTree *t : {&getter, &fast, &plain}) {
+        CEquationTree block, getter, fast, plain, rows, rowsGetter;
+        for (CEquationTree *t : {&block, &rows}) {
+            t->BindColumn(QStringLiteral("x"), x.data(), xv.data(), kRows);
+            t->BindColumn(QStringLiteral("y"), y.data(), yv.data(), kRows);
+            ASSERT_TRUE(t->Compile(text, nullptr, false)) << text.toStdString();
+        }
+        for (CEquationTree *t : {&getter, &fast, &plain, &rowsGetter}) {
             t->SetVariableAccess(columnGet, nullptr);
             ASSERT_TRUE(t->Compile(text, nullptr, false, matcher)) << text.toStdString();
         }
@@ -298,15 +302,26 @@ TEST(RpnTree, SeriesEvaluatorsAgree)
 
         // The two series go block by block where they can (over columns,
         // and through the getter); the fast and the plain tree row by row.
-        std::vector<double> v[4];
-        std::vector<unsigned char> ok[4];
-        CEquationTree *trees[4] = {&block, &getter, &fast, &plain};
-        for (int k = 0; k < 4; ++k) {
+        // The row steps go row by row where they can, else the tree.
+        std::vector<double> v[6];
+        std::vector<unsigned char> ok[6];
+        CEquationTree *trees[6] = {&block, &getter, &fast, &plain, &rows, &rowsGetter};
+        for (int k = 0; k < 6; ++k) {
             v[k].assign(kRows, 0.0);
             ok[k].assign(kRows, 9);
             if (k < 2) {
                 trees[k]->EvaluateSeries(v[k].data(), ok[k].data(), 0, kRows - 1);
                 continue;
+            }
+            if (k >= 4) {
+                CRpnNode *top = trees[k]->GetRoot();
+                while (top->IsList() && !top->IsMultiOperand() && top->GetOperandCount() == 1)
+                    top = top->GetOperand(0);
+                if (std::unique_ptr<CRpnRowProgram> program = CRpnRowProgram::Build(trees[k], top)) {
+                    withRows += k == 4;
+                    program->Series(trees[k], top, v[k].data(), ok[k].data(), 0, kRows - 1);
+                    continue;
+                }
             }
             for (int r = 0; r < kRows; ++r) {
                 trees[k]->m_rowIndex = r;
@@ -316,7 +331,7 @@ TEST(RpnTree, SeriesEvaluatorsAgree)
                 v[k][std::size_t(r)] = value;
             }
         }
-        for (int k = 1; k < 4; ++k) {
+        for (int k = 1; k < 6; ++k) {
             EXPECT_EQ(trees[k]->GetErrorMessage(), block.GetErrorMessage()) << text.toStdString();
             for (int r = 0; r < kRows; ++r) {
                 ASSERT_EQ(ok[k][std::size_t(r)], ok[0][std::size_t(r)]) << text.toStdString() << " row " << r << " tree " << k;
@@ -330,6 +345,7 @@ TEST(RpnTree, SeriesEvaluatorsAgree)
     }
     // Most of the expressions are the block evaluator's (the rest hold `!{...}` and the like).
     EXPECT_GT(withProgram, 150);
+    EXPECT_GT(withRows, 150);
 }
 
 TEST(RpnTree, GuardedRunAndThrowingMode)

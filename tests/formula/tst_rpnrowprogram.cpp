@@ -1,0 +1,310 @@
+// Formulas on plain numbers evaluated row by row as steps: every case runs
+// as a series of the tree (which takes the steps where it can) and, as the
+// reference, row by row through the nodes with their fast paths closed; both
+// must give the same values, validity, error message and, in the throwing
+// mode, the same exception at the same row with the earlier rows written and
+// the later ones untouched.
+
+#include "formula/rpnexception.h"
+#include "formula/rpnnode.h"
+#include "formula/rpnrowprogram.h"
+#include "formula/rpntree.h"
+
+#include "formulatest.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr int kRows = 8;
+constexpr double kUntouched = -12345.0;
+
+// x of each row; a cell that is not valid is marked in kValid.
+const double kX[kRows] = {1.0, -2.0, 0.0, 4.0, kNaN, kInf, 2.0, 1e-310};
+const unsigned char kValid[kRows] = {1, 1, 1, 1, 1, 1, 0, 1};
+
+struct Outcome
+{
+    std::vector<double> values = std::vector<double>(kRows, kUntouched);
+    std::vector<unsigned char> valid = std::vector<unsigned char>(kRows, 9);
+    int good = -1;
+    std::string thrown; // "row: message" in the throwing mode
+    std::string error;  // the tree's error message after the series
+};
+
+std::string describe(const Outcome &o)
+{
+    std::string out;
+    for (int r = 0; r < kRows; ++r) {
+        out += std::to_string(o.valid[std::size_t(r)]) + ':';
+        const double v = o.values[std::size_t(r)];
+        out += std::isnan(v) ? std::string("nan") : QString::number(v, 'g', 17).toStdString();
+        out += ' ';
+    }
+    return out + "| good " + std::to_string(o.good) + " | thrown " + o.thrown + " | error " + o.error;
+}
+
+// The host's variables for the getter cases: x from the column, `gone` known
+// only on even rows.
+void hostGet(CRpnData &result, int, int row, void *, void *, CRpnNode *, const QString &name, int &found)
+{
+    if (name == QLatin1String("x") && row >= 0 && row < kRows && kValid[row] == 1)
+        result.SetDouble(kX[row]);
+    else if (name == QLatin1String("gone") && row % 2 == 0)
+        result.SetDouble(row);
+    else
+        found = 0;
+}
+
+enum Host { Column, Getter };
+
+struct Setup
+{
+    Host host = Column;
+    bool throwing = false;
+    const char *variables = nullptr; // a script run first in the tree (main variables)
+};
+
+// The host claims x and `gone` as its own, as a graph host claims its columns.
+const CRpnVariableMatcher kMatcher = [](QStringView rest, int &index) {
+    index = 0;
+    for (QStringView name : {QStringView(u"x"), QStringView(u"gone")}) {
+        if (rest.startsWith(name) && (rest.size() == name.size() || !rest[name.size()].isLetterOrNumber()))
+            return int(name.size());
+    }
+    return 0;
+};
+
+bool prepare(CEquationTree &tree, const char *text, const Setup &setup)
+{
+    if (setup.host == Column)
+        tree.BindColumn(QStringLiteral("x"), kX, kValid, kRows);
+    else
+        tree.SetVariableAccess(hostGet, nullptr);
+    if (setup.variables) {
+        if (!tree.Compile(QString::fromLatin1(setup.variables)))
+            return false;
+        CRpnData ignored;
+        tree.Run(ignored);
+    }
+    tree.throwOnError = setup.throwing;
+    const bool compiled = tree.Compile(QString::fromLatin1(text), nullptr, true, kMatcher) != 0;
+    EXPECT_TRUE(compiled) << text << ": " << tree.GetErrorMessage().toStdString();
+    return compiled;
+}
+
+std::string message(const std::exception &e)
+{
+    if (const auto *rpn = dynamic_cast<const CRpnException *>(&e))
+        return rpn->GetErrorMessage().toStdString();
+    return e.what();
+}
+
+Outcome bySeries(const char *text, const Setup &setup, bool *program)
+{
+    CEquationTree tree;
+    Outcome o;
+    if (!prepare(tree, text, setup))
+        return o;
+    CRpnNode *top = tree.GetRoot();
+    while (top && top->IsList() && !top->IsMultiOperand() && top->GetOperandCount() == 1)
+        top = top->GetOperand(0);
+    *program = CRpnRowProgram::Build(&tree, top) != nullptr;
+    try {
+        o.good = tree.EvaluateSeries(o.values.data(), o.valid.data(), 0, kRows - 1);
+    } catch (const std::exception &e) {
+        o.thrown = std::to_string(tree.m_rowIndex) + ": " + message(e);
+    }
+    o.error = tree.GetErrorMessage().toStdString();
+    return o;
+}
+
+Outcome byNodes(const char *text, const Setup &setup)
+{
+    CEquationTree tree;
+    Outcome o;
+    if (!prepare(tree, text, setup))
+        return o;
+    WalkTree(tree.GetRoot(), [](CRpnNode *node) {
+        node->m_fastPath = node->m_fastValue = false;
+        return 0;
+    });
+    CRpnNode *top = tree.GetRoot();
+    o.good = 0;
+    for (int r = 0; r < kRows; ++r) {
+        tree.m_rowIndex = r;
+        unsigned char st = 1;
+        try {
+            double x = top->EvaluateReal(st);
+            o.valid[std::size_t(r)] = RpnSeriesValidity(x, st);
+            o.values[std::size_t(r)] = x;
+            o.good += o.valid[std::size_t(r)] == 1;
+        } catch (const std::exception &e) {
+            o.thrown = std::to_string(r) + ": " + message(e);
+            o.good = -1;
+            break;
+        }
+    }
+    o.error = tree.GetErrorMessage().toStdString();
+    return o;
+}
+
+struct RowCase
+{
+    const char *text;
+    Setup setup;
+    bool program; // whether the formula runs as steps
+};
+
+class RowProgram : public testing::TestWithParam<RowCase>
+{
+};
+
+TEST_P(RowProgram, SameRowsAsTheNodes)
+{
+    const RowCase &c = GetParam();
+    bool program = false;
+    const Outcome steps = bySeries(c.text, c.setup, &program);
+    const Outcome nodes = byNodes(c.text, c.setup);
+    EXPECT_EQ(program, c.program) << c.text;
+    EXPECT_EQ(describe(steps), describe(nodes)) << c.text;
+    // A case that throws must throw in both; one that should not, in neither.
+    EXPECT_EQ(steps.thrown.empty(), !c.setup.throwing || nodes.thrown.empty()) << c.text;
+}
+
+const Setup kPlain{};
+const Setup kThrowing{Column, true};
+const Setup kGetter{Getter};
+const Setup kGetterThrowing{Getter, true};
+
+const RowCase kRowCases[] = {
+    // Arithmetic, NaN, infinities, a denormal, a cell that is not valid.
+    {"x*2+1", kPlain, true},
+    {"x*2+1", kThrowing, true},
+    {"(x+1)*(x-1)/(x*x+1)", kThrowing, true},
+    {"x^2-3*x+2", kPlain, true},
+    {"x^0.5", kPlain, true},
+    {"0*x + x*0", kPlain, true},
+    {"-x % 3", kPlain, true},
+    {"x*1e-10", kPlain, true},
+    // Division by zero: the row of the zero reports, or throws there.
+    {"1/x", kPlain, true},
+    {"1/x", kThrowing, true},
+    {"x % (x-4)", kThrowing, true},
+    {"2/(x-1) + 1", kGetterThrowing, true},
+    // Choices and short cuts: the branch not taken may fail, the row may not.
+    {"iif(x > 0, 1/x, -x)", kThrowing, true},
+    {"x != 0 && 1/x > 0.4", kThrowing, false},
+    {"x > 0 && 1/x > 0.4", kThrowing, true},
+    {"x < 0 || 1/x > 0.4", kPlain, true},
+    {"!x + !(x-1)", kPlain, true},
+    // Script functions of one `return`, compiled in place.
+    {"function f(t) { return t*t+1 }; f(x)", kThrowing, true},
+    {"function f(t) { return 1/t }; function g(u) { return f(u) + f(u+1) }; g(x)", kThrowing, true},
+    {"function f(t) { if (t) { return 1 }; return 2 }; f(x) + x", kThrowing, false},
+    // Variables of the script, made before the formula or by it.
+    {"x*k + j", {Column, true, "k = 3; j = -1"}, true},
+    {"x*k", {Column, true, "k = \"three\""}, true},
+    {"x*k", {Column, false, "k = {1, 2}"}, true},
+    // The host's variables: one it does not know on odd rows.
+    {"x + gone", kGetter, true},
+    {"x + gone", kGetterThrowing, true},
+    // Several statements: assignments are seen by the later statements of
+    // the row and kept after it; the value is the return's, else the first.
+    {"a = x*2; a+1", kThrowing, true},
+    {"a = x*2; b = a+1; return a*b", kThrowing, true},
+    {"a = 1/x; return a + 1", kThrowing, true},
+    {"a = 1/x; return a + 1", kPlain, true},
+    {"a = x*2; a = a+1; return a*10", kPlain, true},
+    {"b = a*1 + 0; a = x + 1; return b", {Column, false, "a = 100"}, true},
+    // A text compared in a choice, once per series.
+    {"iif(mode == \"on\", x*2, -x)", {Column, true, "mode = \"on\""}, true},
+    {"iif(mode != \"on\", x*2, -x)", {Column, true, "mode = \"on\""}, true},
+    {"iif(mode == 1, x, 2)", {Column, false, "mode = \"on\""}, true},
+    {"iif(mode == \"on\", x, 2)", {Column, false, "mode = {1, 2}"}, true},
+    // What stays with the tree.
+    {"{x}*2", kThrowing, false},
+    {"a = x*2; s = \"t\"; return a", kThrowing, false},
+    {"iif(x == 1, 5, 6)", kPlain, false},
+    {"k = x*2; iif(k == 2, 1, 0)", kPlain, false},
+    {"c = iif(k == 2, x, 0); k = x*3; return c", {Column, false, "k = 2"}, false},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, RowProgram, testing::ValuesIn(kRowCases));
+
+// A variable made or changed after the formula was compiled is read where
+// it lies at each series; a getter set after the program was made is used.
+TEST(RowProgramRuns, VariablesAndGettersChangedAfterCompiling)
+{
+    CEquationTree tree;
+    tree.BindColumn(QStringLiteral("x"), kX, kValid, kRows);
+    tree.m_freeVariables = 1; // k is made after the compile
+    ASSERT_TRUE(tree.Compile(QStringLiteral("x*k"), nullptr, true));
+    std::vector<double> values(kRows);
+    std::vector<unsigned char> valid(kRows);
+    struct Step
+    {
+        const char *k; // what k holds now (null: not made yet)
+        double row3;   // the value of row 3 (x = 4) when k is a number
+    };
+    const Step steps[] = {{nullptr, 0.0}, {"5", 20.0}, {"\"text\"", 0.0}, {"-2", -8.0}, {"0.5", 2.0}};
+    CEquationTree setter;
+    setter.SetVariables(tree.GetVariablesValue());
+    for (const Step &s : steps) {
+        if (s.k) {
+            ASSERT_TRUE(setter.Compile(QStringLiteral("k = ") + QString::fromLatin1(s.k)));
+            CRpnData ignored;
+            setter.Run(ignored);
+        }
+        tree.EvaluateSeries(values.data(), valid.data(), 0, kRows - 1);
+        if (s.row3 != 0.0) {
+            EXPECT_EQ(valid[3], 1) << s.k;
+            EXPECT_EQ(values[3], s.row3) << s.k;
+        }
+    }
+
+    // A getter put in place without SetVariableAccess (as CopySettingsFrom
+    // does) is the one the next series reads through, where k was read from
+    // its place before.
+    ASSERT_TRUE(setter.Compile(QStringLiteral("k = 3")));
+    CRpnData ignored;
+    setter.Run(ignored);
+    tree.EvaluateSeries(values.data(), valid.data(), 0, kRows - 1);
+    EXPECT_EQ(values[3], 12.0);
+    tree.m_getVariable = [](CRpnData &result, int, int row, void *, void *, CRpnNode *, const QString &, int &) {
+        result.SetDouble(-row);
+    };
+    tree.EvaluateSeries(values.data(), valid.data(), 0, kRows - 1);
+    EXPECT_EQ(values[3], -12.0);
+    EXPECT_EQ(valid[3], 1);
+
+    // And the other way: the host's getter taken away, the name is the
+    // script's.  (The throwing mode keeps the series row by row.)
+    CEquationTree host;
+    host.throwOnError = 1;
+    host.m_freeVariables = 1;
+    host.SetVariableAccess(
+        [](CRpnData &result, int, int row, void *, void *, CRpnNode *, const QString &, int &) {
+            result.SetDouble(row);
+        },
+        nullptr);
+    ASSERT_TRUE(host.Compile(QStringLiteral("k*10"), nullptr, true));
+    host.EvaluateSeries(values.data(), valid.data(), 0, 3);
+    EXPECT_EQ(values[2], 20.0);
+    host.m_getVariable = nullptr;
+    CEquationTree hostSetter;
+    hostSetter.SetVariables(host.GetVariablesValue());
+    ASSERT_TRUE(hostSetter.Compile(QStringLiteral("k = 7")));
+    hostSetter.Run(ignored);
+    host.EvaluateSeries(values.data(), valid.data(), 0, 3);
+    EXPECT_EQ(values[1], 70.0);
+}
+
+} // namespace
