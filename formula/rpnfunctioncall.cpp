@@ -3,6 +3,8 @@
 #include "formula/rpnfunctioncall.h"
 
 #include "formula/rpnbuffer.h"
+#include "formula/rpnenvironment.h"
+#include "formula/rpnoperators.h"
 #include "formula/rpnstatements.h"
 #include "formula/rpntree.h"
 #include "formula/rpnuserfunction.h"
@@ -21,8 +23,9 @@ bool isBlock(const CRpnNode *node)
 }
 
 // Whether a statement may run on the fast path: `return` of an expression on
-// plain numbers, `if` with such a condition, and blocks of these.
-bool fastStatement(const CRpnNode *node)
+// plain numbers, `if` with such a condition, `v = expression` on plain numbers
+// into a local of the function, and blocks of these.
+bool fastStatement(const CRpnNode *node, const CRpnUserFunction *function)
 {
     if (!node)
         return true;
@@ -30,7 +33,7 @@ bool fastStatement(const CRpnNode *node)
         return false;
     if (isBlock(node)) {
         for (const CRpnNode *child : static_cast<const CRpnNodeList *>(node)->m_children) {
-            if (!fastStatement(child))
+            if (!fastStatement(child, function))
                 return false;
         }
         return true;
@@ -42,8 +45,15 @@ bool fastStatement(const CRpnNode *node)
     }
     case RPN_NODE_IF: {
         const auto *branch = static_cast<const CNode_IF *>(node);
-        return branch->m_condition && branch->m_condition->m_fastValue && fastStatement(branch->m_then)
-            && fastStatement(branch->m_else);
+        return branch->m_condition && branch->m_condition->m_fastValue && fastStatement(branch->m_then, function)
+            && fastStatement(branch->m_else, function);
+    }
+    case RPN_NODE_ASSIGN: {
+        // m_plainStore: a variable on the left, an operation on numbers on the right.
+        if (!node->m_plainStore)
+            return false;
+        const auto *variable = static_cast<const CNodeVariable *>(static_cast<const CNodeAssignment *>(node)->m_left);
+        return variable->m_slotFunction == function && variable->m_slot >= 0 && !variable->m_column;
     }
     default:
         return false;
@@ -52,7 +62,7 @@ bool fastStatement(const CRpnNode *node)
 
 bool fastBody(CRpnUserFunction *function)
 {
-    return !function->HasByReference() && function->EndsInReturn() && fastStatement(function->m_body);
+    return !function->HasByReference() && function->EndsInReturn() && fastStatement(function->m_body, function);
 }
 
 // Lays out statements that fastStatement accepted as steps (see CRpnFastStep).
@@ -63,6 +73,9 @@ void layOut(CRpnNode *node, std::vector<CRpnFastStep> &steps)
     switch (node->GetKind()) {
     case RPN_NODE_RETURN:
         steps.push_back({CRpnFastStep::Return, 0, static_cast<CNodeReturn *>(node)->m_operand});
+        return;
+    case RPN_NODE_ASSIGN:
+        steps.push_back({CRpnFastStep::Store, 0, node});
         return;
     case RPN_NODE_IF: {
         auto *branch = static_cast<CNode_IF *>(node);
@@ -86,9 +99,9 @@ void layOut(CRpnNode *node, std::vector<CRpnFastStep> &steps)
     }
 }
 
-// Runs the steps of a body; false when one gave up or the steps ran out
-// without a `return`.
-bool runSteps(const std::vector<CRpnFastStep> &steps, double &out)
+// Runs the steps of a body in `frame`; false when one gave up or the steps
+// ran out without a `return`.
+bool runSteps(const std::vector<CRpnFastStep> &steps, CRpnCallFrame *frame, double &out)
 {
     const CRpnFastStep *step = steps.data();
     const CRpnFastStep *const end = step + steps.size();
@@ -102,6 +115,22 @@ bool runSteps(const std::vector<CRpnFastStep> &steps, double &out)
             if (!step->expr->EvaluateFast(c))
                 return false;
             step = c != 0.0 ? step + 1 : begin + step->target;
+            break;
+        }
+        case CRpnFastStep::Store: {
+            // What the ordinary store leaves: the number in the slot and in
+            // the node's copy of the last value.
+            auto *assignment = static_cast<CNodeAssignment *>(step->expr);
+            double x;
+            if (!assignment->m_right->EvaluateFast(x))
+                return false;
+            auto *variable = static_cast<CNodeVariable *>(assignment->m_left);
+            if (CRpnData *slot = frame->Slot(variable->m_slot))
+                slot->SetDouble(x);
+            else
+                frame->SetSlot(variable->m_slot, CRpnData(x));
+            variable->m_value.SetDouble(x);
+            ++step;
             break;
         }
         case CRpnFastStep::Jump:
@@ -287,8 +316,11 @@ bool CNode_Function::EvaluateFast(double &out)
         }
     }
     CEquationTree *owner = function->m_owner ? function->m_owner : m_tree;
-    // The limits and a stop are the ordinary path's to report.
-    if (!owner || owner->m_callDepth >= MaxCallDepth || owner->IsStopping() || StackRoom::IsStackLow())
+    // The limits and a stop are the ordinary path's to report, and a run
+    // that logs its assignments logs them there (a call that gives up here
+    // is done again from the start).
+    if (!owner || owner->m_callDepth >= MaxCallDepth || owner->IsStopping() || StackRoom::IsStackLow()
+        || owner->Environment().IsLogging())
         return false;
     constexpr int kMaxArguments = 8;
     const int count = int(m_children.size());
@@ -312,7 +344,7 @@ bool CNode_Function::EvaluateFast(double &out)
     FastCallScope scope{owner->m_callDepth, owner->m_callFrame, owner->m_callFrame, function, frame};
     owner->m_callFrame = frame;
     ++owner->m_callDepth;
-    if (runSteps(function->m_fastSteps, out))
+    if (runSteps(function->m_fastSteps, frame, out))
         return true;
     // Something unusual on the way (a value that is no number, a zero
     // divisor, a limit): this call is done again the ordinary way, and so

@@ -27,8 +27,9 @@ public:
     CRpnNode *Clone(CEquationTree *tree, int position, int row, int col) const override;
     void Evaluate(CRpnData &result, unsigned char &status) override;
     // A call whose arguments are plain numbers, of a function whose body is
-    // made of `return` and `if` statements on plain numbers, ending in a
-    // `return`: the double, without values, as the fast path promises.
+    // made of `return`, `if` and `v = expression` statements on plain
+    // numbers, ending in a `return`: the double, without values, as the fast
+    // path promises.
     bool EvaluateFast(double &out) override;
     void SerializeNode(CRpnBuffer &buffer) override;
 

@@ -903,6 +903,8 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         result.SetNull();
         return;
     }
+    CRpnData value;
+    bool evaluated = false;
     if (m_plainStore && !IsStopping()) {
         // A variable with a place of its own given the double of an
         // operation on numbers: the variable, the node's copy and the result
@@ -910,19 +912,22 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         // lies when no one else holds it.
         double x;
         CNodeVariable *variable = static_cast<CNodeVariable *>(m_left);
-        CRpnData *slot = nullptr;
-        if (m_right->EvaluateFast(x) && (slot = variable->FindPlace()) != nullptr) {
-            slot->SetDouble(x);
-            variable->m_value.SetDouble(x);
-            result.SetDouble(x);
-            if (m_tree)
-                m_tree->LogVariable(variable->m_name, result);
-            return;
+        if (m_right->EvaluateFast(x)) {
+            if (CRpnData *slot = variable->FindPlace()) {
+                slot->SetDouble(x);
+                variable->m_value.SetDouble(x);
+                result.SetDouble(x);
+                if (m_tree)
+                    m_tree->LogVariable(variable->m_name, result);
+                return;
+            }
+            // No place yet: the number is stored the ordinary way (which
+            // makes the place), without evaluating the right side again.
+            value.SetDouble(x);
+            evaluated = true;
         }
-        // No place yet, or no plain double: the ordinary path (which makes the place).
     }
-    CRpnData value;
-    if (!EvaluateOrPass(m_right, value, result, status))
+    if (!evaluated && !EvaluateOrPass(m_right, value, result, status))
         return;
     if (IsSelf() && GetKind() == RPN_NODE_ADD_ASSIGN && value.IsString()) {
         // Text onto text: appended where the text lies when no other handle

@@ -84,6 +84,7 @@ struct CRpnFastStep
     enum Code : std::uint8_t {
         Test,   // the condition `expr`; when it is 0, go on at `target`
         Return, // the value of `expr` is the call's
+        Store,  // `expr` is `v = expression`: the number goes into v's slot
         Jump,   // go on at `target`
     };
     Code code = Jump;

@@ -1,12 +1,22 @@
 // Small scripts run by our interpreter and by Lua 5.4 and Python 3, in
 // rounds: each round runs every script once on each of the three, in an order
 // that turns from round to round, so that a change of the machine's load
-// falls on all sides alike.  Each run is a process of its own: ours is a fork
-// of this program that compiles and runs the script in process, the peers are
-// `lua5.4` and `python3` started on their versions of the script.  What is
-// measured is the child's CPU time (user + system) and its peak resident
-// memory, as the kernel reports them when the child ends.  The median of the
-// rounds is printed, with the ratios against each peer.
+// falls on all sides alike.  Each run is a process of its own, started from
+// its program file: ours is this program again (`--run FILE`), which starts
+// up as tarn-calc does (the application object, the language texts, the
+// function library), compiles and runs the script and ends without printing
+// its value; the peers are `lua5.4` and `python3` on their versions of the
+// script.  (A fork of this process would not do for the memory: a forked
+// child counts only the pages it touches after the fork, so the libraries
+// its parent had loaded would be missing from its peak.)
+//
+// What is measured is the child's CPU time (user + system) and its peak
+// resident memory, as the kernel reports them when the child ends.  The peak
+// counts the pages of the program and its shared libraries that the process
+// touched as well as its own data; the empty script, run in the same rounds,
+// gives each interpreter's peak with nothing to do, and the peak of a script
+// above that is printed beside the total.  The median of the rounds is
+// printed, with the ratios against each peer.
 //
 //   bench_scripts [--rounds N] [--only NAME] [--markdown]
 //
@@ -16,7 +26,9 @@
 #include "functions/rpnfunctions.h"
 #include "formula/rpndata.h"
 #include "formula/rpntree.h"
+#include "support/languagestring.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QString>
 
@@ -38,10 +50,14 @@
 
 namespace {
 
-const char *const kScripts[] = {"loop", "fib", "append", "spread", "concat", "table", "addto", "find"};
+// The first, an empty script, is each interpreter's baseline.
+const char *const kScripts[] = {"empty", "loop", "fib", "fiblocal", "fibtext", "append", "spread", "concat", "table", "addto", "find"};
 const char *const kDescriptions[] = {
+    "empty script: the interpreter starting and ending",
     "while loop, 10 x 10^6 rounds, a counter and a sum",
     "fib(30), recursive user function",
+    "fib(30) with a local variable in the body",
+    "fib(30) with a text in the body (ordinary calls)",
     "10^6 appends to an array, then a sum",
     "sqrt(a*a+1) over a 10^6-cell array, then a sum",
     "10^5 appends of \"ab\" to a text",
@@ -82,25 +98,25 @@ bool onPath(const char *program)
     return false;
 }
 
-// The child's side of a run of ours: compile, run, and end without printing
-// (printing a million-cell value would measure the formatter).  The exit
-// status says whether the run went well.
-[[noreturn]] void runTarnChild(const char *name)
+// A run of ours, in a process of its own: start up as tarn-calc does,
+// compile, run, and end without printing (printing a million-cell value would
+// measure the formatter).  The exit status says whether the run went well.
+int runTarnScript(int argc, char **argv, const char *path)
 {
-    QFile file(QString::fromStdString(scriptPath(name, "tarn")));
+    QCoreApplication app(argc, argv);
+    if (!LoadLanguageModule())
+        return 5;
+    RegisterFunctionLibrary();
+    QFile file(QString::fromLocal8Bit(path));
     if (!file.open(QIODevice::ReadOnly))
-        _exit(3);
+        return 3;
     const QString text = QString::fromUtf8(file.readAll());
     file.close();
-    int good = 0;
-    {
-        CEquationTree tree;
-        if (tree.Compile(text, nullptr, true)) {
-            CRpnData value;
-            good = tree.Run(value) == 1 && !tree.HasError();
-        }
-    }
-    _exit(good ? 0 : 4);
+    CEquationTree tree;
+    if (!tree.Compile(text, nullptr, true))
+        return 4;
+    CRpnData value;
+    return tree.Run(value) == 1 && !tree.HasError() ? 0 : 4;
 }
 
 Sample finish(pid_t pid)
@@ -119,6 +135,7 @@ Sample finish(pid_t pid)
 Sample runOne(Side side, const char *name)
 {
     std::fflush(stdout);
+    const std::string path = scriptPath(name, side == Tarn ? "tarn" : side == Lua ? "lua" : "py");
     const pid_t pid = fork();
     if (pid < 0)
         return {};
@@ -126,11 +143,12 @@ Sample runOne(Side side, const char *name)
         const int devNull = open("/dev/null", O_WRONLY);
         if (devNull >= 0)
             dup2(devNull, STDOUT_FILENO);
-        if (side == Tarn)
-            runTarnChild(name);
-        const std::string path = scriptPath(name, side == Lua ? "lua" : "py");
-        const char *program = kSideNames[side];
-        execlp(program, program, path.c_str(), static_cast<char *>(nullptr));
+        if (side == Tarn) {
+            execl("/proc/self/exe", "bench_scripts", "--run", path.c_str(), static_cast<char *>(nullptr));
+        } else {
+            const char *program = kSideNames[side];
+            execlp(program, program, path.c_str(), static_cast<char *>(nullptr));
+        }
         _exit(127);
     }
     return finish(pid);
@@ -164,10 +182,31 @@ std::string cell(double seconds, double mb)
     return text;
 }
 
+// The peak above the empty script's.
+std::string above(double mb, double baseline)
+{
+    if (mb < 0 || baseline < 0)
+        return "-";
+    char text[32];
+    std::snprintf(text, sizeof text, "%+.1f", mb - baseline);
+    return text;
+}
+
+// The ratio of the peaks above the baselines, where the peer's is large
+// enough (half a megabyte) for a ratio to mean something.
+std::string aboveRatio(double mb, double baseline, double peerMb, double peerBaseline)
+{
+    if (mb < 0 || baseline < 0 || peerMb < 0 || peerBaseline < 0 || peerMb - peerBaseline < 0.5)
+        return "-";
+    return ratio(std::max(mb - baseline, 0.0), peerMb - peerBaseline);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
+    if (argc == 3 && !std::strcmp(argv[1], "--run"))
+        return runTarnScript(argc, argv, argv[2]);
     int rounds = 5;
     bool markdown = false;
     std::string only;
@@ -183,7 +222,6 @@ int main(int argc, char **argv)
             return 2;
         }
     }
-    RegisterFunctionLibrary();
     bool present[SideCount] = {true, onPath("lua5.4"), onPath("python3")};
 
     // samples[script][side] over the rounds
@@ -192,7 +230,7 @@ int main(int argc, char **argv)
         s.assign(SideCount, {});
     for (int round = 0; round < rounds; ++round) {
         for (int k = 0; k < kScriptCount; ++k) {
-            if (!only.empty() && only != kScripts[k])
+            if (k > 0 && !only.empty() && only != kScripts[k])
                 continue;
             for (int j = 0; j < SideCount; ++j) {
                 const Side side = Side((j + round) % SideCount);
@@ -207,41 +245,50 @@ int main(int argc, char **argv)
     }
 
     std::printf("\nMedians of %d rounds, CPU time (user + system) and peak resident memory of each run.\n", rounds);
-    std::printf("The ratios are ours divided by the peer's: below 1 we are faster.\n\n");
+    std::printf("The ratios are ours divided by the peer's: below 1 we are faster.  \"Above empty\" is the peak\n"
+                "above the empty script's, in MB (tarn, Lua, Python), and its ratio ours to Lua's where Lua's\n"
+                "is at least 0.5 MB.\n\n");
     if (markdown) {
-        std::printf("| script | tarn | Lua 5.4 | Python 3 | tarn/Lua | tarn/Python | memory tarn/Lua |\n");
-        std::printf("|---|---|---|---|---|---|---|\n");
+        std::printf("| script | tarn | Lua 5.4 | Python 3 | tarn/Lua | tarn/Python | memory tarn/Lua "
+                    "| above empty, MB | above empty tarn/Lua |\n");
+        std::printf("|---|---|---|---|---|---|---|---|---|\n");
     } else {
-        std::printf("%-52s %-20s %-20s %-20s %9s %12s %9s\n", "script", "tarn", "lua5.4", "python3", "t/lua",
-                    "t/python", "mem t/lua");
+        std::printf("%-52s %-20s %-20s %-20s %7s %9s %9s %18s %9s\n", "script", "tarn", "lua5.4", "python3", "t/lua",
+                    "t/python", "mem t/lua", "above empty", "t/lua");
     }
     int failures = 0;
+    double cpu[kScriptCount][SideCount], mb[kScriptCount][SideCount];
     for (int k = 0; k < kScriptCount; ++k) {
-        if (samples[k][Tarn].empty())
-            continue;
-        double cpu[SideCount], mb[SideCount];
         for (int side = 0; side < SideCount; ++side) {
             std::vector<double> c, m;
             for (const Sample &s : samples[k][side]) {
                 c.push_back(s.cpu);
                 m.push_back(s.cpu < 0 ? -1.0 : s.peakMb);
             }
-            cpu[side] = median(c);
-            mb[side] = median(m);
+            cpu[k][side] = median(c);
+            mb[k][side] = median(m);
         }
-        if (cpu[Tarn] < 0)
+    }
+    for (int k = 0; k < kScriptCount; ++k) {
+        if (samples[k][Tarn].empty())
+            continue;
+        const double *c = cpu[k], *m = mb[k], *base = mb[0];
+        if (c[Tarn] < 0)
             ++failures;
-        const std::string t = cell(cpu[Tarn], mb[Tarn]);
-        const std::string l = present[Lua] ? cell(cpu[Lua], mb[Lua]) : "-";
-        const std::string p = present[Python] ? cell(cpu[Python], mb[Python]) : "-";
-        const std::string rl = ratio(cpu[Tarn], cpu[Lua]), rp = ratio(cpu[Tarn], cpu[Python]);
-        const std::string rm = ratio(mb[Tarn], mb[Lua]);
+        const std::string t = cell(c[Tarn], m[Tarn]);
+        const std::string l = present[Lua] ? cell(c[Lua], m[Lua]) : "-";
+        const std::string p = present[Python] ? cell(c[Python], m[Python]) : "-";
+        const std::string rl = ratio(c[Tarn], c[Lua]), rp = ratio(c[Tarn], c[Python]);
+        const std::string rm = ratio(m[Tarn], m[Lua]);
+        const std::string own = above(m[Tarn], base[Tarn]) + ", " + above(m[Lua], base[Lua]) + ", "
+                                + above(m[Python], base[Python]);
+        const std::string ro = k == 0 ? "-" : aboveRatio(m[Tarn], base[Tarn], m[Lua], base[Lua]);
         if (markdown)
-            std::printf("| %s | %s | %s | %s | %s | %s | %s |\n", kDescriptions[k], t.c_str(), l.c_str(), p.c_str(),
-                        rl.c_str(), rp.c_str(), rm.c_str());
+            std::printf("| %s | %s | %s | %s | %s | %s | %s | %s | %s |\n", kDescriptions[k], t.c_str(), l.c_str(),
+                        p.c_str(), rl.c_str(), rp.c_str(), rm.c_str(), own.c_str(), ro.c_str());
         else
-            std::printf("%-52s %-20s %-20s %-20s %9s %12s %9s\n", kDescriptions[k], t.c_str(), l.c_str(), p.c_str(),
-                        rl.c_str(), rp.c_str(), rm.c_str());
+            std::printf("%-52s %-20s %-20s %-20s %7s %9s %9s %18s %9s\n", kDescriptions[k], t.c_str(), l.c_str(),
+                        p.c_str(), rl.c_str(), rp.c_str(), rm.c_str(), own.c_str(), ro.c_str());
     }
     if (failures)
         std::printf("\n%d of our scripts failed to run.\n", failures);

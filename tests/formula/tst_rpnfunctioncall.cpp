@@ -113,6 +113,16 @@ const CallCase kCalls[] = {
      "function f(t) { if (t < 0) { return -1 } else { if (t == 0) { return 0 } else { return 1 } }; return 7 }; "
      "f(-5) + f(0) * 10 + f(5) * 100",
      "REAL:99"},
+    // Locals on numbers stay on the short way: set in a branch, read later.
+    {"locals_short",
+     "function f(n) { t = n * 2; if (t > 4) { u = t - 1 } else { u = t + 1 }; return u * 10 }; f(1) + f(3) * 100",
+     "REAL:5030"},
+    {"local_of_a_call_as_main_value", "function f(n) { t = n + 1; return t }; x = f(f(1)); x", "ARRAY:{3,3}"},
+    // A local read before it was set: the short way gives up, the ordinary
+    // way reports it.
+    {"local_unset_short", "function f(n) { if (n > 0) { t = n }; return t + 1 }; f(1) + f(0)", "E41830@"},
+    // A local that gets an array: the call is done again the ordinary way.
+    {"local_gets_array", "function f(n, s) { t = n + s; return t }; f(1, 2) + f(1, {2})", "ARRAY:{6}"},
     // A body on numbers that meets a text falls back to the ordinary way.
     {"short_way_gives_up_deep",
      "function f(n, s) { if (n == 0) { return s }; return f(n - 1, s) + 1 }; f(3, 2) + f(3, \"2\")", "REAL:10"},
@@ -140,6 +150,31 @@ TEST(CallPath, AFunctionCompiledAgainRunsItsNewBody)
             ASSERT_EQ(tree.Run(value), 1) << step.name << " " << errorOf(tree);
             EXPECT_EQ(Describe(value), step.expect) << step.name << " run " << run;
         }
+    }
+}
+
+// A run that logs its assignments logs each store of a local once, on
+// whichever way the call ran.
+TEST(CallPath, LoggedStoresOfLocalsAppearOnce)
+{
+    const struct
+    {
+        const char *text;
+        QStringList lines;
+    } cases[] = {
+        {"function f(n) { t = n * 2; return t }; f(3) + f(4)", {"t = 6", "t = 8"}},
+        {"function f(n) { if (n > 1) { t = n } else { t = 0 }; return t }; f(2) + f(1)", {"t = 2", "t = 0"}},
+        // (A logged array shows as its first element.)
+        {"function f(n, s) { t = n + s; return t }; f(1, 2) + f(1, {2})", {"t = 3", "t = 3"}},
+    };
+    for (const auto &c : cases) {
+        CEquationTree tree;
+        QStringList lines;
+        tree.Environment().SetLogWindow([&lines](const QString &line) { lines << line; });
+        ASSERT_TRUE(tree.Compile(QString::fromUtf8(c.text), nullptr, true)) << errorOf(tree);
+        CRpnData value;
+        ASSERT_EQ(tree.Run(value), 1) << c.text << " " << errorOf(tree);
+        EXPECT_EQ(lines, c.lines) << c.text << ": " << lines.join(u'|');
     }
 }
 

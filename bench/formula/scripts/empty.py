@@ -1,0 +1,1 @@
+# Nothing: the interpreter starting and ending.

@@ -1,0 +1,6 @@
+def fib(n):
+    s = "x"
+    if n < 2:
+        return n
+    return fib(n - 1) + fib(n - 2)
+print(fib(30))
