@@ -392,7 +392,7 @@ std::unique_ptr<CRpnRowProgram> CRpnRowProgram::Build(CEquationTree *tree, CRpnN
     builder.finish(result);
     program->m_getter = reinterpret_cast<void *>(tree->m_getVariable);
     program->m_pure = program->m_hostReads.empty() && program->m_placeReads.empty() && !program->m_applies
-                      && program->m_writes.empty() && program->m_invariants.empty();
+                      && program->m_writes.empty();
     return program;
 }
 
@@ -450,7 +450,7 @@ RPN_STEPS_INLINE bool CRpnRowProgram::run(CEquationTree *tree, int row, double &
     if constexpr (Pure) {
         // Columns and steps that cannot call out: a column is read the
         // same way inside a call.
-        if (!RpnRunSteps(begin, end))
+        if (!m_invariantsHold || !RpnRunSteps(begin, end))
             return false;
         out = *m_result;
         return true;

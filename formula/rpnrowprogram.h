@@ -65,7 +65,7 @@ private:
     class Builder;
     static bool guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end);
     template <bool Pure>
-    bool run(CEquationTree *tree, int row, double &out);
+    RPN_STEPS_INLINE bool run(CEquationTree *tree, int row, double &out);
     template <bool Pure>
     int series(CEquationTree *tree, CRpnNode *top, double *values, unsigned char *valid, int first, int last);
 
@@ -93,7 +93,8 @@ private:
     std::vector<double> m_cells;
     const double *m_result = nullptr;
     bool m_applies = false; // some step calls an ApplyReal or a node's Evaluate
-    bool m_pure = false;    // columns and steps only: no getter, no place, no ApplyReal
+    bool m_pure = false;    // columns and steps (and invariants) only: no getter, no place, no
+                            // ApplyReal, no assignment
     void *m_getter = nullptr;
     CRpnData m_scratch; // what the getter fills
 };
