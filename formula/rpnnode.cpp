@@ -292,7 +292,7 @@ void PrepareFastPath(CRpnNode *root)
                 const CRpnNode *child = node->GetOperand(i);
                 fast = fastValue = fastValue && child && child->m_fastValue;
             }
-        } else if (node->m_realPath != RPN_REAL_PATH_NONE) {
+        } else if (node->m_realPath != RPN_REAL_PATH_NONE && node->m_realPath != RPN_REAL_PATH_ROW) {
             fast = fastValue = true;
             const int n = node->GetOperandCount();
             for (int i = 0; i < n; ++i) {

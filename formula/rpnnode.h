@@ -123,6 +123,8 @@ enum RpnRealPath : int {
     RPN_REAL_PATH_ZERO_CUT,  // as PLAIN, but a left 0.0 is the result (`*`, AND)
     RPN_REAL_PATH_TRUE_CUT,  // as PLAIN, but a non-zero left gives 1.0 (OR)
     RPN_REAL_PATH_DIVISOR,   // as PLAIN, but a zero right operand is an error (`/`, `%`)
+    RPN_REAL_PATH_ROW,       // as PLAIN, but ApplyReal reads the tree's present row: only for
+                             // evaluations a row at a time, and no fast path of the node tree
 };
 
 // The operation of m_fastOp.

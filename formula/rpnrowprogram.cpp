@@ -78,7 +78,7 @@ public:
         case RPN_NODE_NOT: step.code = CRpnStep::IsZero; break;
         default:
             // The cuts and the divisor test of other classes stay with the tree.
-            if (path != RPN_REAL_PATH_PLAIN)
+            if (path != RPN_REAL_PATH_PLAIN && path != RPN_REAL_PATH_ROW)
                 return false;
             step.code = count == 2 ? CRpnStep::Apply2 : CRpnStep::Apply1;
             p.m_applies = true;

@@ -234,10 +234,16 @@ void CNodeUserFunction::Evaluate(CRpnData &result, unsigned char &status)
     result.SetDouble(m_values->m_values[row]);
 }
 
-double CNodeUserFunction::ApplyReal(double, double, unsigned char &)
+double CNodeUserFunction::ApplyReal(double a, double, unsigned char &status)
 {
+    if (!m_values)
+        return a;
     const int row = presentRow();
-    return row >= 0 && m_values->m_valid[row] == 1 ? m_values->m_values[row] : 0.0;
+    if (row < 0 || m_values->m_valid[row] != 1) {
+        status = 0;
+        return 0.0;
+    }
+    return m_values->m_values[row];
 }
 
 // --- the hook ------------------------------------------------------------------------------

@@ -103,10 +103,13 @@ public:
     // The operand, then this row of the prepared result: empty (status 0)
     // where that row is not valid.
     void Evaluate(CRpnData &result, unsigned char &status) override;
-    // The prepared value of the present row (row 0 when the result is the
-    // same on every row); 0.0 where there is none or it is not valid.
+    // The same for a REAL operand `a`: the prepared value of the present row
+    // (row 0 when the result is the same on every row), status 0 where that
+    // row is not valid, `a` itself when nothing was prepared.
     double ApplyReal(double a, double b, unsigned char &status) override;
     bool EvaluateFast(double &) override { return false; }
+    // Read a row at a time (the series' row steps), never a block.
+    int GetRealPath() const override { return RPN_REAL_PATH_ROW; }
 
     QString m_name;
     QString m_body;

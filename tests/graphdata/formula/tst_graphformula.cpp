@@ -300,7 +300,8 @@ TEST_F(GraphFormula, FormulaErrorsStandAtTheirPlace)
 
 TEST_F(GraphFormula, UserFunctionsSubstituteTheirCurve)
 {
-    setFunctions({u"twice{GRAPH*2}"_s, u"seven{7+Time*0}"_s, u"Broken{GRAPH+}"_s, u"second{GetValue(GRAPH, 1)}"_s});
+    setFunctions({u"twice{GRAPH*2}"_s, u"seven{7+Time*0}"_s, u"Broken{GRAPH+}"_s, u"second{GetValue(GRAPH, 1)}"_s,
+                  u"gapped{iif(GRAPH > 5, GRAPH, V1)}"_s});
     EXPECT_TRUE(HasUserFunction(u"TWICE"_s));
     const std::vector<int> allValid(5, 1);
     Rows rows = curveOf(m_graph, u"twice(V2) + Twice(\"Time\")"_s);
@@ -311,6 +312,13 @@ TEST_F(GraphFormula, UserFunctionsSubstituteTheirCurve)
     // A gap of the argument stays a gap.
     rows = curveOf(m_graph, u"twice(V1)"_s);
     EXPECT_EQ(rows.valid, (std::vector<int>{1, 1, 0, 1, 1}));
+    // Inside arithmetic, row by row: the prepared row, the gap included.
+    rows = curveOf(m_graph, u"twice(V1)*0.5 - V1 + 1"_s);
+    EXPECT_EQ(rows.valid, (std::vector<int>{1, 1, 0, 1, 1}));
+    EXPECT_EQ(rows.values[0], 1.0);
+    EXPECT_EQ(rows.values[4], 1.0);
+    // A gap of the body's result is a gap where the argument has none.
+    EXPECT_EQ(curveOf(m_graph, u"gapped(V2) + 1"_s).valid, (std::vector<int>{1, 1, 0, 1, 1}));
     EXPECT_EQ(curveOf(m_graph, u"second(V2)"_s).values, std::vector<double>(5, 0.0));
     // A body that does not compile fails the curve with the body's message.
     CFormulaCurveJob job;
