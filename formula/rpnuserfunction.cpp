@@ -4,15 +4,36 @@
 #include "formula/rpnnodes.h"
 #include "formula/rpntree.h"
 
+#include <new>
+
 // --- CRpnCallFrame ---------------------------------------------------------------------
 
-CRpnCallFrame::CRpnCallFrame(const CRpnUserFunction *function)
-    : m_function(function), m_slots(std::size_t(function->GetSlotCount())),
-      m_set(std::size_t(function->GetSlotCount()), 0)
+CRpnCallFrame::CRpnCallFrame(const CRpnUserFunction *function, int count) : m_function(function), m_count(count)
 {
+    SlotEntry *entry = entries();
+    for (int i = 0; i < count; ++i)
+        new (entry + i) SlotEntry;
 }
 
-CRpnCallFrame::~CRpnCallFrame() = default;
+CRpnCallFrame::~CRpnCallFrame()
+{
+    SlotEntry *entry = entries();
+    for (int i = 0; i < m_count; ++i)
+        entry[i].~SlotEntry();
+}
+
+CRpnCallFrame *CRpnCallFrame::create(const CRpnUserFunction *function)
+{
+    const int count = function->GetSlotCount();
+    void *block = ::operator new(slotsOffset() + sizeof(SlotEntry) * std::size_t(count));
+    return new (block) CRpnCallFrame(function, count);
+}
+
+void CRpnCallFrame::destroy(CRpnCallFrame *frame)
+{
+    frame->~CRpnCallFrame();
+    ::operator delete(static_cast<void *>(frame));
+}
 
 void CRpnCallFrame::dropExtra()
 {
@@ -53,7 +74,7 @@ void CRpnUserFunction::dropSpareFrames()
 {
     while (CRpnCallFrame *frame = m_spareFrames) {
         m_spareFrames = frame->m_nextSpare;
-        delete frame;
+        CRpnCallFrame::destroy(frame);
     }
 }
 

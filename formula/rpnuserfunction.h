@@ -25,26 +25,27 @@ class CRpnUserFunction;
 // Names that the body does not hold and that come into being while it runs
 // (made by the host or by a text evaluated at run time) go to a dictionary
 // of their own, made on first need.
+//
+// A frame and its slots are one heap block (the slots follow the frame), made
+// by the function's TakeFrame and kept by it for the next call.
 class CRpnCallFrame
 {
 public:
-    explicit CRpnCallFrame(const CRpnUserFunction *function);
-    ~CRpnCallFrame();
     CRpnCallFrame(const CRpnCallFrame &) = delete;
     CRpnCallFrame &operator=(const CRpnCallFrame &) = delete;
 
     const CRpnUserFunction *GetFunction() const { return m_function; }
     // Slot i, or null while it is not set.
-    CRpnData *Slot(int i) { return m_set[std::size_t(i)] ? &m_slots[std::size_t(i)] : nullptr; }
+    CRpnData *Slot(int i) { return entries()[i].set ? &entries()[i].value : nullptr; }
     void SetSlot(int i, const CRpnData &value)
     {
-        m_slots[std::size_t(i)] = value;
-        m_set[std::size_t(i)] = 1;
+        entries()[i].value = value;
+        entries()[i].set = true;
     }
     void SetSlot(int i, CRpnData &&value)
     {
-        m_slots[std::size_t(i)] = std::move(value);
-        m_set[std::size_t(i)] = 1;
+        entries()[i].value = std::move(value);
+        entries()[i].set = true;
     }
     // By name: the slots, then the names made at run time; null when unknown.
     CRpnData *Find(const QString &name);
@@ -55,11 +56,11 @@ public:
     {
         // The values go now, not when the frame is next used: an array that a
         // finished call held must not stay shared (an assignment would copy it).
-        const std::size_t n = m_slots.size();
-        for (std::size_t i = 0; i < n; ++i) {
-            if (m_set[i]) {
-                m_slots[i].SetNull();
-                m_set[i] = 0;
+        SlotEntry *entry = entries();
+        for (int i = 0; i < m_count; ++i) {
+            if (entry[i].set) {
+                entry[i].value.SetNull();
+                entry[i].set = false;
             }
         }
         if (m_extra)
@@ -68,10 +69,27 @@ public:
 
 private:
     friend class CRpnUserFunction;
+    struct SlotEntry
+    {
+        CRpnData value;
+        bool set = false;
+    };
+    CRpnCallFrame(const CRpnUserFunction *function, int count);
+    ~CRpnCallFrame();
+    static CRpnCallFrame *create(const CRpnUserFunction *function);
+    static void destroy(CRpnCallFrame *frame);
+    SlotEntry *entries()
+    {
+        return reinterpret_cast<SlotEntry *>(reinterpret_cast<unsigned char *>(this) + slotsOffset());
+    }
+    static constexpr std::size_t slotsOffset()
+    {
+        return (sizeof(CRpnCallFrame) + alignof(SlotEntry) - 1) / alignof(SlotEntry) * alignof(SlotEntry);
+    }
     void dropExtra();
+
     const CRpnUserFunction *m_function;
-    std::vector<CRpnData> m_slots;
-    std::vector<unsigned char> m_set;
+    int m_count;
     std::unique_ptr<CMapStringToRpnData> m_extra;
     CRpnCallFrame *m_nextSpare = nullptr; // the function's list of spare frames
 };
@@ -128,7 +146,7 @@ public:
             frame->m_nextSpare = nullptr;
             return frame;
         }
-        return new CRpnCallFrame(this);
+        return CRpnCallFrame::create(this);
     }
     void GiveBackFrame(CRpnCallFrame *frame)
     {

@@ -97,15 +97,17 @@ const Script kScripts[] = {
     {"appends a[] = x (the array grows by doubling)", "a = {}; i = 0; while (i < N) { a[] = i; i++ }; 0"},
     {"call of a function on numbers (short way)",
      "function f(x) { return x * 2 + 1 }; i = 0; s = 0; while (i < N) { s = s + f(i); i++ }; s"},
-    {"call of a function with a local (ordinary way)",
+    {"call of a function with a local on numbers (short way)",
      "function g(x) { t = x * 2; return t + 1 }; i = 0; s = 0; while (i < N) { s = s + g(i); i++ }; s"},
+    {"call of a function with a text local (ordinary way)",
+     "function k(x) { w = \"ab\"; t = x * 2; return t + 1 }; i = 0; s = 0; while (i < N) { s = s + k(i); i++ }; s"},
     {"call of a function with a text argument",
      "function h(x, y) { t = x; return t + 1 }; i = 0; s = 0; while (i < N) { s = s + h(i, \"ab\"); i++ }; s"},
     {"recursion 20 deep per round (short way)",
      "function d(n) { if (n == 0) { return 0 }; return d(n - 1) + 1 }; i = 0; s = 0; "
      "while (i < N) { s = s + d(20); i++ }; s"},
     {"recursion 20 deep per round (ordinary way)",
-     "function e(n) { if (n == 0) { return 0 }; t = e(n - 1); return t + 1 }; i = 0; s = 0; "
+     "function e(n) { w = \"ab\"; if (n == 0) { return 0 }; t = e(n - 1); return t + 1 }; i = 0; s = 0; "
      "while (i < N) { s = s + e(20); i++ }; s"},
     {"text appends s += \"ab\"", "s = \"\"; i = 0; while (i < N) { s += \"ab\"; i++ }; 0"},
     // A check of the count: each round joins two texts into a new one, which

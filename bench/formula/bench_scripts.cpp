@@ -51,7 +51,8 @@
 namespace {
 
 // The first, an empty script, is each interpreter's baseline.
-const char *const kScripts[] = {"empty", "loop", "fib", "fiblocal", "fibtext", "append", "spread", "concat", "table", "addto", "find"};
+const char *const kScripts[] = {"empty",  "loop",   "fib",   "fiblocal", "fibtext", "append",
+                                "spread", "concat", "table", "addto",    "find"};
 const char *const kDescriptions[] = {
     "empty script: the interpreter starting and ending",
     "while loop, 10 x 10^6 rounds, a counter and a sum",
