@@ -20,7 +20,9 @@
 
 #include <cmath>
 #include <cstdio>
+#include <exception>
 #include <iterator>
+#include <string>
 #include <vector>
 
 namespace {
@@ -37,6 +39,9 @@ struct Expression
     const char *tarn;
     const char *mu;
     const char *setup = nullptr;
+    // Uses variables of the script: a host with a getter holds every name
+    // itself, so the formula does not run through the getter as written.
+    bool scriptVariables = false;
 };
 const Expression kPairs[] = {
     {"x*2+1", "x*2+1"},
@@ -49,8 +54,8 @@ const Expression kPairs[] = {
     {"min(x,0.5)+max(x,0.25)", "min(x,0.5)+max(x,0.25)"},
     {"iif(x > 1, x*2, 1-x)", "x > 1 ? x*2 : 1-x"},
     {"function f(t) { return t*t+1 }; f(x)", "x*x+1"},
-    {"a = x*2; b = a+1; return a*b", "a = x*2, b = a+1, a*b"},
-    {"iif(mode == \"twice\", x*2, x)", "x*2", "mode = \"twice\""},
+    {"a = x*2; b = a+1; return a*b", "a = x*2, b = a+1, a*b", nullptr, true},
+    {"iif(mode == \"twice\", x*2, x)", "x*2", "mode = \"twice\"", true},
 };
 constexpr int kExpressionCount = int(std::size(kPairs));
 
@@ -104,6 +109,10 @@ enum Mode { Bound, Getter, Throwing, ThrowingGetter };
 void runTree(benchmark::State &state, Mode mode)
 {
     const bool bound = mode == Bound || mode == Throwing;
+    if (!bound && kPairs[state.range(0)].scriptVariables) {
+        state.SkipWithError("the script's variables are the host's through a getter");
+        return;
+    }
     const std::vector<double> &x = column();
     std::vector<double> values(kRows);
     std::vector<unsigned char> valid(kRows);
@@ -126,10 +135,15 @@ void runTree(benchmark::State &state, Mode mode)
         state.SkipWithError("compile failed");
         return;
     }
-    for (auto _ : state) {
-        const int good = tree.EvaluateSeries(values.data(), valid.data(), 0, kRows - 1);
-        benchmark::DoNotOptimize(good);
-        benchmark::DoNotOptimize(values.data());
+    try {
+        for (auto _ : state) {
+            const int good = tree.EvaluateSeries(values.data(), valid.data(), 0, kRows - 1);
+            benchmark::DoNotOptimize(good);
+            benchmark::DoNotOptimize(values.data());
+        }
+    } catch (const std::exception &e) {
+        state.SkipWithError(e.what());
+        return;
     }
     state.SetItemsProcessed(state.iterations() * kRows);
 }
@@ -250,10 +264,23 @@ int main(int argc, char **argv)
         const double column = rate("BM_TarnColumn"), getter = rate("BM_TarnGetter"), tree = rate("BM_TarnTree");
         const double treeGetter = rate("BM_TarnTreeGetter");
         const double row = rate("BM_MuParserRow"), bulk = rate("BM_MuParserBulk");
-        auto ratio = [](double a, double b) { return b > 0 ? a / b : 0.0; };
-        std::printf("%-40s %9.3g %9.3g %6.2f   %9.3g %9.3g %9.3g %9.3g %6.2f %6.2f %6.2f\n", kPairs[i].tarn, column,
-                    bulk, ratio(column, bulk), tree, getter, treeGetter, row, ratio(tree, row), ratio(getter, row),
-                    ratio(treeGetter, row));
+        // A column that did not run (the getter rows of script variables) prints "-".
+        auto rateText = [](double r) {
+            char text[16] = "-";
+            if (r > 0)
+                std::snprintf(text, sizeof text, "%.3g", r);
+            return std::string(text);
+        };
+        auto ratio = [](double a, double b) {
+            char text[16] = "-";
+            if (a > 0 && b > 0)
+                std::snprintf(text, sizeof text, "%.2f", a / b);
+            return std::string(text);
+        };
+        std::printf("%-40s %9s %9s %6s   %9s %9s %9s %9s %6s %6s %6s\n", kPairs[i].tarn, rateText(column).c_str(),
+                    rateText(bulk).c_str(), ratio(column, bulk).c_str(), rateText(tree).c_str(),
+                    rateText(getter).c_str(), rateText(treeGetter).c_str(), rateText(row).c_str(),
+                    ratio(tree, row).c_str(), ratio(getter, row).c_str(), ratio(treeGetter, row).c_str());
     }
     if (!agree)
         std::printf("The results of the two evaluators differ: see the mismatches above.\n");
