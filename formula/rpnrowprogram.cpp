@@ -427,13 +427,6 @@ bool CRpnRowProgram::guarded(CEquationTree *tree, const CRpnStep *begin, const C
     return done;
 }
 
-bool CRpnRowProgram::Run(CEquationTree *tree, int row, double &out)
-{
-    if (!m_invariants.empty())
-        m_invariantsHold = guarded(tree, m_invariants.data(), m_invariants.data() + m_invariants.size());
-    return m_pure ? run<true>(tree, row, out) : run<false>(tree, row, out);
-}
-
 template <bool Pure>
 RPN_STEPS_INLINE bool CRpnRowProgram::run(CEquationTree *tree, int row, double &out)
 {

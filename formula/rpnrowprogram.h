@@ -1,28 +1,38 @@
 #pragma once
 // CRpnRowProgram: a formula on plain numbers evaluated once per row of a
-// series as a short list of steps (rpnsteps.h) instead of a walk of its
-// node tree.
+// series as a short list of steps (rpnsteps.h, shared with the `while`
+// loop's steps) instead of a walk of its node tree.
 //
 // A formula qualifies when it is one expression of REAL constants,
 // variables, operators with a real path, `iif` on numbers and calls of
 // script functions whose body is one `return` of such an expression (the
 // body is compiled in place of the call, its parameters standing for the
-// arguments).  Its variables are read at the start of each row, each the way
-// the variable node reads it: a bound host column straight from the column,
-// the host's variable through its getter, any other from its place.
+// arguments); or several statements: assignments `v = operation` of such
+// expressions to the script's variables, other such expressions, perhaps a
+// `return` last.  The condition of an `iif` may also be `==` or `!=` of
+// texts, constants and the script's variables that the formula does not
+// assign: it is the same on every row and is evaluated by its node once per
+// series (and again after a row the tree did).
 //
-// Run gives up (false) whenever the doubles do not tell the whole story: a
-// column value that is not valid or past the column's end, a variable that
-// holds no REAL or has no place, a zero divisor, an ApplyReal that fails, a
-// user function running.  Nothing then is left behind (what a failing
-// function reported is taken back), and the caller evaluates that row
-// through the tree, which gives the value, the validity and the error
-// report (or, in the throwing mode, the exception) of that row.  So every
-// row ends as the tree would have left it.
+// Variables are read at the start of each row, each the way its node reads
+// it: a bound host column straight from the column, the host's variable
+// through its getter, any other from its place; a name assigned earlier in
+// the row is read from the cell of that assignment, and the assignments
+// reach their variables when the row is done.
+//
+// A row gives up whenever the doubles do not tell the whole story: a column
+// value that is not valid or past the column's end, a variable that holds
+// no REAL or has no place (yet), a zero divisor, an ApplyReal that fails, a
+// user function running, a run that logs its assignments.  Nothing then is
+// left behind (what a failing function reported, or threw, is taken back),
+// and the row is evaluated through the tree, which gives the value, the
+// validity and the error report (or, in the throwing mode, the exception) of
+// that row.  So every row ends as the tree would have left it.
 //
 // Both branches of an `iif` and both sides of a short cut are computed, and
 // the getter is called for every host variable node of the formula: a
-// getter may so be called for a node that the tree would have passed over.
+// getter may so be called for a node that the tree would have passed over,
+// and again for a row that the tree then does.
 
 #include "formula/rpndata.h"
 #include "formula/rpnsteps.h"
@@ -46,9 +56,6 @@ public:
     // qualify.  The program holds the tree's current getter; see IsFor.
     static std::unique_ptr<CRpnRowProgram> Build(CEquationTree *tree, CRpnNode *root);
 
-    // The value of the formula for `row` into `out`; false (and nothing
-    // changed but the program's own scratch) when the row needs the tree.
-    bool Run(CEquationTree *tree, int row, double &out);
     // As CEquationTree::EvaluateSeries, row by row: the program where it
     // can, else `top` (the node the program was made of) through the tree.
     int Series(CEquationTree *tree, CRpnNode *top, double *values, unsigned char *valid, int first, int last);
@@ -56,11 +63,12 @@ public:
     // False when the tree's getter is no longer the one the program was
     // made for (a variable read from its place may be the host's now).
     bool IsFor(const CEquationTree *tree) const;
-    int StepCount() const { return int(m_steps.size()); }
 
 private:
     class Builder;
     static bool guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end);
+    // The value of the formula for `row` into `out`; false (and nothing
+    // changed but the program's own cells) when the row needs the tree.
     template <bool Pure>
     RPN_STEPS_INLINE bool run(CEquationTree *tree, int row, double &out);
     template <bool Pure>
