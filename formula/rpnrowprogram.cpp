@@ -391,8 +391,7 @@ std::unique_ptr<CRpnRowProgram> CRpnRowProgram::Build(CEquationTree *tree, CRpnN
         return nullptr;
     builder.finish(result);
     program->m_getter = reinterpret_cast<void *>(tree->m_getVariable);
-    program->m_pure = program->m_hostReads.empty() && program->m_placeReads.empty() && !program->m_applies
-                      && program->m_writes.empty() && program->m_invariants.empty();
+    program->m_pure = program->m_hostReads.empty() && program->m_placeReads.empty() && program->m_writes.empty();
     return program;
 }
 
@@ -403,21 +402,19 @@ bool CRpnRowProgram::IsFor(const CEquationTree *tree) const
 
 bool CRpnRowProgram::guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end)
 {
-    // A function that fails may report: not as an exception, and what it
-    // reported is taken back, since the tree does the row again.
-    const std::int32_t throwing = tree->throwOnError;
+    // A function that fails may report, and in the throwing mode throw:
+    // what it reported is taken back, since the tree does the row again
+    // (and reports, or throws, if the row itself fails).  Nothing is saved
+    // but what tells whether a report is new.
     const bool hadError = tree->HasError();
     const int listed = int(tree->GetErrorList().size());
     const int errorRow = tree->errorRow, errorCol = tree->errorCol;
-    tree->throwOnError = 0;
     bool done = false;
     try {
         done = RpnRunSteps(begin, end);
     } catch (...) {
-        // Only the tree's own evaluation may throw: it does the row again.
         done = false;
     }
-    tree->throwOnError = throwing;
     if (!done) {
         if (!hadError && tree->HasError()) {
             tree->errorText.clear();
@@ -448,9 +445,8 @@ RPN_STEPS_INLINE bool CRpnRowProgram::run(CEquationTree *tree, int row, double &
     }
     const CRpnStep *const begin = m_steps.data(), *const end = begin + m_steps.size();
     if constexpr (Pure) {
-        // Columns and steps that cannot call out: a column is read the
-        // same way inside a call.
-        if (!RpnRunSteps(begin, end))
+        // Columns and steps only: a column is read the same way inside a call.
+        if (!m_invariantsHold || !(m_applies ? guarded(tree, begin, end) : RpnRunSteps(begin, end)))
             return false;
         out = *m_result;
         return true;
@@ -510,8 +506,9 @@ int CRpnRowProgram::series(CEquationTree *tree, CRpnNode *top, double *values, u
                            int last)
 {
     // Whatever looks names up (and so hashes strings) may leave the wide
-    // registers dirty: see rpnseries.h.  The steps themselves do not.
-    const bool callsOut = !Pure && CallsOut();
+    // registers dirty: see rpnseries.h.  The steps themselves do not; the
+    // host's getter may, and a row done through the tree may.
+    const bool callsOut = !Pure && !m_hostReads.empty();
     const CRpnStep *const invariants = m_invariants.data(), *const invariantsEnd = invariants + m_invariants.size();
     bool dirty = true;
     int good = 0;

@@ -56,16 +56,13 @@ public:
     // False when the tree's getter is no longer the one the program was
     // made for (a variable read from its place may be the host's now).
     bool IsFor(const CEquationTree *tree) const;
-    // True when a row calls into the host (its getter) or into functions
-    // that may look names up.
-    bool CallsOut() const { return !m_hostReads.empty() || m_applies; }
     int StepCount() const { return int(m_steps.size()); }
 
 private:
     class Builder;
     static bool guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end);
     template <bool Pure>
-    bool run(CEquationTree *tree, int row, double &out);
+    RPN_STEPS_INLINE bool run(CEquationTree *tree, int row, double &out);
     template <bool Pure>
     int series(CEquationTree *tree, CRpnNode *top, double *values, unsigned char *valid, int first, int last);
 
@@ -93,7 +90,7 @@ private:
     std::vector<double> m_cells;
     const double *m_result = nullptr;
     bool m_applies = false; // some step calls an ApplyReal or a node's Evaluate
-    bool m_pure = false;    // columns and steps only: no getter, no place, no ApplyReal
+    bool m_pure = false;    // columns and steps only: no getter, no place, no assignment
     void *m_getter = nullptr;
     CRpnData m_scratch; // what the getter fills
 };

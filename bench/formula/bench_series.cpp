@@ -88,9 +88,11 @@ const std::vector<double> &column()
 
 const double *g_x = nullptr;
 
-void getX(CRpnData &result, int, int row, void *, void *, CRpnNode *, const QString &, int &found)
+// The host knows x only (the matcher gave it slot 0); the script's own
+// variables are the script's.
+void getX(CRpnData &result, int index, int row, void *, void *, CRpnNode *, const QString &, int &found)
 {
-    if (row < 0 || row >= kRows) {
+    if (index != 0 || row < 0 || row >= kRows) {
         found = 0;
         return;
     }
