@@ -23,21 +23,6 @@ double fail(CRpnNode *node, unsigned char &status, int id)
 
 } // namespace
 
-double RpnAngleIn(const CEquationTree *tree, double a)
-{
-    return tree && tree->m_angleMode == 1 ? a * RPN_DEGREES_TO_RADIANS : a;
-}
-
-double RpnAngleInFactor(const CEquationTree *tree)
-{
-    return tree && tree->m_angleMode == 1 ? RPN_DEGREES_TO_RADIANS : 1.0;
-}
-
-double RpnAngleOut(const CEquationTree *tree, double radians)
-{
-    return tree && tree->m_angleMode == 1 ? radians * RPN_RADIANS_TO_DEGREES : radians;
-}
-
 // --- sqrt -------------------------------------------------------------------------------------
 
 double CNodeSqrt::ApplyReal(double a, double, unsigned char &status)

@@ -19,10 +19,20 @@ inline constexpr double RPN_DEGREES_TO_RADIANS = 0.017453292519943;
 inline constexpr double RPN_RADIANS_TO_DEGREES = 57.29577951308233;
 
 // An angle argument in radians, and an angle result in the tree's unit.
-double RpnAngleIn(const CEquationTree *tree, double a);
-double RpnAngleOut(const CEquationTree *tree, double radians);
+// Inline: a sine of a row evaluated alone is a call less.
+inline double RpnAngleIn(const CEquationTree *tree, double a)
+{
+    return tree && tree->m_angleMode == 1 ? a * RPN_DEGREES_TO_RADIANS : a;
+}
+inline double RpnAngleOut(const CEquationTree *tree, double radians)
+{
+    return tree && tree->m_angleMode == 1 ? radians * RPN_RADIANS_TO_DEGREES : radians;
+}
 // What RpnAngleIn multiplies by: 1 for radians (a product by 1 is exact).
-double RpnAngleInFactor(const CEquationTree *tree);
+inline double RpnAngleInFactor(const CEquationTree *tree)
+{
+    return tree && tree->m_angleMode == 1 ? RPN_DEGREES_TO_RADIANS : 1.0;
+}
 
 // ApplyRealBlock of a one-operand function that never fails: one loop.
 template <typename F>
