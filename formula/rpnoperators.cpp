@@ -426,7 +426,19 @@ void CNodeDoubleOperand::combine(CRpnData &a, const CRpnData &b, CRpnData &resul
 {
     if (a.IsReal() && b.IsReal()) {
         // Two REALs under an operator whose value arithmetic is the plain
-        // double operation: the double, without the value arithmetic's detour.
+        // double operation: the double, without the value arithmetic's detour
+        // (and for the operations marked by PrepareFastPath without a call).
+        const double x = a.GetRealValue(), y = b.GetRealValue();
+        switch (m_fastOp) {
+        case RPN_FAST_OP_ADD: result.SetDouble(x + y); return;
+        case RPN_FAST_OP_SUBTRACT: result.SetDouble(x - y); return;
+        case RPN_FAST_OP_MULTIPLY: result.SetDouble(x * y); return;
+        case RPN_FAST_OP_LESS: result.SetDouble(x < y ? 1.0 : 0.0); return;
+        case RPN_FAST_OP_GREATER: result.SetDouble(x > y ? 1.0 : 0.0); return;
+        case RPN_FAST_OP_LESS_EQUAL: result.SetDouble(x <= y ? 1.0 : 0.0); return;
+        case RPN_FAST_OP_GREATER_EQUAL: result.SetDouble(x >= y ? 1.0 : 0.0); return;
+        default: break;
+        }
         switch (GetKind()) {
         case RPN_NODE_PLUS:
         case RPN_NODE_MINUS:
@@ -935,10 +947,25 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         CNodeVariable *variable = m_left->AsVariable();
         CRpnData *slot = variable ? variable->FindStorage() : nullptr;
         if (slot && slot->IsString()) {
-            // The node's own copy of the last value read must not count as a sharer.
+            // The node's own copy of the last value read must not count as a
+            // sharer, nor what the last append left as the caller's value
+            // (a loop whose body is this one statement hands that back).
             if (variable->m_value.IsSameAs(*slot))
                 variable->m_value.SetNull();
-            if (slot->AppendText(value.GetTextValue())) {
+            if (&result != slot && result.IsSameAs(*slot))
+                result.SetNull();
+            bool appended;
+            if (value.IsSameAs(*slot)) {
+                // `s += s`: the value read is the text itself; without that
+                // read's share the text is appended to itself where it lies.
+                value.SetNull();
+                appended = slot->AppendOwnText();
+                if (!appended)
+                    value = *slot; // shared elsewhere: the sum below makes a new text
+            } else {
+                appended = slot->AppendText(value.GetTextValue());
+            }
+            if (appended) {
                 result = *slot;
                 if (m_tree)
                     m_tree->LogVariable(variable->m_name, result);
@@ -961,7 +988,7 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         }
         value = std::move(combined);
     }
-    CNodeVariable *variable = m_left->AsVariable();
+    CNodeVariable *variable = m_left->m_variableNode ? static_cast<CNodeVariable *>(m_left) : nullptr;
     if (value.GetKind() == RPN_CURVE && variable)
         variable->SetMark(CNodeVariable::MarkCurve, true);
     // Value semantics for arrays: a shared one is copied before it is stored.
@@ -969,6 +996,19 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         CRpnData copy = value;
         copy.DeepCopy(value);
         value = std::move(copy);
+    }
+    if (variable && variable->m_slot >= 0 && m_tree && variable->m_tree == m_tree) {
+        // A local of the running call: the slot and the node's copy take
+        // the value, as SetValue would give it them.
+        CRpnCallFrame *frame = m_tree->GetCallFrame();
+        if (frame && frame->GetFunction() == variable->m_slotFunction && !variable->IsConstant()) {
+            frame->SetSlot(variable->m_slot, value);
+            variable->m_value = value;
+            result = std::move(value);
+            if (m_tree->Environment().IsLogging())
+                logStored(m_tree, m_left);
+            return;
+        }
     }
     Store(this, m_left, value, result, status);
     if (m_tree && status != 0 && m_tree->Environment().IsLogging())
