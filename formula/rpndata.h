@@ -344,6 +344,16 @@ public:
         m_u.p->Text().append(tail);
         return true;
     }
+    // Appends a STRING that no other handle shares to itself (`s += s`);
+    // false (and nothing done) for any other value.
+    bool AppendOwnText()
+    {
+        if (m_kind != RPN_STRING || m_u.p->m_refs != 1 || (m_u.p->m_flags & RPN_FLAG_BORROWED))
+            return false;
+        QString &text = m_u.p->Text();
+        text.append(text); // QString appends a range of itself safely
+        return true;
+    }
     double *GetRealData() const { return m_kind == RPN_ARRAY_R ? m_u.p->m_reals : nullptr; }
     // The number of a REAL where it lies in the handle (null for other
     // kinds), for code that steps it many times while it stays a REAL.

@@ -244,6 +244,23 @@ void runBody(const std::vector<CRpnBodyStep> &steps, CRpnData &value, unsigned c
     }
 }
 
+// A call whose function cannot take the fast path (its body's form, or a
+// call that had to give up) gives no double that way, and neither do the
+// expressions around it: they are marked so, and go the ordinary way
+// without trying first.
+void closeFastPath(CRpnNode *call)
+{
+    CRpnNode *node = call, *below = nullptr;
+    while (node && (node->m_fastPath || node->m_fastValue || node->m_plainNumber)) {
+        node->m_fastPath = node->m_fastValue = node->m_plainNumber = false;
+        below = node;
+        node = node->m_parent;
+    }
+    // `v = expression` with such a call in the expression stores the ordinary way.
+    if (node && below && node->m_plainStore && static_cast<CNodeAssignment *>(node)->m_right == below)
+        node->m_plainStore = false;
+}
+
 // Puts the owner's frame and depth back when a call on the fast path ends.
 struct FastCallScope
 {
@@ -416,7 +433,7 @@ bool CNode_Function::EvaluateFast(double &out)
 {
     CRpnUserFunction *function = m_function;
     // m_fastPath: every argument may give its double this way.
-    if (!m_fastPath || !function || function->m_fastBody == 0 || !function->m_body)
+    if (!m_fastPath || !function || !function->m_body)
         return false;
     if (function->m_fastBody < 0) {
         function->m_fastSteps.clear();
@@ -425,8 +442,11 @@ bool CNode_Function::EvaluateFast(double &out)
             function->m_fastBody = 1;
         } else {
             function->m_fastBody = 0;
-            return false;
         }
+    }
+    if (function->m_fastBody == 0) {
+        closeFastPath(this);
+        return false;
     }
     CEquationTree *owner = function->m_owner ? function->m_owner : m_tree;
     // The limits and a stop are the ordinary path's to report, and a run
@@ -464,5 +484,6 @@ bool CNode_Function::EvaluateFast(double &out)
     // are the calls of this function from now on, so that a recursion that
     // gives up deep down is not tried again at every level.
     function->m_fastBody = 0;
+    closeFastPath(this);
     return false;
 }

@@ -973,10 +973,25 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         CNodeVariable *variable = m_left->AsVariable();
         CRpnData *slot = variable ? variable->FindStorage() : nullptr;
         if (slot && slot->IsString()) {
-            // The node's own copy of the last value read must not count as a sharer.
+            // The node's own copy of the last value read must not count as a
+            // sharer, nor what the last append left as the caller's value
+            // (a loop whose body is this one statement hands that back).
             if (variable->m_value.IsSameAs(*slot))
                 variable->m_value.SetNull();
-            if (slot->AppendText(value.GetTextValue())) {
+            if (&result != slot && result.IsSameAs(*slot))
+                result.SetNull();
+            bool appended;
+            if (value.IsSameAs(*slot)) {
+                // `s += s`: the value read is the text itself; without that
+                // read's share the text is appended to itself where it lies.
+                value.SetNull();
+                appended = slot->AppendOwnText();
+                if (!appended)
+                    value = *slot; // shared elsewhere: the sum below makes a new text
+            } else {
+                appended = slot->AppendText(value.GetTextValue());
+            }
+            if (appended) {
                 result = *slot;
                 if (m_tree)
                     m_tree->LogVariable(variable->m_name, result);

@@ -170,6 +170,19 @@ const CallCase kCalls[] = {
      "x = \"a\"; function g(_ref v) { s = \"b\"; v = v + s; return 0 }; g(x); g(x); x", "ARRAY:{a,0,0,abb}"},
     {"by_reference_kept_on_error",
      "x = 1; function g(_ref v) { s = \"\"; v = 5; return 1 / 0 }; Catch(g(x)); x", "ARRAY:{1,,5}"},
+    // A call of a function that cannot take the short way, inside an
+    // expression on numbers: the expression goes the ordinary way from then
+    // on (the second run), with the same value.
+    {"ordinary_call_in_local_store",
+     "function g(n) { s = \"x\"; return n * 2 }; function f(n) { t = g(n) + 1; return t * 10 }; f(1) + f(2)",
+     "REAL:80"},
+    {"ordinary_call_in_iif", "function g(n) { s = \"x\"; return n }; function f(c) { return iif(c, g(5) - 1, 7) }; "
+     "f(1) * 10 + f(0)",
+     "REAL:47"},
+    {"gave_up_call_as_argument",
+     "function f(n, s) { return n + s }; function h(a, b) { return a * b }; {h(f(1, 2), 2), h(f(1, {2}), 2), "
+     "h(f(1, 2), 3)}",
+     "ARRAY:{6,{6},9}"},
     // Depth and errors deep down on the ordinary way with a text in the body.
     {"depth_at_limit_text", "function g(n) { s = \"x\"; if (n == 0) { return 0 }; return g(n - 1) + 1 }; g(199)",
      "REAL:199"},
