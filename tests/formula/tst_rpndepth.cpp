@@ -281,6 +281,42 @@ TEST(RpnDepth, ASharedCellStaysTheSameForEachPairItMeets)
     }
 }
 
+TEST(RpnDepth, CopiesOfASharedValueShareWithinThemselvesOnly)
+{
+    // b is a copy of a (2^20 cells in 21 arrays) made by assignment: as
+    // small as a, and nothing of it is a's.  A change through one half of
+    // the copy is seen through the other, as it is in a itself.
+    constexpr int kDoublings = 20;
+    const QString doubled = QStringLiteral("a = {1}; i = 0; while (i < %1) { a = {a, a}; i++ }; ").arg(kDoublings);
+    const char *const copies[] = {"b = a", "b = {a, 1}; b = b[0]", "b = {a}; b = b[0]"};
+    for (const char *copy : copies) {
+        QString error;
+        CEquationTree tree;
+        run(doubled + QString::fromLatin1(copy), error, &tree);
+        ASSERT_TRUE(error.isEmpty()) << copy << ": " << error;
+        CRpnData a = *tree.GetVariables()->Find(QStringLiteral("a"));
+        CRpnData b = *tree.GetVariables()->Find(QStringLiteral("b"));
+        int depth = 0;
+        while (b.GetKind() == RPN_ARRAY && b.GetSize() == 2 && b.GetAt(0).GetKind() == RPN_ARRAY) {
+            EXPECT_TRUE(b.GetAt(0).IsSameAs(b.GetAt(1))) << copy << " at depth " << depth;
+            EXPECT_FALSE(b.IsSameAs(a)) << copy << " at depth " << depth;
+            a = a.GetAt(0);
+            b = b.GetAt(0);
+            ++depth;
+        }
+        EXPECT_EQ(depth, kDoublings) << copy;
+
+        CEquationTree changed;
+        run(doubled + QString::fromLatin1(copy) + QStringLiteral("; b[0][0] = 7"), error, &changed);
+        ASSERT_TRUE(error.isEmpty()) << copy << ": " << error;
+        a = *changed.GetVariables()->Find(QStringLiteral("a"));
+        b = *changed.GetVariables()->Find(QStringLiteral("b"));
+        EXPECT_EQ(b.GetAt(1).GetAt(0).GetText(), "7") << copy;
+        EXPECT_EQ(a.GetAt(0).GetAt(0).GetKind(), RPN_ARRAY) << copy;
+        EXPECT_EQ(a.GetAt(1).GetAt(0).GetKind(), RPN_ARRAY) << copy;
+    }
+}
+
 TEST(RpnDepth, FormatValueOfADeepListUsesEachLevelsTexts)
 {
     QString error;
