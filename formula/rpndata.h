@@ -251,6 +251,22 @@ public:
         }
     }
 
+    // What IsSameAs compares, as a number to go with the kind: the payload's
+    // address, or for the kinds held in the handle the bits of the number.
+    std::uint64_t GetIdentity() const
+    {
+        switch (m_kind) {
+        case RPN_NULL: return 0;
+        case RPN_INT: return std::uint32_t(m_u.i);
+        case RPN_REAL: {
+            std::uint64_t bits;
+            std::memcpy(&bits, &m_u.real, sizeof bits);
+            return bits;
+        }
+        default: return reinterpret_cast<std::uintptr_t>(m_u.p);
+        }
+    }
+
     // The display exponent of a REAL, from the engineering suffix it was written with.
     int GetDisplayExponent() const { return std::int8_t(GetFlags() & RPN_FLAG_EXPONENT_MASK); }
     void SetDisplayExponent(int exponent);
@@ -326,6 +342,16 @@ public:
         if (m_kind != RPN_STRING || m_u.p->m_refs != 1 || (m_u.p->m_flags & RPN_FLAG_BORROWED))
             return false;
         m_u.p->Text().append(tail);
+        return true;
+    }
+    // Appends a STRING that no other handle shares to itself (`s += s`);
+    // false (and nothing done) for any other value.
+    bool AppendOwnText()
+    {
+        if (m_kind != RPN_STRING || m_u.p->m_refs != 1 || (m_u.p->m_flags & RPN_FLAG_BORROWED))
+            return false;
+        QString &text = m_u.p->Text();
+        text.append(text); // QString appends a range of itself safely
         return true;
     }
     double *GetRealData() const { return m_kind == RPN_ARRAY_R ? m_u.p->m_reals : nullptr; }

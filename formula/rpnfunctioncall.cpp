@@ -141,6 +141,126 @@ bool runSteps(const std::vector<CRpnFastStep> &steps, CRpnCallFrame *frame, doub
     return false;
 }
 
+// Lays out a body for the ordinary way (see CRpnBodyStep).  `noted` is the
+// statement of the innermost block around `node`: where a block would note
+// a failure that left no message.
+void layOutBody(CRpnNode *node, CRpnNode *noted, std::vector<CRpnBodyStep> &steps)
+{
+    if (!node)
+        return;
+    if (isBlock(node)) {
+        for (CRpnNode *child : static_cast<CRpnNodeList *>(node)->m_children)
+            layOutBody(child, child, steps);
+        return;
+    }
+    switch (node->GetKind()) {
+    case RPN_NODE_RETURN:
+        steps.push_back({CRpnBodyStep::Return, 0, static_cast<CNodeReturn *>(node)->m_operand, node, noted});
+        return;
+    case RPN_NODE_IF: {
+        auto *branch = static_cast<CNode_IF *>(node);
+        if (!branch->m_condition)
+            break; // its Execute gives the empty value
+        const std::size_t test = steps.size();
+        steps.push_back({CRpnBodyStep::Test, 0, branch->m_condition, node, noted});
+        layOutBody(branch->m_then, noted, steps);
+        if (branch->m_else) {
+            const std::size_t jump = steps.size();
+            steps.push_back({CRpnBodyStep::Jump, 0, nullptr, nullptr, nullptr});
+            steps[test].target = int(steps.size());
+            layOutBody(branch->m_else, noted, steps);
+            steps[jump].target = int(steps.size());
+        } else {
+            steps[test].target = int(steps.size());
+        }
+        return;
+    }
+    default:
+        break;
+    }
+    steps.push_back({CRpnBodyStep::Run, 0, node, nullptr, noted});
+}
+
+// Runs a body laid out by layOutBody as its blocks would run it: each
+// statement for its effect, until one fails (status 0), a `return` ends the
+// call (status 10) or the tree is asked to stop.  `value` is left as the
+// blocks would leave it.
+void runBody(const std::vector<CRpnBodyStep> &steps, CRpnData &value, unsigned char &status)
+{
+    const CRpnBodyStep *const begin = steps.data();
+    const CRpnBodyStep *const end = begin + steps.size();
+    const CRpnBodyStep *step = begin;
+    while (step < end) {
+        CRpnNode *node = step->node;
+        switch (step->code) {
+        case CRpnBodyStep::Run:
+            node->Execute(value, status);
+            if (status == 0) {
+                step->noted->NoteFailure(step->noted);
+                return;
+            }
+            if (status == 10 || node->IsStopping())
+                return;
+            ++step;
+            break;
+        case CRpnBodyStep::Test: {
+            // As the `if` reads its condition: a double where the fast path
+            // gives one, else the value and its truth.
+            CRpnNode *branch = step->at;
+            double x;
+            bool truth;
+            if (node->m_fastValue && !branch->IsStopping() && node->EvaluateFast(x)) {
+                truth = x != 0.0;
+            } else {
+                CRpnData condition;
+                if (!branch->EvaluateOrPass(node, condition, value, status)) {
+                    if (status == 0)
+                        step->noted->NoteFailure(step->noted);
+                    return;
+                }
+                truth = condition.IsTrue();
+            }
+            step = truth ? step + 1 : begin + step->target;
+            break;
+        }
+        case CRpnBodyStep::Return:
+            if (!node) {
+                value.SetNull();
+                status = 10;
+                return;
+            }
+            node->Evaluate(value, status);
+            if (status == 0) {
+                value.SetNull();
+                step->noted->NoteFailure(step->noted);
+            } else {
+                status = 10;
+            }
+            return;
+        case CRpnBodyStep::Jump:
+            step = begin + step->target;
+            break;
+        }
+    }
+}
+
+// A call whose function cannot take the fast path (its body's form, or a
+// call that had to give up) gives no double that way, and neither do the
+// expressions around it: they are marked so, and go the ordinary way
+// without trying first.
+void closeFastPath(CRpnNode *call)
+{
+    CRpnNode *node = call, *below = nullptr;
+    while (node && (node->m_fastPath || node->m_fastValue || node->m_plainNumber)) {
+        node->m_fastPath = node->m_fastValue = node->m_plainNumber = false;
+        below = node;
+        node = node->m_parent;
+    }
+    // `v = expression` with such a call in the expression stores the ordinary way.
+    if (node && below && node->m_plainStore && static_cast<CNodeAssignment *>(node)->m_right == below)
+        node->m_plainStore = false;
+}
+
 // Puts the owner's frame and depth back when a call on the fast path ends.
 struct FastCallScope
 {
@@ -223,6 +343,13 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
     CRpnData argument;
     for (int i = 0; i < count; ++i) {
         CRpnNode *child = m_children[std::size_t(i)];
+        // An operation on numbers gives its double straight into the slot,
+        // as its Evaluate would give it.
+        double x;
+        if (i < parameters && child && child->m_plainNumber && child->m_fastValue && !IsStopping() && child->EvaluateFast(x)) {
+            frame->SetDoubleSlot(i, x);
+            continue;
+        }
         if (child && !EvaluateOrPass(child, argument, result, status))
             return;
         if (i >= parameters) {
@@ -256,10 +383,13 @@ void CNode_Function::Evaluate(CRpnData &result, unsigned char &status)
     unsigned char callStatus = 1;
     CRpnData value;
     try {
-        if (function->EndsInReturn())
-            function->m_body->Execute(value, callStatus);
-        else
+        if (function->EndsInReturn()) {
+            if (function->m_bodySteps.empty())
+                layOutBody(function->m_body, function->m_body, function->m_bodySteps);
+            runBody(function->m_bodySteps, value, callStatus);
+        } else {
             function->m_body->Evaluate(value, callStatus);
+        }
     } catch (const std::exception &) {
         if (callStatus == 1)
             callStatus = 0;
@@ -303,7 +433,7 @@ bool CNode_Function::EvaluateFast(double &out)
 {
     CRpnUserFunction *function = m_function;
     // m_fastPath: every argument may give its double this way.
-    if (!m_fastPath || !function || function->m_fastBody == 0 || !function->m_body)
+    if (!m_fastPath || !function || !function->m_body)
         return false;
     if (function->m_fastBody < 0) {
         function->m_fastSteps.clear();
@@ -312,8 +442,11 @@ bool CNode_Function::EvaluateFast(double &out)
             function->m_fastBody = 1;
         } else {
             function->m_fastBody = 0;
-            return false;
         }
+    }
+    if (function->m_fastBody == 0) {
+        closeFastPath(this);
+        return false;
     }
     CEquationTree *owner = function->m_owner ? function->m_owner : m_tree;
     // The limits and a stop are the ordinary path's to report, and a run
@@ -351,5 +484,6 @@ bool CNode_Function::EvaluateFast(double &out)
     // are the calls of this function from now on, so that a recursion that
     // gives up deep down is not tried again at every level.
     function->m_fastBody = 0;
+    closeFastPath(this);
     return false;
 }

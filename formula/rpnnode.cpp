@@ -303,6 +303,8 @@ void PrepareFastPath(CRpnNode *root)
         }
         node->m_fastValue = fastValue;
         node->m_fastPath = fast;
+        // (Not a call: a function may give a number with its display exponent.)
+        node->m_plainNumber = fastValue && node->IsOperation() && !node->IsFunctionCall();
         node->m_fastOp = fastOpOf(node->GetKind());
         const auto link = [](const CRpnNode *n) {
             return n && (n->m_fastOp == RPN_FAST_OP_ADD || n->m_fastOp == RPN_FAST_OP_SUBTRACT
@@ -321,9 +323,7 @@ void PrepareFastPath(CRpnNode *root)
         node->m_chainHead = length >= kLoopChainLinks;
         if (node->GetKind() == RPN_NODE_ASSIGN) {
             const CRpnNode *left = node->GetOperand(0), *right = node->GetOperand(1);
-            // (Not a call: a function may give a number with its display exponent.)
-            node->m_plainStore = left && right && left->m_variableNode && right->m_fastValue && right->IsOperation()
-                && !right->IsFunctionCall();
+            node->m_plainStore = left && right && left->m_variableNode && right->m_plainNumber;
         }
     }
 }

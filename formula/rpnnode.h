@@ -333,6 +333,10 @@ public:
     // Set by PrepareFastPath on a plain `=` whose left side is a variable and
     // whose right side is an operation that may give a double.
     bool m_plainStore = false;
+    // Set by PrepareFastPath on an operation (not a call of a script
+    // function) that may give a double: where EvaluateFast gives one, its
+    // value is exactly that REAL, without a display exponent.
+    bool m_plainNumber = false;
     // The node is a CNodeVariable (AsVariable without a virtual call).
     bool m_variableNode = false;
     // Set by PrepareFastPath on the operators whose ApplyReal is plain

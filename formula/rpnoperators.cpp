@@ -3,6 +3,8 @@
 
 #include "formula/rpnoperators.h"
 
+#include "formula/rpnsharedcells.h"
+
 #include <QVarLengthArray>
 
 #include "formula/rpnbuffer.h"
@@ -234,23 +236,29 @@ void CNodeSingleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnDa
     case RPN_ARRAY: {
         // Arrays in arrays are gone into with a stack of their own; the
         // other cells go through Apply.
+        // An array that several cells hold is worked once (see rpnsharedcells.h).
         struct Level
         {
             CRpnData in, out;
             int next;
+            bool keep;
         };
         std::vector<Level> stack;
-        const auto enter = [&stack](const CRpnData &in) {
-            Level level{in, CRpnData(), 0};
+        CRpnSharedCells shared;
+        const CRpnData nothing;
+        const auto enter = [&stack](const CRpnData &in, bool keep) {
+            Level level{in, CRpnData(), 0, keep};
             level.out.SetArray(in.GetSize());
             stack.push_back(std::move(level));
         };
-        enter(a);
+        enter(a, false);
         CRpnData done;
         while (!stack.empty()) {
             Level &level = stack.back();
             if (level.next == level.in.GetSize()) {
                 done = std::move(level.out);
+                if (level.keep)
+                    shared.Keep(level.in, nothing, done);
                 stack.pop_back();
                 if (!stack.empty()) {
                     Level &up = stack.back();
@@ -260,7 +268,12 @@ void CNodeSingleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnDa
             }
             const CRpnData &cell = level.in.GetItems()[level.next];
             if (cell.GetKind() == RPN_ARRAY) {
-                enter(cell); // `level` is not used after this
+                const bool keep = CRpnSharedCells::IsShared(cell, 0);
+                if (const CRpnData *made = keep ? shared.Find(cell, nothing) : nullptr) {
+                    level.out.GetItems()[level.next++] = *made;
+                    continue;
+                }
+                enter(cell, keep); // `level` is not used after this
                 continue;
             }
             unsigned char st = 1;
@@ -426,7 +439,19 @@ void CNodeDoubleOperand::combine(CRpnData &a, const CRpnData &b, CRpnData &resul
 {
     if (a.IsReal() && b.IsReal()) {
         // Two REALs under an operator whose value arithmetic is the plain
-        // double operation: the double, without the value arithmetic's detour.
+        // double operation: the double, without the value arithmetic's detour
+        // (and for the operations marked by PrepareFastPath without a call).
+        const double x = a.GetRealValue(), y = b.GetRealValue();
+        switch (m_fastOp) {
+        case RPN_FAST_OP_ADD: result.SetDouble(x + y); return;
+        case RPN_FAST_OP_SUBTRACT: result.SetDouble(x - y); return;
+        case RPN_FAST_OP_MULTIPLY: result.SetDouble(x * y); return;
+        case RPN_FAST_OP_LESS: result.SetDouble(x < y ? 1.0 : 0.0); return;
+        case RPN_FAST_OP_GREATER: result.SetDouble(x > y ? 1.0 : 0.0); return;
+        case RPN_FAST_OP_LESS_EQUAL: result.SetDouble(x <= y ? 1.0 : 0.0); return;
+        case RPN_FAST_OP_GREATER_EQUAL: result.SetDouble(x >= y ? 1.0 : 0.0); return;
+        default: break;
+        }
         switch (GetKind()) {
         case RPN_NODE_PLUS:
         case RPN_NODE_MINUS:
@@ -462,16 +487,19 @@ void CNodeDoubleOperand::applyToArrays(CRpnData &result, const CRpnData &a, cons
 {
     // One level of the walk: two operands of which one at least is an array
     // (a CURVE counts as one of no elements), and the cells made so far.
+    // A pair that holds an array that several cells hold is worked once
+    // (see rpnsharedcells.h).
     struct Level
     {
         CRpnData a, b, out;
         int next, count;
-        bool aArray, bArray;
+        bool aArray, bArray, keep;
     };
     std::vector<Level> stack;
+    CRpnSharedCells shared;
     // Plain doubles (two ARRAY_R, or one with a scalar read once) are done
     // at once into `done` (true); anything else becomes a level.
-    const auto start = [&](const CRpnData &x, const CRpnData &y, CRpnData &done) {
+    const auto start = [&](const CRpnData &x, const CRpnData &y, CRpnData &done, bool keep = false) {
         const bool xArray = x.IsArrayOrCurve(), yArray = y.IsArrayOrCurve();
         const int n = xArray && yArray ? std::min(x.GetSize(), y.GetSize()) : xArray ? x.GetSize() : y.GetSize();
         const bool xReals = x.GetKind() == RPN_ARRAY_R, yReals = y.GetKind() == RPN_ARRAY_R;
@@ -490,7 +518,7 @@ void CNodeDoubleOperand::applyToArrays(CRpnData &result, const CRpnData &a, cons
             }
             return true;
         }
-        Level level{x, y, CRpnData(), 0, n, xArray, yArray};
+        Level level{x, y, CRpnData(), 0, n, xArray, yArray, keep};
         level.out.SetArray(n);
         stack.push_back(std::move(level));
         return false;
@@ -505,6 +533,8 @@ void CNodeDoubleOperand::applyToArrays(CRpnData &result, const CRpnData &a, cons
         Level &level = stack.back();
         if (level.next == level.count) {
             done = std::move(level.out);
+            if (level.keep)
+                shared.Keep(level.a, level.b, done);
             stack.pop_back();
             if (!stack.empty()) {
                 Level &up = stack.back();
@@ -520,8 +550,16 @@ void CNodeDoubleOperand::applyToArrays(CRpnData &result, const CRpnData &a, cons
             Apply(cell, x, y, st);
             if (st == 0)
                 status = 0;
-        } else if (!DecidesPair(cell, x, y) && !start(x, y, cell)) {
-            continue; // a new level; `level` is not used after this
+        } else if (!DecidesPair(cell, x, y)) {
+            // x and y are copies of their cells, one handle each of the walk's
+            // own.  A side spread over the other's cells is the same in every
+            // pair, so the pair repeats when the cell does.
+            const bool keep = (level.aArray && CRpnSharedCells::IsShared(x, 1))
+                || (level.bArray && CRpnSharedCells::IsShared(y, 1));
+            if (const CRpnData *made = keep ? shared.Find(x, y) : nullptr)
+                cell = *made;
+            else if (!start(x, y, cell, keep))
+                continue; // a new level; `level` is not used after this
         }
         ++level.next;
     }
@@ -935,10 +973,25 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         CNodeVariable *variable = m_left->AsVariable();
         CRpnData *slot = variable ? variable->FindStorage() : nullptr;
         if (slot && slot->IsString()) {
-            // The node's own copy of the last value read must not count as a sharer.
+            // The node's own copy of the last value read must not count as a
+            // sharer, nor what the last append left as the caller's value
+            // (a loop whose body is this one statement hands that back).
             if (variable->m_value.IsSameAs(*slot))
                 variable->m_value.SetNull();
-            if (slot->AppendText(value.GetTextValue())) {
+            if (&result != slot && result.IsSameAs(*slot))
+                result.SetNull();
+            bool appended;
+            if (value.IsSameAs(*slot)) {
+                // `s += s`: the value read is the text itself; without that
+                // read's share the text is appended to itself where it lies.
+                value.SetNull();
+                appended = slot->AppendOwnText();
+                if (!appended)
+                    value = *slot; // shared elsewhere: the sum below makes a new text
+            } else {
+                appended = slot->AppendText(value.GetTextValue());
+            }
+            if (appended) {
                 result = *slot;
                 if (m_tree)
                     m_tree->LogVariable(variable->m_name, result);
@@ -961,7 +1014,7 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         }
         value = std::move(combined);
     }
-    CNodeVariable *variable = m_left->AsVariable();
+    CNodeVariable *variable = m_left->m_variableNode ? static_cast<CNodeVariable *>(m_left) : nullptr;
     if (value.GetKind() == RPN_CURVE && variable)
         variable->SetMark(CNodeVariable::MarkCurve, true);
     // Value semantics for arrays: a shared one is copied before it is stored.
@@ -969,6 +1022,19 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         CRpnData copy = value;
         copy.DeepCopy(value);
         value = std::move(copy);
+    }
+    if (variable && variable->m_slot >= 0 && m_tree && variable->m_tree == m_tree) {
+        // A local of the running call: the slot and the node's copy take
+        // the value, as SetValue would give it them.
+        CRpnCallFrame *frame = m_tree->GetCallFrame();
+        if (frame && frame->GetFunction() == variable->m_slotFunction && !variable->IsConstant()) {
+            frame->SetSlot(variable->m_slot, value);
+            variable->m_value = value;
+            result = std::move(value);
+            if (m_tree->Environment().IsLogging())
+                logStored(m_tree, m_left);
+            return;
+        }
     }
     Store(this, m_left, value, result, status);
     if (m_tree && status != 0 && m_tree->Environment().IsLogging())

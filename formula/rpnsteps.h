@@ -54,57 +54,98 @@ struct CRpnStep
 #define RPN_STEPS_INLINE inline
 #endif
 
+// One step of the codes that need no node, on its operands' values; false
+// where a guarded step fails (`out` is then not written).  The steps below
+// and the row kernels of a series (rpnrowprogram.cpp) both compute here, so
+// that a kernel gives bit for bit what the steps give.
+template <CRpnStep::Code K>
+RPN_STEPS_INLINE bool RpnStep(double a, double b, double c, double &out)
+{
+    using S = CRpnStep;
+    if constexpr (K == S::Move) out = a;
+    else if constexpr (K == S::Add) out = a + b;
+    else if constexpr (K == S::Subtract) out = a - b;
+    else if constexpr (K == S::Multiply) out = a * b;
+    else if constexpr (K == S::MultiplyCut) out = a == 0.0 ? a : a * b;
+    else if constexpr (K == S::Divide) out = a / b;
+    else if constexpr (K == S::Modulo) out = std::fmod(a, b);
+    else if constexpr (K == S::Negate) out = -a;
+    else if constexpr (K == S::Less) out = a < b ? 1.0 : 0.0;
+    else if constexpr (K == S::Greater) out = a > b ? 1.0 : 0.0;
+    else if constexpr (K == S::LessEqual) out = a <= b ? 1.0 : 0.0;
+    else if constexpr (K == S::GreaterEqual) out = a >= b ? 1.0 : 0.0;
+    else if constexpr (K == S::NotEqualBoth) out = a != 0.0 && b != 0.0 ? 1.0 : 0.0;
+    else if constexpr (K == S::AndCut) out = a == 0.0 ? a : (b != 0.0 ? 1.0 : 0.0);
+    else if constexpr (K == S::EitherNotZero) out = a != 0.0 || b != 0.0 ? 1.0 : 0.0;
+    else if constexpr (K == S::IsZero) out = a == 0.0 ? 1.0 : 0.0;
+    else if constexpr (K == S::Power) out = RpnPower(a, b);
+    else if constexpr (K == S::Square) out = a * a;
+    else if constexpr (K == S::Select) out = c != 0.0 ? a : b;
+    else if constexpr (K == S::MultiplyAdd) {
+        const double product = a == 0.0 ? a : a * b;
+        out = product + c;
+    } else if constexpr (K == S::DivideChecked) {
+        if (b == 0.0)
+            return false;
+        out = a / b;
+    } else if constexpr (K == S::ModuloChecked) {
+        if (b == 0.0)
+            return false;
+        out = std::fmod(a, b);
+    } else {
+        static_assert(K == S::Move, "this step needs its node");
+    }
+    return true;
+}
+
 // Runs the steps from `s` to `end`; false at the first step that fails.
 // Always inlined: a row of a series is often two or three steps, and the
 // call would cost as much as they do.
 RPN_STEPS_INLINE bool RpnRunSteps(const CRpnStep *s, const CRpnStep *end)
 {
+    using S = CRpnStep;
     for (; s != end; ++s) {
         const double a = *s->a;
+        // A step reads only the operands it has (a unary step of a loop
+        // may have no second one).
         switch (s->code) {
-        case CRpnStep::Move: *s->out = a; break;
-        case CRpnStep::Add: *s->out = a + *s->b; break;
-        case CRpnStep::Subtract: *s->out = a - *s->b; break;
-        case CRpnStep::Multiply: *s->out = a * *s->b; break;
-        case CRpnStep::MultiplyCut: *s->out = a == 0.0 ? a : a * *s->b; break;
-        case CRpnStep::Divide: *s->out = a / *s->b; break;
-        case CRpnStep::Modulo: *s->out = std::fmod(a, *s->b); break;
-        case CRpnStep::Negate: *s->out = -a; break;
-        case CRpnStep::Less: *s->out = a < *s->b ? 1.0 : 0.0; break;
-        case CRpnStep::Greater: *s->out = a > *s->b ? 1.0 : 0.0; break;
-        case CRpnStep::LessEqual: *s->out = a <= *s->b ? 1.0 : 0.0; break;
-        case CRpnStep::GreaterEqual: *s->out = a >= *s->b ? 1.0 : 0.0; break;
-        case CRpnStep::NotEqualBoth: *s->out = a != 0.0 && *s->b != 0.0 ? 1.0 : 0.0; break;
-        case CRpnStep::AndCut: *s->out = a == 0.0 ? a : (*s->b != 0.0 ? 1.0 : 0.0); break;
-        case CRpnStep::EitherNotZero: *s->out = a != 0.0 || *s->b != 0.0 ? 1.0 : 0.0; break;
-        case CRpnStep::IsZero: *s->out = a == 0.0 ? 1.0 : 0.0; break;
-        case CRpnStep::Power: *s->out = RpnPower(a, *s->b); break;
-        case CRpnStep::Square: *s->out = a * a; break;
-        case CRpnStep::Select: *s->out = *s->c != 0.0 ? a : *s->b; break;
-        case CRpnStep::MultiplyAdd: {
-            const double product = a == 0.0 ? a : a * *s->b;
-            *s->out = product + *s->c;
-            break;
-        }
-        case CRpnStep::DivideChecked:
-            if (*s->b == 0.0)
+        case S::Move: RpnStep<S::Move>(a, 0.0, 0.0, *s->out); break;
+        case S::Add: RpnStep<S::Add>(a, *s->b, 0.0, *s->out); break;
+        case S::Subtract: RpnStep<S::Subtract>(a, *s->b, 0.0, *s->out); break;
+        case S::Multiply: RpnStep<S::Multiply>(a, *s->b, 0.0, *s->out); break;
+        case S::MultiplyCut: RpnStep<S::MultiplyCut>(a, *s->b, 0.0, *s->out); break;
+        case S::Divide: RpnStep<S::Divide>(a, *s->b, 0.0, *s->out); break;
+        case S::Modulo: RpnStep<S::Modulo>(a, *s->b, 0.0, *s->out); break;
+        case S::Negate: RpnStep<S::Negate>(a, 0.0, 0.0, *s->out); break;
+        case S::Less: RpnStep<S::Less>(a, *s->b, 0.0, *s->out); break;
+        case S::Greater: RpnStep<S::Greater>(a, *s->b, 0.0, *s->out); break;
+        case S::LessEqual: RpnStep<S::LessEqual>(a, *s->b, 0.0, *s->out); break;
+        case S::GreaterEqual: RpnStep<S::GreaterEqual>(a, *s->b, 0.0, *s->out); break;
+        case S::NotEqualBoth: RpnStep<S::NotEqualBoth>(a, *s->b, 0.0, *s->out); break;
+        case S::AndCut: RpnStep<S::AndCut>(a, *s->b, 0.0, *s->out); break;
+        case S::EitherNotZero: RpnStep<S::EitherNotZero>(a, *s->b, 0.0, *s->out); break;
+        case S::IsZero: RpnStep<S::IsZero>(a, 0.0, 0.0, *s->out); break;
+        case S::Power: RpnStep<S::Power>(a, *s->b, 0.0, *s->out); break;
+        case S::Square: RpnStep<S::Square>(a, 0.0, 0.0, *s->out); break;
+        case S::Select: RpnStep<S::Select>(a, *s->b, *s->c, *s->out); break;
+        case S::MultiplyAdd: RpnStep<S::MultiplyAdd>(a, *s->b, *s->c, *s->out); break;
+        case S::DivideChecked:
+            if (!RpnStep<S::DivideChecked>(a, *s->b, 0.0, *s->out))
                 return false;
-            *s->out = a / *s->b;
             break;
-        case CRpnStep::ModuloChecked:
-            if (*s->b == 0.0)
+        case S::ModuloChecked:
+            if (!RpnStep<S::ModuloChecked>(a, *s->b, 0.0, *s->out))
                 return false;
-            *s->out = std::fmod(a, *s->b);
             break;
-        case CRpnStep::Apply1:
-        case CRpnStep::Apply2: {
+        case S::Apply1:
+        case S::Apply2: {
             unsigned char status = 1;
-            *s->out = s->node->ApplyReal(a, s->code == CRpnStep::Apply2 ? *s->b : 0.0, status);
+            *s->out = s->node->ApplyReal(a, s->code == S::Apply2 ? *s->b : 0.0, status);
             if (status != 1)
                 return false;
             break;
         }
-        case CRpnStep::Truth: {
+        case S::Truth: {
             CRpnData value;
             unsigned char status = 1;
             s->node->Evaluate(value, status);

@@ -88,6 +88,7 @@ void CRpnUserFunction::BindSlots(bool caseSensitive)
     m_caseSensitive = caseSensitive;
     m_fastBody = -1;
     m_fastSteps.clear();
+    m_bodySteps.clear();
     m_slotNames.clear();
     m_slotIndex.clear();
     dropSpareFrames();

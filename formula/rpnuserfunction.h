@@ -47,6 +47,11 @@ public:
         entries()[i].value = std::move(value);
         entries()[i].set = true;
     }
+    void SetDoubleSlot(int i, double x)
+    {
+        entries()[i].value.SetDouble(x);
+        entries()[i].set = true;
+    }
     // By name: the slots, then the names made at run time; null when unknown.
     CRpnData *Find(const QString &name);
     void Set(const QString &name, const CRpnData &value);
@@ -110,6 +115,27 @@ struct CRpnFastStep
     CRpnNode *expr = nullptr; // not owned: a node of the body
 };
 
+// One step of a body that ends in `return`, run the ordinary way (any
+// values): the blocks and the `if`s of the body laid out in a row, and
+// every other statement a step of its own, run by its node.  A call runs
+// them with a loop instead of walking the blocks.
+struct CRpnBodyStep
+{
+    enum Code : std::uint8_t {
+        Run,    // `node` is a statement, run for its effect
+        Test,   // `node` is the condition of the `if` `at`; when false, go on at `target`
+        Return, // `at` is a `return` of `node` (null: of the empty value)
+        Jump,   // go on at `target`
+    };
+    Code code = Jump;
+    int target = 0;
+    CRpnNode *node = nullptr;  // not owned: a node of the body
+    CRpnNode *at = nullptr;    // the `if` or `return` of a step
+    // The statement of a block that holds the step's node (or the node
+    // itself): where a failure that left no message is noted.
+    CRpnNode *noted = nullptr;
+};
+
 class CRpnUserFunction
 {
 public:
@@ -167,6 +193,9 @@ public:
     std::int8_t m_fastBody = -1;
     // The body as steps for the fast path, laid out when m_fastBody turns 1.
     std::vector<CRpnFastStep> m_fastSteps;
+    // The body as steps for the ordinary way, laid out at the first call of
+    // a body that ends in `return` (empty until then, and for other bodies).
+    std::vector<CRpnBodyStep> m_bodySteps;
 
 private:
     void dropSpareFrames();

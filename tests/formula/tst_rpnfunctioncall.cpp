@@ -1,6 +1,7 @@
 // Calls of script functions: arguments go straight into the call's frame,
-// frames are kept for the next call of the same depth, and a body on plain
-// numbers runs as a row of steps.  Each script is compiled once and run
+// frames are kept for the next call of the same depth, a body on plain
+// numbers runs as a row of steps, and so does any other body that ends in
+// `return` (the ordinary way, on any values).  Each script is compiled once and run
 // twice, so that what one run leaves behind (a frame not emptied, a depth
 // not counted back) shows in the second.
 
@@ -126,6 +127,71 @@ const CallCase kCalls[] = {
     // A body on numbers that meets a text falls back to the ordinary way.
     {"short_way_gives_up_deep",
      "function f(n, s) { if (n == 0) { return s }; return f(n - 1, s) + 1 }; f(3, 2) + f(3, \"2\")", "REAL:10"},
+    // Bodies with texts run the ordinary way, laid out as steps: branches,
+    // a condition on a text, a `return` in a loop, an `if` without braces.
+    {"text_body_recursion",
+     "function g(n) { s = \"x\"; if (n < 2) { return n }; return g(n - 1) + g(n - 2) }; g(15)", "REAL:610"},
+    {"text_body_nested_if",
+     "function g(t) { s = \"\"; if (t > 0) { if (t > 5) { return \"big\" } } else { return \"neg\" }; "
+     "return \"small\" }; g(-3) + g(3) + g(8)",
+     "STRING:negsmallbig"},
+    {"text_condition",
+     "function g(s) { if (s == \"a\") { return 1 } else { if (s == \"b\") { return 2 } }; return 3 }; "
+     "g(\"a\") * 100 + g(\"b\") * 10 + g(\"c\")",
+     "REAL:123"},
+    {"return_from_loop_in_body",
+     "function g(n) { s = \"x\"; i = 0; while (i < 10) { if (i == n) { return i * 2 }; i++ }; return s }; "
+     "{g(3), g(20)}",
+     "ARRAY:{6,x}"},
+    {"if_without_braces", "function g(n) { s = \"\"; if (n > 0) return s + \"p\"; return s + \"n\" }; g(1) + g(0)",
+     "STRING:pn"},
+    {"texts_and_numbers_mixed",
+     "function g(n) { s = \"n\"; t = n * 2; if (t > 6) { s += \"big\" }; u = t + 1; return {s, u} }; {g(3), g(4)}",
+     "ARRAY:{{n,7},{nbig,9}}"},
+    // An argument that is an operation goes into its slot as a plain
+    // number; a written one keeps its display exponent.
+    {"argument_exponent_kept", "function g(a) { s = \"\"; return a }; {g(2k), g(2k + 0)}", "ARRAY:{2k,2000}"},
+    // A statement after a `return` in a branch does not run; the one after
+    // the `if` runs when the branch is not taken.
+    {"after_return_not_run",
+     "k = 0; function g(n) { s = \"\"; if (n) { return 1; MainVariables[\"k\"] = 5 }; "
+     "MainVariables[\"k\"] = MainVariables[\"k\"] + 1; return 2 }; {g(1), g(0), g(0), k}",
+     "ARRAY:{0,{1,2,2,2}}"},
+    // Globals only through their name; a local named like a global stays local.
+    {"globals_from_text_body",
+     "c = 10; function g(n) { s = \"x\"; c = n; return MainVariables[\"c\"] + c }; {g(1), c}",
+     "ARRAY:{10,{11,10}}"},
+    // Arguments by value: a parameter given a new value leaves the caller's
+    // variable as it was; by reference the variable takes it, also when the
+    // body fails afterwards.
+    {"argument_by_value",
+     "a = {1, 2}; function g(v) { s = \"x\"; v = {9}; return v }; {g(a), a}", "ARRAY:{{1,2},{{9},{1,2}}}"},
+    {"by_reference_text",
+     "x = \"a\"; function g(_ref v) { s = \"b\"; v = v + s; return 0 }; g(x); g(x); x", "ARRAY:{a,0,0,abb}"},
+    {"by_reference_kept_on_error",
+     "x = 1; function g(_ref v) { s = \"\"; v = 5; return 1 / 0 }; Catch(g(x)); x", "ARRAY:{1,,5}"},
+    // A call of a function that cannot take the short way, inside an
+    // expression on numbers: the expression goes the ordinary way from then
+    // on (the second run), with the same value.
+    {"ordinary_call_in_local_store",
+     "function g(n) { s = \"x\"; return n * 2 }; function f(n) { t = g(n) + 1; return t * 10 }; f(1) + f(2)",
+     "REAL:80"},
+    {"ordinary_call_in_iif", "function g(n) { s = \"x\"; return n }; function f(c) { return iif(c, g(5) - 1, 7) }; "
+     "f(1) * 10 + f(0)",
+     "REAL:47"},
+    {"gave_up_call_as_argument",
+     "function f(n, s) { return n + s }; function h(a, b) { return a * b }; {h(f(1, 2), 2), h(f(1, {2}), 2), "
+     "h(f(1, 2), 3)}",
+     "ARRAY:{6,{6},9}"},
+    // Depth and errors deep down on the ordinary way with a text in the body.
+    {"depth_at_limit_text", "function g(n) { s = \"x\"; if (n == 0) { return 0 }; return g(n - 1) + 1 }; g(199)",
+     "REAL:199"},
+    {"depth_over_limit_text", "function g(n) { s = \"x\"; if (n == 0) { return 0 }; return g(n - 1) + 1 }; g(200)",
+     "E43300@1,58"},
+    {"error_deep_text", "function g(n) { s = \"x\"; if (n == 0) { return 1 / n }; return g(n - 1) }; g(50)",
+     "E41655@1,48"},
+    {"error_in_condition_deep",
+     "function g(n) { s = \"x\"; if (n == 0 && 1 / n) { return 0 }; return g(n - 1) }; g(9)", "E41655@1,41"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Calls, CallScripts, ::testing::ValuesIn(kCalls),
@@ -175,6 +241,46 @@ TEST(CallPath, LoggedStoresOfLocalsAppearOnce)
         CRpnData value;
         ASSERT_EQ(tree.Run(value), 1) << c.text << " " << errorOf(tree);
         EXPECT_EQ(lines, c.lines) << c.text << ": " << lines.join(u'|');
+    }
+}
+
+// A computed column whose formula calls a function with a text in its body:
+// each row calls it the ordinary way with that row's x; a row whose call
+// fails is marked and the rows after it still count.
+TEST(CallPath, AColumnComputedByAFunctionWithATextInItsBody)
+{
+    constexpr int kRows = 5;
+    const double x[kRows] = {1.0, -2.0, 0.0, 4.0, 0.5};
+    const unsigned char xValid[kRows] = {1, 1, 1, 1, 1};
+    const struct
+    {
+        const char *text;
+        double values[kRows];
+        unsigned char valid[kRows];
+    } cases[] = {
+        {"function g(t) { s = \"r\"; if (t < 0) { return -t }; return t * 2 }; g(x)",
+         {2.0, 2.0, 0.0, 8.0, 1.0},
+         {1, 1, 1, 1, 1}},
+        {"function g(t) { s = \"r\"; return 1 / t }; g(x) + 1", {2.0, 0.5, 0.0, 1.25, 3.0}, {1, 1, 0, 1, 1}},
+        // Recursion in every row, and a local that is a text then a number.
+        {"function g(t) { s = \"r\"; if (t < 1) { return 0 }; s = t; return g(t - 1) + s }; g(x)",
+         {1.0, 0.0, 0.0, 10.0, 0.0},
+         {1, 1, 1, 1, 1}},
+    };
+    for (const auto &c : cases) {
+        CEquationTree tree;
+        tree.BindColumn(QStringLiteral("x"), x, xValid, kRows);
+        ASSERT_TRUE(tree.Compile(QString::fromUtf8(c.text), nullptr, true)) << c.text << " " << errorOf(tree);
+        double values[kRows] = {};
+        unsigned char valid[kRows] = {};
+        tree.EvaluateSeries(values, valid, 0, kRows - 1);
+        for (int r = 0; r < kRows; ++r) {
+            EXPECT_EQ(int(valid[r]), int(c.valid[r])) << c.text << " row " << r;
+            if (c.valid[r] == 1) {
+                EXPECT_EQ(values[r], c.values[r]) << c.text << " row " << r;
+            }
+        }
+        EXPECT_EQ(tree.GetCallFrame(), nullptr) << c.text;
     }
 }
 
