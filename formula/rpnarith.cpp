@@ -13,6 +13,7 @@
 
 #include "formula/rpnmatrix.h"
 #include "formula/rpnseams.h"
+#include "formula/rpnsharedcells.h"
 #include "support/xmlelement.h"
 
 #include <cmath>
@@ -390,31 +391,36 @@ bool goesCellByCell(int op, const CRpnData &a, const CRpnData &b)
 CRpnData shallowOp(int op, const CRpnData &a, const CRpnData &b);
 
 // Arrays in arrays to any depth: the cells are worked from a stack of levels
-// rather than by recursion, so that a list nested 20,000 deep adds up.
+// rather than by recursion, so that a list nested 20,000 deep adds up.  A
+// pair that holds an array that several cells hold is worked once (see
+// rpnsharedcells.h).
 CRpnData cellByCell(int op, const CRpnData &a, const CRpnData &b)
 {
     struct Level
     {
         CRpnData a, b, out;
         int next, count;
-        bool arrayA, arrayB;
+        bool arrayA, arrayB, keep;
     };
     std::vector<Level> stack;
-    const auto enter = [&stack](const CRpnData &x, const CRpnData &y) {
+    CRpnSharedCells shared;
+    const auto enter = [&stack](const CRpnData &x, const CRpnData &y, bool keep) {
         const bool arrayX = x.IsArrayOrCurve(), arrayY = y.IsArrayOrCurve();
         // The smaller size; extra elements are dropped.  A curve counts as empty.
         const int n = arrayX && arrayY ? std::min(x.GetSize(), y.GetSize()) : arrayX ? x.GetSize() : y.GetSize();
-        Level level{x, y, CRpnData(), 0, n, arrayX, arrayY};
+        Level level{x, y, CRpnData(), 0, n, arrayX, arrayY, keep};
         level.out.SetArray(n);
         stack.push_back(std::move(level));
     };
-    enter(a, b);
+    enter(a, b, false);
     CRpnData done;
     while (!stack.empty()) {
         Level &level = stack.back();
         if (level.next == level.count) {
             done = std::move(level.out);
             setMatrixBit(done, (level.arrayA ? matrixBit(level.a) : 0) | (level.arrayB ? matrixBit(level.b) : 0));
+            if (level.keep)
+                shared.Keep(level.a, level.b, done);
             stack.pop_back();
             if (!stack.empty()) {
                 Level &up = stack.back();
@@ -425,7 +431,15 @@ CRpnData cellByCell(int op, const CRpnData &a, const CRpnData &b)
         const CRpnData x = level.arrayA ? level.a.GetAt(level.next) : level.a;
         const CRpnData y = level.arrayB ? level.b.GetAt(level.next) : level.b;
         if (!zeroDivisor(op, x, y) && goesCellByCell(op, x, y)) {
-            enter(x, y); // `level` is not used after this
+            // x and y are copies of their cells, one handle each of the
+            // walk's own; a side spread over the other's cells repeats with it.
+            const bool keep = (level.arrayA && CRpnSharedCells::IsShared(x, 1))
+                || (level.arrayB && CRpnSharedCells::IsShared(y, 1));
+            if (const CRpnData *made = keep ? shared.Find(x, y) : nullptr) {
+                level.out.GetItems()[level.next++] = *made;
+                continue;
+            }
+            enter(x, y, keep); // `level` is not used after this
             continue;
         }
         level.out.GetItems()[level.next++] = zeroDivisor(op, x, y) ? CRpnData(0.0) : shallowOp(op, x, y);

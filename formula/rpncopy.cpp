@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -67,10 +68,15 @@ void CRpnData::DeepCopy(const CRpnData &from)
         break;
     case RPN_ARRAY: {
         // Arrays inside arrays are copied from a list of pending pairs
-        // (source, fresh copy), not by recursion: they may nest deeply.
+        // (source, fresh copy), not by recursion: they may nest deeply.  An
+        // array that several cells hold is copied once, and its copy is held
+        // by the same cells of the copy: the copy shares within itself what
+        // the original shares (a value built by thirty doublings is thirty
+        // arrays, not a billion cells), and nothing with the original.
         copy.SetArray(p->m_count);
         copy.m_u.p->m_flags = p->m_flags & ~RPN_FLAG_BORROWED;
         std::vector<std::pair<const CRpnPayload *, CRpnPayload *>> pending{{p, copy.m_u.p}};
+        std::unordered_map<const CRpnPayload *, CRpnData> copied;
         while (!pending.empty()) {
             const auto [source, target] = pending.back();
             pending.pop_back();
@@ -80,9 +86,19 @@ void CRpnData::DeepCopy(const CRpnData &from)
                 if (isImmutableKind(item.GetKind())) {
                     slot = item;
                 } else if (item.GetKind() == RPN_ARRAY) {
+                    const bool shared = item.m_u.p->m_refs > 1;
+                    if (shared) {
+                        const auto it = copied.find(item.m_u.p);
+                        if (it != copied.end()) {
+                            slot = it->second;
+                            continue;
+                        }
+                    }
                     slot.SetArray(item.m_u.p->m_count);
                     slot.m_u.p->m_flags = item.m_u.p->m_flags & ~RPN_FLAG_BORROWED;
                     pending.emplace_back(item.m_u.p, slot.m_u.p);
+                    if (shared)
+                        copied.emplace(item.m_u.p, slot);
                 } else {
                     slot.DeepCopy(item);
                 }
@@ -146,13 +162,41 @@ void CRpnData::CopyRange(const CRpnData &from, int start, int length)
             if (n > 0)
                 std::memcpy(copy.m_u.p->m_reals, p->m_reals + s, sizeof(double) * std::size_t(n));
         } else {
+            // The cells' arrays are copied whole from a list of pending pairs
+            // (source, fresh copy) rather than by recursion, as DeepCopy
+            // does, and one that several cells hold is copied once.
             copy.SetArray(int(n));
-            for (int i = 0; i < int(n); ++i) {
-                const CRpnData &item = p->m_items[s + i];
-                if (isImmutableKind(item.GetKind()))
-                    copy.m_u.p->m_items[i] = item;
-                else
-                    copy.m_u.p->m_items[i].CopyRange(item, 0, -1);
+            std::vector<std::pair<const CRpnPayload *, CRpnPayload *>> pending;
+            std::unordered_map<const CRpnPayload *, CRpnData> copied;
+            const auto copyCell = [&pending, &copied](const CRpnData &item, CRpnData &slot) {
+                if (isImmutableKind(item.GetKind())) {
+                    slot = item;
+                    return;
+                }
+                if (item.GetKind() != RPN_ARRAY) {
+                    slot.CopyRange(item, 0, -1); // holds no arrays of its own to go into
+                    return;
+                }
+                const bool shared = item.m_u.p->m_refs > 1;
+                if (shared) {
+                    const auto it = copied.find(item.m_u.p);
+                    if (it != copied.end()) {
+                        slot = it->second;
+                        return;
+                    }
+                }
+                slot.SetArray(item.m_u.p->m_count);
+                pending.emplace_back(item.m_u.p, slot.m_u.p);
+                if (shared)
+                    copied.emplace(item.m_u.p, slot);
+            };
+            for (int i = 0; i < int(n); ++i)
+                copyCell(p->m_items[s + i], copy.m_u.p->m_items[i]);
+            while (!pending.empty()) {
+                const auto [source, target] = pending.back();
+                pending.pop_back();
+                for (int i = 0; i < source->m_count; ++i)
+                    copyCell(source->m_items[i], target->m_items[i]);
             }
         }
         *this = std::move(copy);

@@ -251,6 +251,22 @@ public:
         }
     }
 
+    // What IsSameAs compares, as a number to go with the kind: the payload's
+    // address, or for the kinds held in the handle the bits of the number.
+    std::uint64_t GetIdentity() const
+    {
+        switch (m_kind) {
+        case RPN_NULL: return 0;
+        case RPN_INT: return std::uint32_t(m_u.i);
+        case RPN_REAL: {
+            std::uint64_t bits;
+            std::memcpy(&bits, &m_u.real, sizeof bits);
+            return bits;
+        }
+        default: return reinterpret_cast<std::uintptr_t>(m_u.p);
+        }
+    }
+
     // The display exponent of a REAL, from the engineering suffix it was written with.
     int GetDisplayExponent() const { return std::int8_t(GetFlags() & RPN_FLAG_EXPONENT_MASK); }
     void SetDisplayExponent(int exponent);

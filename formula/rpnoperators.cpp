@@ -3,6 +3,8 @@
 
 #include "formula/rpnoperators.h"
 
+#include "formula/rpnsharedcells.h"
+
 #include <QVarLengthArray>
 
 #include "formula/rpnbuffer.h"
@@ -234,23 +236,29 @@ void CNodeSingleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnDa
     case RPN_ARRAY: {
         // Arrays in arrays are gone into with a stack of their own; the
         // other cells go through Apply.
+        // An array that several cells hold is worked once (see rpnsharedcells.h).
         struct Level
         {
             CRpnData in, out;
             int next;
+            bool keep;
         };
         std::vector<Level> stack;
-        const auto enter = [&stack](const CRpnData &in) {
-            Level level{in, CRpnData(), 0};
+        CRpnSharedCells shared;
+        const CRpnData nothing;
+        const auto enter = [&stack](const CRpnData &in, bool keep) {
+            Level level{in, CRpnData(), 0, keep};
             level.out.SetArray(in.GetSize());
             stack.push_back(std::move(level));
         };
-        enter(a);
+        enter(a, false);
         CRpnData done;
         while (!stack.empty()) {
             Level &level = stack.back();
             if (level.next == level.in.GetSize()) {
                 done = std::move(level.out);
+                if (level.keep)
+                    shared.Keep(level.in, nothing, done);
                 stack.pop_back();
                 if (!stack.empty()) {
                     Level &up = stack.back();
@@ -260,7 +268,12 @@ void CNodeSingleOperand::Apply(CRpnData &result, const CRpnData &a, const CRpnDa
             }
             const CRpnData &cell = level.in.GetItems()[level.next];
             if (cell.GetKind() == RPN_ARRAY) {
-                enter(cell); // `level` is not used after this
+                const bool keep = CRpnSharedCells::IsShared(cell, 0);
+                if (const CRpnData *made = keep ? shared.Find(cell, nothing) : nullptr) {
+                    level.out.GetItems()[level.next++] = *made;
+                    continue;
+                }
+                enter(cell, keep); // `level` is not used after this
                 continue;
             }
             unsigned char st = 1;
@@ -480,16 +493,19 @@ void CNodeDoubleOperand::applyToArrays(CRpnData &result, const CRpnData &a, cons
 {
     // One level of the walk: two operands of which one at least is an array
     // (a CURVE counts as one of no elements), and the cells made so far.
+    // A pair that holds an array that several cells hold is worked once
+    // (see rpnsharedcells.h).
     struct Level
     {
         CRpnData a, b, out;
         int next, count;
-        bool aArray, bArray;
+        bool aArray, bArray, keep;
     };
     std::vector<Level> stack;
+    CRpnSharedCells shared;
     // Plain doubles (two ARRAY_R, or one with a scalar read once) are done
     // at once into `done` (true); anything else becomes a level.
-    const auto start = [&](const CRpnData &x, const CRpnData &y, CRpnData &done) {
+    const auto start = [&](const CRpnData &x, const CRpnData &y, CRpnData &done, bool keep = false) {
         const bool xArray = x.IsArrayOrCurve(), yArray = y.IsArrayOrCurve();
         const int n = xArray && yArray ? std::min(x.GetSize(), y.GetSize()) : xArray ? x.GetSize() : y.GetSize();
         const bool xReals = x.GetKind() == RPN_ARRAY_R, yReals = y.GetKind() == RPN_ARRAY_R;
@@ -508,7 +524,7 @@ void CNodeDoubleOperand::applyToArrays(CRpnData &result, const CRpnData &a, cons
             }
             return true;
         }
-        Level level{x, y, CRpnData(), 0, n, xArray, yArray};
+        Level level{x, y, CRpnData(), 0, n, xArray, yArray, keep};
         level.out.SetArray(n);
         stack.push_back(std::move(level));
         return false;
@@ -523,6 +539,8 @@ void CNodeDoubleOperand::applyToArrays(CRpnData &result, const CRpnData &a, cons
         Level &level = stack.back();
         if (level.next == level.count) {
             done = std::move(level.out);
+            if (level.keep)
+                shared.Keep(level.a, level.b, done);
             stack.pop_back();
             if (!stack.empty()) {
                 Level &up = stack.back();
@@ -538,8 +556,16 @@ void CNodeDoubleOperand::applyToArrays(CRpnData &result, const CRpnData &a, cons
             Apply(cell, x, y, st);
             if (st == 0)
                 status = 0;
-        } else if (!DecidesPair(cell, x, y) && !start(x, y, cell)) {
-            continue; // a new level; `level` is not used after this
+        } else if (!DecidesPair(cell, x, y)) {
+            // x and y are copies of their cells, one handle each of the walk's
+            // own.  A side spread over the other's cells is the same in every
+            // pair, so the pair repeats when the cell does.
+            const bool keep = (level.aArray && CRpnSharedCells::IsShared(x, 1))
+                || (level.bArray && CRpnSharedCells::IsShared(y, 1));
+            if (const CRpnData *made = keep ? shared.Find(x, y) : nullptr)
+                cell = *made;
+            else if (!start(x, y, cell, keep))
+                continue; // a new level; `level` is not used after this
         }
         ++level.next;
     }

@@ -14,6 +14,8 @@
 #include "support/stackroom.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 // Builds the steps with indices into the cells (which grow while building)
 // and gives them their addresses at the end.
@@ -81,7 +83,6 @@ public:
             if (path != RPN_REAL_PATH_PLAIN && path != RPN_REAL_PATH_ROW)
                 return false;
             step.code = count == 2 ? CRpnStep::Apply2 : CRpnStep::Apply1;
-            p.m_applies = true;
             break;
         }
         if (count == 1)
@@ -334,9 +335,7 @@ private:
                                             || condition->GetKind() == RPN_NODE_NOT_EQUAL);
         if (compared ? !invariantTruth(condition, step.c) : !expression(condition, step.c, depth + 1))
             return false;
-        if (!expression(node->GetOperand(1), step.a, depth + 1)
-            || !expression(node->GetOperand(1), step.a, depth + 1)
-            || !expression(node->GetOperand(2), step.b, depth + 1))
+        if (!expression(node->GetOperand(1), step.a, depth + 1) || !expression(node->GetOperand(2), step.b, depth + 1))
             return false;
         out = step.out = temporary();
         m_plan.push_back(step);
@@ -392,7 +391,131 @@ std::unique_ptr<CRpnRowProgram> CRpnRowProgram::Build(CEquationTree *tree, CRpnN
     builder.finish(result);
     program->m_getter = reinterpret_cast<void *>(tree->m_getVariable);
     program->m_pure = program->m_hostReads.empty() && program->m_placeReads.empty() && program->m_writes.empty();
+    program->m_active.reserve(program->m_steps.size());
+    program->m_live.assign(program->m_cells.size(), 0);
+    // A statement whose value nobody reads still runs, as in the tree
+    // (and may fail there): its cell is read as far as leaving steps out
+    // goes.
+    program->m_active.assign(program->m_steps.begin(), program->m_steps.end());
+    program->m_activeResult = program->m_result;
+    program->markLive();
+    for (const CRpnStep &step : program->m_steps) {
+        if (!program->m_live[std::size_t(step.out - program->m_cells.data())])
+            program->m_unread.push_back(step.out);
+    }
     return program;
+}
+
+void CRpnRowProgram::markLive()
+{
+    const double *cells = m_cells.data();
+    std::fill(m_live.begin(), m_live.end(), 0);
+    auto mark = [&](const double *cell) {
+        if (cell)
+            m_live[std::size_t(cell - cells)] = 1;
+    };
+    mark(m_activeResult);
+    for (const NodeRead &write : m_writes)
+        mark(write.slot);
+    for (const double *cell : m_unread)
+        mark(cell);
+    // Each step writes a cell of its own that only later steps read, so one
+    // pass from the end finds every step whose value is read.
+    for (auto step = m_active.rbegin(); step != m_active.rend(); ++step) {
+        if (m_live[std::size_t(step->out - cells)]) {
+            mark(step->a);
+            mark(step->b);
+            mark(step->c);
+        }
+    }
+}
+
+void CRpnRowProgram::resolve()
+{
+    m_active.assign(m_steps.begin(), m_steps.end());
+    m_activeResult = m_result;
+    if (m_invariantsHold && !m_invariants.empty()) {
+        // A choice on a condition of the series takes its branch now.
+        for (CRpnStep &step : m_active) {
+            if (step.code != CRpnStep::Select)
+                continue;
+            const bool hoisted = std::any_of(m_invariants.begin(), m_invariants.end(),
+                                             [&step](const CRpnStep &truth) { return truth.out == step.c; });
+            if (!hoisted)
+                continue;
+            step.a = *step.c != 0.0 ? step.a : step.b;
+            step.b = step.a;
+            step.c = nullptr;
+            step.code = CRpnStep::Move;
+        }
+    }
+    // A copy is passed through: whatever reads its cell reads what it
+    // copies (the copy itself stays while an assignment stores its cell).
+    for (std::size_t i = 0; i < m_active.size(); ++i) {
+        const CRpnStep &copy = m_active[i];
+        if (copy.code != CRpnStep::Move)
+            continue;
+        for (std::size_t j = i + 1; j < m_active.size(); ++j) {
+            CRpnStep &later = m_active[j];
+            for (const double **operand : {&later.a, &later.b, &later.c}) {
+                if (*operand == copy.out)
+                    *operand = copy.a;
+            }
+        }
+        if (m_activeResult == copy.out)
+            m_activeResult = copy.a;
+    }
+    // What only the branch not taken read is left out.
+    markLive();
+    const double *cells = m_cells.data();
+    m_active.erase(std::remove_if(m_active.begin(), m_active.end(),
+                                  [&](const CRpnStep &step) { return !m_live[std::size_t(step.out - cells)]; }),
+                   m_active.end());
+    m_activeApplies = std::any_of(m_active.begin(), m_active.end(), [](const CRpnStep &step) {
+        return step.code == CRpnStep::Apply1 || step.code == CRpnStep::Apply2;
+    });
+    pickKernel();
+}
+
+template <CRpnStep::Code K>
+void CRpnRowProgram::pickOperands()
+{
+    const CRpnStep &step = m_active.front();
+    const double *column = m_columnReads.front().slot;
+    const bool a = step.a == column, b = step.b == column;
+    if (step.c == column)
+        m_kernel = nullptr;
+    else if (a)
+        m_kernel = b ? &CRpnRowProgram::kernel<K, true, true> : &CRpnRowProgram::kernel<K, true, false>;
+    else
+        m_kernel = b ? &CRpnRowProgram::kernel<K, false, true> : nullptr;
+}
+
+void CRpnRowProgram::pickKernel()
+{
+    m_kernel = nullptr;
+    // One step on the column and values that do not change within the
+    // series (constants, hoisted conditions).
+    if (!m_pure || !m_invariantsHold || m_activeApplies || m_columnReads.size() != 1 || m_active.size() != 1
+        || m_active.front().out != m_activeResult)
+        return;
+    using S = CRpnStep;
+    switch (m_active.front().code) {
+    case S::Add: pickOperands<S::Add>(); break;
+    case S::Subtract: pickOperands<S::Subtract>(); break;
+    case S::MultiplyCut: pickOperands<S::MultiplyCut>(); break;
+    case S::MultiplyAdd: pickOperands<S::MultiplyAdd>(); break;
+    case S::DivideChecked: pickOperands<S::DivideChecked>(); break;
+    case S::ModuloChecked: pickOperands<S::ModuloChecked>(); break;
+    case S::Power: pickOperands<S::Power>(); break;
+    case S::Square: pickOperands<S::Square>(); break;
+    case S::Negate: pickOperands<S::Negate>(); break;
+    case S::Less: pickOperands<S::Less>(); break;
+    case S::Greater: pickOperands<S::Greater>(); break;
+    case S::LessEqual: pickOperands<S::LessEqual>(); break;
+    case S::GreaterEqual: pickOperands<S::GreaterEqual>(); break;
+    default: break;
+    }
 }
 
 bool CRpnRowProgram::IsFor(const CEquationTree *tree) const
@@ -400,30 +523,43 @@ bool CRpnRowProgram::IsFor(const CEquationTree *tree) const
     return reinterpret_cast<void *>(tree->m_getVariable) == m_getter;
 }
 
-bool CRpnRowProgram::guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end)
+namespace {
+
+// What tells whether a report is new.
+struct ErrorState
+{
+    bool hadError;
+    int listed, errorRow, errorCol;
+};
+
+void takeBackReports(CEquationTree *tree, const ErrorState &before)
+{
+    if (!before.hadError && tree->HasError()) {
+        tree->errorText.clear();
+        tree->errorToken.clear();
+        tree->errorRow = before.errorRow;
+        tree->errorCol = before.errorCol;
+    }
+    tree->TruncateErrorList(before.listed);
+}
+
+} // namespace
+
+RPN_STEPS_INLINE bool CRpnRowProgram::guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end)
 {
     // A function that fails may report, and in the throwing mode throw:
     // what it reported is taken back, since the tree does the row again
     // (and reports, or throws, if the row itself fails).  Nothing is saved
     // but what tells whether a report is new.
-    const bool hadError = tree->HasError();
-    const int listed = int(tree->GetErrorList().size());
-    const int errorRow = tree->errorRow, errorCol = tree->errorCol;
+    const ErrorState before{tree->HasError(), int(tree->GetErrorList().size()), tree->errorRow, tree->errorCol};
     bool done = false;
     try {
         done = RpnRunSteps(begin, end);
     } catch (...) {
         done = false;
     }
-    if (!done) {
-        if (!hadError && tree->HasError()) {
-            tree->errorText.clear();
-            tree->errorToken.clear();
-            tree->errorRow = errorRow;
-            tree->errorCol = errorCol;
-        }
-        tree->TruncateErrorList(listed);
-    }
+    if (!done) [[unlikely]]
+        takeBackReports(tree, before);
     return done;
 }
 
@@ -436,12 +572,12 @@ RPN_STEPS_INLINE bool CRpnRowProgram::run(CEquationTree *tree, int row, double &
             return false;
         *read.slot = c->values[row];
     }
-    const CRpnStep *const begin = m_steps.data(), *const end = begin + m_steps.size();
+    const CRpnStep *const begin = m_active.data(), *const end = begin + m_active.size();
     if constexpr (Pure) {
         // Columns and steps only: a column is read the same way inside a call.
-        if (!m_invariantsHold || !(m_applies ? guarded(tree, begin, end) : RpnRunSteps(begin, end)))
+        if (!m_invariantsHold || !(m_activeApplies ? guarded(tree, begin, end) : RpnRunSteps(begin, end)))
             return false;
-        out = *m_result;
+        out = *m_activeResult;
         return true;
     } else {
         // Inside a call the names are the call's.
@@ -474,7 +610,7 @@ RPN_STEPS_INLINE bool CRpnRowProgram::run(CEquationTree *tree, int row, double &
                     return false;
             }
         }
-        if (!(m_applies ? guarded(tree, begin, end) : RpnRunSteps(begin, end)))
+        if (!(m_activeApplies ? guarded(tree, begin, end) : RpnRunSteps(begin, end)))
             return false;
         // As the assignment stores a plain double: the place and the node's copy.
         for (std::size_t i = 0; i < m_writes.size(); ++i) {
@@ -482,10 +618,26 @@ RPN_STEPS_INLINE bool CRpnRowProgram::run(CEquationTree *tree, int row, double &
             m_writePlaces[i]->SetDouble(x);
             m_writes[i].node->m_value.SetDouble(x);
         }
-        out = *m_result;
+        out = *m_activeResult;
         return true;
     }
 }
+
+namespace {
+
+// The validity byte of a row the steps computed (see RpnSeriesValidityGood):
+// a normal number, by far the commonest, takes one test.
+RPN_STEPS_INLINE unsigned char rowValidity(double &x)
+{
+    std::uint64_t bits;
+    std::memcpy(&bits, &x, sizeof bits);
+    const unsigned exponent = unsigned(bits >> 52) & 0x7FFu;
+    if (exponent - 1u < 0x7FEu) [[likely]]
+        return 1;
+    return RpnSeriesValidityGood(x);
+}
+
+} // namespace
 
 int CRpnRowProgram::Series(CEquationTree *tree, CRpnNode *top, double *values, unsigned char *valid, int first,
                            int last)
@@ -494,46 +646,116 @@ int CRpnRowProgram::Series(CEquationTree *tree, CRpnNode *top, double *values, u
                   : series<false>(tree, top, values, valid, first, last);
 }
 
+void CRpnRowProgram::treeRow(CEquationTree *tree, CRpnNode *top, double *values, unsigned char *valid, int row,
+                             int &good)
+{
+    tree->m_rowIndex = row;
+    RpnClearUpperVectorState();
+    unsigned char st = 1;
+    double x = top->EvaluateReal(st);
+    // What the row did through the tree is seen from the next row on.
+    if (!m_invariants.empty()) {
+        m_invariantsHold = guarded(tree, m_invariants.data(), m_invariants.data() + m_invariants.size());
+        resolve();
+    }
+    const unsigned char v = RpnSeriesValidity(x, st);
+    valid[row] = v;
+    values[row] = x;
+    good += v == 1;
+}
+
+template <CRpnStep::Code K, bool AColumn, bool BColumn>
+int CRpnRowProgram::kernel(CEquationTree *tree, CRpnNode *top, double *values, unsigned char *valid, int row,
+                           int end, int &good)
+{
+    const CRpnStep &step = m_active.front();
+    const CRpnColumnBinding *column = m_columnReads.front().column;
+    const double *x = column->values;
+    const unsigned char *cells = column->valid;
+    // The operands that are not the column keep their value until a row
+    // through the tree, after which the caller picks again.
+    const double a = AColumn ? 0.0 : *step.a, b = BColumn ? 0.0 : *step.b, c = step.c ? *step.c : 0.0;
+    // A step may call the maths library (pow, fmod): see rpnseries.h.
+    RpnClearUpperVectorState();
+    int n = 0;
+    for (; row <= end; ++row) {
+        const double v = x[row];
+        double out;
+        if ((cells && cells[row] != 1) || !RpnStep<K>(AColumn ? v : a, BColumn ? v : b, c, out)) {
+            good += n;
+            treeRow(tree, top, values, valid, row, good);
+            return row + 1;
+        }
+        const unsigned char g = rowValidity(out);
+        valid[row] = g;
+        values[row] = out;
+        n += g == 1;
+    }
+    good += n;
+    tree->m_rowIndex = end;
+    return row;
+}
+
 template <bool Pure>
-int CRpnRowProgram::series(CEquationTree *tree, CRpnNode *top, double *values, unsigned char *valid, int first,
-                           int last)
+int CRpnRowProgram::rows(CEquationTree *tree, CRpnNode *top, double *values, unsigned char *valid, int row, int end,
+                         int &good)
 {
     // Whatever looks names up (and so hashes strings) may leave the wide
     // registers dirty: see rpnseries.h.  The steps themselves do not; the
     // host's getter may, and a row done through the tree may.
     const bool callsOut = !Pure && !m_hostReads.empty();
-    const CRpnStep *const invariants = m_invariants.data(), *const invariantsEnd = invariants + m_invariants.size();
     bool dirty = true;
-    int good = 0;
-    if (invariants != invariantsEnd) {
-        tree->m_rowIndex = first;
-        m_invariantsHold = guarded(tree, invariants, invariantsEnd);
-    }
-    for (int row = first; row <= last; ++row) {
-        if (tree->IsStopping()) {
-            for (int r = row; r <= last; ++r)
-                valid[r] = 0;
-            break;
-        }
+    int n = 0;
+    for (; row <= end; ++row) {
         tree->m_rowIndex = row;
         if (dirty || callsOut) {
             RpnClearUpperVectorState();
             dirty = false;
         }
-        unsigned char st = 1;
         double x;
         if (!run<Pure>(tree, row, x)) {
-            RpnClearUpperVectorState();
+            good += n;
+            n = 0;
+            treeRow(tree, top, values, valid, row, good);
+            // The choices the row left may make the program one step.
+            if (m_kernel)
+                return row + 1;
             dirty = true;
-            x = top->EvaluateReal(st);
-            // What the row did through the tree is seen from the next row on.
-            if (invariants != invariantsEnd)
-                m_invariantsHold = guarded(tree, invariants, invariantsEnd);
+            continue;
         }
-        const unsigned char v = RpnSeriesValidity(x, st);
+        const unsigned char v = rowValidity(x);
         valid[row] = v;
         values[row] = x;
-        good += v == 1;
+        n += v == 1;
+    }
+    good += n;
+    return row;
+}
+
+template <bool Pure>
+int CRpnRowProgram::series(CEquationTree *tree, CRpnNode *top, double *values, unsigned char *valid, int first,
+                           int last)
+{
+    int good = 0;
+    if (!m_invariants.empty()) {
+        tree->m_rowIndex = first;
+        m_invariantsHold = guarded(tree, m_invariants.data(), m_invariants.data() + m_invariants.size());
+    }
+    resolve();
+    for (int row = first; row <= last;) {
+        if (tree->IsStopping()) {
+            for (int r = row; r <= last; ++r)
+                valid[r] = 0;
+            break;
+        }
+        // On to the next stop check, StopRows rows from the first row on.
+        const long long left = StopRows - 1 - (static_cast<long long>(row) - first) % StopRows;
+        const int end = last - row <= left ? last : row + int(left);
+        const CRpnColumnBinding *column = Pure && m_kernel ? m_columnReads.front().column : nullptr;
+        if (column && row >= 0 && end < column->count)
+            row = (this->*m_kernel)(tree, top, values, valid, row, end, good);
+        else
+            row = rows<Pure>(tree, top, values, valid, row, end, good);
     }
     return good;
 }

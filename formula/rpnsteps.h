@@ -54,6 +54,52 @@ struct CRpnStep
 #define RPN_STEPS_INLINE inline
 #endif
 
+// One step of the codes that need no node, on its operands' values; false
+// where a guarded step fails (`out` is then not written).  The one-step
+// loops of a series (rpnrowprogram.cpp) compute here; each code is the very
+// operation of its case in RpnRunSteps below, which reads its operands
+// where they lie (a product by zero does not even read its other side), as
+// the loops of several steps run fastest that way.
+template <CRpnStep::Code K>
+RPN_STEPS_INLINE bool RpnStep(double a, double b, double c, double &out)
+{
+    using S = CRpnStep;
+    if constexpr (K == S::Move) out = a;
+    else if constexpr (K == S::Add) out = a + b;
+    else if constexpr (K == S::Subtract) out = a - b;
+    else if constexpr (K == S::Multiply) out = a * b;
+    else if constexpr (K == S::MultiplyCut) out = a == 0.0 ? a : a * b;
+    else if constexpr (K == S::Divide) out = a / b;
+    else if constexpr (K == S::Modulo) out = std::fmod(a, b);
+    else if constexpr (K == S::Negate) out = -a;
+    else if constexpr (K == S::Less) out = a < b ? 1.0 : 0.0;
+    else if constexpr (K == S::Greater) out = a > b ? 1.0 : 0.0;
+    else if constexpr (K == S::LessEqual) out = a <= b ? 1.0 : 0.0;
+    else if constexpr (K == S::GreaterEqual) out = a >= b ? 1.0 : 0.0;
+    else if constexpr (K == S::NotEqualBoth) out = a != 0.0 && b != 0.0 ? 1.0 : 0.0;
+    else if constexpr (K == S::AndCut) out = a == 0.0 ? a : (b != 0.0 ? 1.0 : 0.0);
+    else if constexpr (K == S::EitherNotZero) out = a != 0.0 || b != 0.0 ? 1.0 : 0.0;
+    else if constexpr (K == S::IsZero) out = a == 0.0 ? 1.0 : 0.0;
+    else if constexpr (K == S::Power) out = RpnPower(a, b);
+    else if constexpr (K == S::Square) out = a * a;
+    else if constexpr (K == S::Select) out = c != 0.0 ? a : b;
+    else if constexpr (K == S::MultiplyAdd) {
+        const double product = a == 0.0 ? a : a * b;
+        out = product + c;
+    } else if constexpr (K == S::DivideChecked) {
+        if (b == 0.0)
+            return false;
+        out = a / b;
+    } else if constexpr (K == S::ModuloChecked) {
+        if (b == 0.0)
+            return false;
+        out = std::fmod(a, b);
+    } else {
+        static_assert(K == S::Move, "this step needs its node");
+    }
+    return true;
+}
+
 // Runs the steps from `s` to `end`; false at the first step that fails.
 // Always inlined: a row of a series is often two or three steps, and the
 // call would cost as much as they do.

@@ -3,9 +3,11 @@
 #include "functions/rpncomplexfunctions.h"
 
 #include "formula/rpnkeywords.h"
+#include "formula/rpnsharedcells.h"
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 // --- one operand ----------------------------------------------------------------------------
 
@@ -52,36 +54,81 @@ double CNodeAngle::ToReal(const CRpnData &value, unsigned char &)
 
 // --- two operands -----------------------------------------------------------------------------
 
-void CNodeComplexBaseDouble::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &status)
+void CNodeComplexBaseDouble::Apply(CRpnData &result, const CRpnData &a, const CRpnData &b, unsigned char &)
 {
-    const bool aArray = a.IsArrayOrCurve();
-    const bool bArray = b.IsArrayOrCurve();
-    if (!aArray && !bArray) {
+    if (!a.IsArrayOrCurve() && !b.IsArrayOrCurve()) {
         result.SetComplex(Combine(a.GetDouble(), b.GetDouble()));
         return;
     }
-    // A CURVE counts as an array of no elements.
-    const int n = aArray && bArray ? std::min(a.GetSize(), b.GetSize()) : aArray ? a.GetSize() : b.GetSize();
-    const double *aReals = a.GetKind() == RPN_ARRAY_R ? a.GetRealData() : nullptr;
-    const double *bReals = b.GetKind() == RPN_ARRAY_R ? b.GetRealData() : nullptr;
-    const double aScalar = aArray ? 0.0 : a.GetDouble();
-    const double bScalar = bArray ? 0.0 : b.GetDouble();
-    CRpnData out;
-    out.SetArray(n);
-    CRpnData *cells = out.GetItems();
-    for (int i = 0; i < n; ++i) {
-        const bool aDirect = !aArray || aReals;
-        const bool bDirect = !bArray || bReals;
-        if (aDirect && bDirect) {
-            cells[i].SetComplex(Combine(aReals ? aReals[i] : aScalar, bReals ? bReals[i] : bScalar));
+    // Arrays in arrays are gone into with a stack of levels rather than by
+    // recursion, for they may nest deeply; a pair that holds an array that
+    // several cells hold is worked once (see rpnsharedcells.h).
+    struct Level
+    {
+        CRpnData a, b, out;
+        int next, count;
+        bool aArray, bArray, keep;
+    };
+    std::vector<Level> stack;
+    CRpnSharedCells shared;
+    // Numbers on both sides (an ARRAY_R or a scalar) are combined at once
+    // into `done` (true); anything else becomes a level.
+    const auto start = [&](const CRpnData &x, const CRpnData &y, CRpnData &done, bool keep) {
+        const bool xArray = x.IsArrayOrCurve(), yArray = y.IsArrayOrCurve();
+        // A CURVE counts as an array of no elements.
+        const int n = xArray && yArray ? std::min(x.GetSize(), y.GetSize()) : xArray ? x.GetSize() : y.GetSize();
+        const double *xReals = x.GetKind() == RPN_ARRAY_R ? x.GetRealData() : nullptr;
+        const double *yReals = y.GetKind() == RPN_ARRAY_R ? y.GetRealData() : nullptr;
+        if ((!xArray || xReals) && (!yArray || yReals)) {
+            const double xScalar = xArray ? 0.0 : x.GetDouble();
+            const double yScalar = yArray ? 0.0 : y.GetDouble();
+            done.SetArray(n);
+            CRpnData *cells = done.GetItems();
+            for (int i = 0; i < n; ++i)
+                cells[i].SetComplex(Combine(xReals ? xReals[i] : xScalar, yReals ? yReals[i] : yScalar));
+            return true;
+        }
+        Level level{x, y, CRpnData(), 0, n, xArray, yArray, keep};
+        level.out.SetArray(n);
+        stack.push_back(std::move(level));
+        return false;
+    };
+    CRpnData done;
+    if (start(a, b, done, false)) {
+        result = std::move(done);
+        return;
+    }
+    while (!stack.empty()) {
+        Level &level = stack.back();
+        if (level.next == level.count) {
+            done = std::move(level.out);
+            if (level.keep)
+                shared.Keep(level.a, level.b, done);
+            stack.pop_back();
+            if (!stack.empty()) {
+                Level &up = stack.back();
+                up.out.GetItems()[up.next++] = std::move(done);
+            }
             continue;
         }
-        unsigned char st = 1;
-        Apply(cells[i], aArray ? a.GetAt(i) : a, bArray ? b.GetAt(i) : b, st);
-        if (st == 0)
-            status = 0;
+        const CRpnData x = level.aArray ? level.a.GetAt(level.next) : level.a;
+        const CRpnData y = level.bArray ? level.b.GetAt(level.next) : level.b;
+        CRpnData &cell = level.out.GetItems()[level.next];
+        if (!x.IsArrayOrCurve() && !y.IsArrayOrCurve()) {
+            cell.SetComplex(Combine(x.GetDouble(), y.GetDouble()));
+        } else {
+            // x and y are copies of their cells, one handle each of the
+            // walk's own; a side spread over the other's cells repeats with it.
+            const bool keep = (level.aArray && CRpnSharedCells::IsShared(x, 1))
+                || (level.bArray && CRpnSharedCells::IsShared(y, 1));
+            if (const CRpnData *made = keep ? shared.Find(x, y) : nullptr)
+                cell = *made;
+            else if (!start(x, y, cell, keep))
+                continue; // a new level; `level` is not used after this
+        }
+        ++level.next;
     }
-    result = std::move(out);
+    result = std::move(done);
 }
 
 void ProvideComplexFunctions(CRpnPrototypeArray &prototypes)

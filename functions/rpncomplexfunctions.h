@@ -71,8 +71,8 @@ public:
 // a COMPLEX; an array operand (ARRAY_R, ARRAY, or a CURVE, which counts as
 // empty) gives an ARRAY of its size, or of the smaller size when both are
 // arrays, whose cells combine the elements in the order of the operands (an
-// ARRAY cell through Apply again, so nesting spreads).  A failing cell clears
-// the status and the walk goes on.  The result is never an ARRAY_R.
+// ARRAY cell is gone into again, so nesting spreads, to any depth).  The
+// result is never an ARRAY_R.
 class CNodeComplexBaseDouble : public CNodeDoubleOperand
 {
 public:

@@ -38,6 +38,7 @@ struct Outcome
     std::string thrown; // "row: message" in the throwing mode
     std::string error;  // the tree's error message after the series
     std::string listed; // the tree's list of failed functions' messages
+    bool oneStep = false; // the row steps ended in their one-step loop
 };
 
 inline std::string describe(const Outcome &o)
@@ -132,6 +133,7 @@ inline Outcome bySeries(const char *text, const Setup &setup, bool *program)
     }
     o.error = tree.GetErrorMessage().toStdString();
     o.listed = tree.GetErrorList().join(QLatin1Char('|')).toStdString();
+    o.oneStep = steps && steps->RunsOneStep();
     return o;
 }
 

@@ -213,6 +213,110 @@ TEST(RpnDepth, AHugeSharedValuePrintsACutText)
     EXPECT_EQ(small.GetVariables()->Find(QStringLiteral("a"))->GetText(), "{{{1,1},{1,1}},{{1,1},{1,1}}}");
 }
 
+TEST(RpnDepth, OperatorsOverASharedValueShareTheirResult)
+{
+    // a and b are made by doubling, apart: 2^20 elements in 21 arrays each.
+    // An operator works each array once, and its result shares its halves
+    // as the operands do.
+    constexpr int kDoublings = 20;
+    struct Case
+    {
+        const char *expression;
+        double leaf;
+    };
+    const Case cases[] = {
+        {"-a", -1}, {"!a", 0}, {"a * 2", 2}, {"a + a", 2}, {"a - b", -1}, {"a == b", 0},
+        {"a != a", 0}, {"a > 0", 1}, {"2 ^ a", 2}, {"b % a", 0}, {"a && b", 1},
+    };
+    for (const Case &c : cases) {
+        QString error;
+        CEquationTree tree;
+        run(QStringLiteral("a = {1}; b = {2}; i = 0; while (i < %1) { a = {a, a}; b = {b, b}; i++ }; r = ")
+                    .arg(kDoublings)
+                + QString::fromLatin1(c.expression),
+            error, &tree);
+        ASSERT_TRUE(error.isEmpty()) << c.expression << ": " << error;
+        CRpnData v = *tree.GetVariables()->Find(QStringLiteral("r"));
+        int depth = 0;
+        while (v.GetKind() == RPN_ARRAY && v.GetSize() == 2) {
+            EXPECT_TRUE(v.GetAt(0).IsSameAs(v.GetAt(1))) << c.expression << " at depth " << depth;
+            v = v.GetAt(0);
+            ++depth;
+        }
+        EXPECT_EQ(depth, kDoublings) << c.expression;
+        ASSERT_EQ(v.GetSize(), 1) << c.expression;
+        EXPECT_EQ(v.GetAt(0).GetDouble(), c.leaf) << c.expression;
+    }
+}
+
+TEST(RpnDepth, ASharedCellStaysTheSameForEachPairItMeets)
+{
+    // One array s = {1, {2, 3}} met beside different partners: each pair is its own.
+    struct Case
+    {
+        const char *expression;
+        const char *text;
+    };
+    const Case cases[] = {
+        {"{s, s} + {{10, 20}, {30, 40}}", "{{11,{22,23}},{31,{42,43}}}"},
+        {"{s, s} * {2, 3}", "{{2,{4,6}},{3,{6,9}}}"},
+        {"{s, s} > {1, 0}", "{{0,{1,1}},{1,{1,1}}}"},
+        {"{{s, s}, s} - {{1, 2}, 3}", "{{{0,{1,2}},{-1,{0,1}}},{-2,{-1,0}}}"},
+        {"-{s, {s, s}}", "{{-1,{-2,-3}},{{-1,{-2,-3}},{-1,{-2,-3}}}}"},
+    };
+    CRpnData inner, s;
+    inner.SetArray(2);
+    inner.SetAt(0, CRpnData(2));
+    inner.SetAt(1, CRpnData(3));
+    s.SetArray(2);
+    s.SetAt(0, CRpnData(1));
+    s.SetAt(1, inner);
+    for (const Case &c : cases) {
+        QString error;
+        CEquationTree tree;
+        tree.GetVariables()->SetAt(QStringLiteral("s"), s);
+        const CRpnData result = run(QString::fromLatin1(c.expression), error, &tree);
+        ASSERT_TRUE(error.isEmpty()) << c.expression << ": " << error;
+        EXPECT_EQ(result.GetText(), QString::fromLatin1(c.text)) << c.expression;
+    }
+}
+
+TEST(RpnDepth, CopiesOfASharedValueShareWithinThemselvesOnly)
+{
+    // b is a copy of a (2^20 cells in 21 arrays) made by assignment: as
+    // small as a, and nothing of it is a's.  A change through one half of
+    // the copy is seen through the other, as it is in a itself.
+    constexpr int kDoublings = 20;
+    const QString doubled = QStringLiteral("a = {1}; i = 0; while (i < %1) { a = {a, a}; i++ }; ").arg(kDoublings);
+    const char *const copies[] = {"b = a", "b = {a, 1}; b = b[0]", "b = {a}; b = b[0]"};
+    for (const char *copy : copies) {
+        QString error;
+        CEquationTree tree;
+        run(doubled + QString::fromLatin1(copy), error, &tree);
+        ASSERT_TRUE(error.isEmpty()) << copy << ": " << error;
+        CRpnData a = *tree.GetVariables()->Find(QStringLiteral("a"));
+        CRpnData b = *tree.GetVariables()->Find(QStringLiteral("b"));
+        int depth = 0;
+        while (b.GetKind() == RPN_ARRAY && b.GetSize() == 2 && b.GetAt(0).GetKind() == RPN_ARRAY) {
+            EXPECT_TRUE(b.GetAt(0).IsSameAs(b.GetAt(1))) << copy << " at depth " << depth;
+            EXPECT_FALSE(b.IsSameAs(a)) << copy << " at depth " << depth;
+            a = a.GetAt(0);
+            b = b.GetAt(0);
+            ++depth;
+        }
+        EXPECT_EQ(depth, kDoublings) << copy;
+
+        CEquationTree changed;
+        run(doubled + QString::fromLatin1(copy) + QStringLiteral("; b[0][0] = 7"), error, &changed);
+        ASSERT_TRUE(error.isEmpty()) << copy << ": " << error;
+        a = *changed.GetVariables()->Find(QStringLiteral("a"));
+        b = *changed.GetVariables()->Find(QStringLiteral("b"));
+        EXPECT_EQ(b.GetAt(1).GetAt(0).GetText(), "7") << copy;
+        EXPECT_EQ(a.GetAt(0).GetAt(0).GetKind(), RPN_ARRAY) << copy;
+        EXPECT_EQ(a.GetAt(1).GetAt(0).GetKind(), RPN_ARRAY) << copy;
+    }
+}
+
 TEST(RpnDepth, FormatValueOfADeepListUsesEachLevelsTexts)
 {
     QString error;

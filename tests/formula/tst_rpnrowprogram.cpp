@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 using namespace rowcompare;
 
 namespace {
@@ -18,6 +20,7 @@ struct RowCase
     const char *text;
     Setup setup;
     bool program; // whether the formula runs as steps
+    bool oneStep = false; // and, inside the column, as one step in a loop of its own
 };
 
 class RowProgram : public testing::TestWithParam<RowCase>
@@ -31,6 +34,7 @@ TEST_P(RowProgram, SameRowsAsTheNodes)
     const Outcome steps = bySeries(c.text, c.setup, &program);
     const Outcome nodes = byNodes(c.text, c.setup);
     EXPECT_EQ(program, c.program) << c.text;
+    EXPECT_EQ(steps.oneStep, c.oneStep) << c.text;
     EXPECT_EQ(describe(steps), describe(nodes)) << c.text;
     // A case that throws must throw in both; one that should not, in neither.
     EXPECT_EQ(steps.thrown.empty(), !c.setup.throwing || nodes.thrown.empty()) << c.text;
@@ -43,17 +47,17 @@ const Setup kGetterThrowing{Getter, true};
 
 const RowCase kRowCases[] = {
     // Arithmetic, NaN, infinities, a denormal, a cell that is not valid.
-    {"x*2+1", kPlain, true},
-    {"x*2+1", kThrowing, true},
+    {"x*2+1", kPlain, true, true},
+    {"x*2+1", kThrowing, true, true},
     {"(x+1)*(x-1)/(x*x+1)", kThrowing, true},
     {"x^2-3*x+2", kPlain, true},
-    {"x^0.5", kPlain, true},
+    {"x^0.5", kPlain, true, true},
     {"0*x + x*0", kPlain, true},
     {"-x % 3", kPlain, true},
-    {"x*1e-10", kPlain, true},
+    {"x*1e-10", kPlain, true, true},
     // Division by zero: the row of the zero reports, or throws there.
-    {"1/x", kPlain, true},
-    {"1/x", kThrowing, true},
+    {"1/x", kPlain, true, true},
+    {"1/x", kThrowing, true, true},
     {"x % (x-4)", kThrowing, true},
     {"2/(x-1) + 1", kGetterThrowing, true},
     // Choices and short cuts: the branch not taken may fail, the row may not.
@@ -63,7 +67,7 @@ const RowCase kRowCases[] = {
     {"x < 0 || 1/x > 0.4", kPlain, true},
     {"!x + !(x-1)", kPlain, true},
     // Script functions of one `return`, compiled in place.
-    {"function f(t) { return t*t+1 }; f(x)", kThrowing, true},
+    {"function f(t) { return t*t+1 }; f(x)", kThrowing, true, true},
     {"function f(t) { return 1/t }; function g(u) { return f(u) + f(u+1) }; g(x)", kThrowing, true},
     {"function f(t) { if (t) { return 1 }; return 2 }; f(x) + x", kThrowing, false},
     // Variables of the script, made before the formula or by it.
@@ -82,10 +86,36 @@ const RowCase kRowCases[] = {
     {"a = x*2; a = a+1; return a*10", kPlain, true},
     {"b = a*1 + 0; a = x + 1; return b", {Column, false, "a = 100"}, true},
     // A text compared in a choice, once per series.
-    {"iif(mode == \"on\", x*2, -x)", {Column, true, "mode = \"on\""}, true},
-    {"iif(mode != \"on\", x*2, -x)", {Column, true, "mode = \"on\""}, true},
+    {"iif(mode == \"on\", x*2, -x)", {Column, true, "mode = \"on\""}, true, true},
+    {"iif(mode != \"on\", x*2, -x)", {Column, true, "mode = \"on\""}, true, true},
     {"iif(mode == 1, x, 2)", {Column, false, "mode = \"on\""}, true},
     {"iif(mode == \"on\", x, 2)", {Column, false, "mode = {1, 2}"}, true},
+    // One step on the column and constants, in a loop of its own: the
+    // constant on either side, the column on both, a zero divisor, NaN.
+    {"1 - x", kThrowing, true, true},
+    {"x*x", kPlain, true, true},
+    {"-x", kPlain, true, true},
+    {"x^2", kThrowing, true, true},
+    {"2^x", kPlain, true, true},
+    {"x % 3", kPlain, true, true},
+    {"3 % x", kThrowing, true, true},
+    {"x + 0.5", kPlain, true, true},
+    {"x < 1", kPlain, true, true},
+    {"x > 0", kThrowing, true, true},
+    {"x <= 1", kPlain, true, true},
+    {"0 >= x", kPlain, true, true},
+    {"x*x + 1", kPlain, true, true},
+    {"x*2 + x", kPlain, true, false},
+    // The choice made once per series leaves the other branch out: a
+    // divisor that is zero there fails nothing; copies are passed through.
+    {"iif(mode == \"on\", x*2, 1/x)", {Column, true, "mode = \"on\""}, true, true},
+    {"iif(mode == \"on\", x*2, 1/x)", {Column, true, "mode = \"off\""}, true, true},
+    {"iif(mode != \"on\", x*2, x) + 1", {Column, true, "mode = \"on\""}, true, true},
+    {"iif(mode == \"on\", x, 2)", {Column, true, "mode = \"on\""}, true},
+    {"iif(mode == \"on\", x, 2)", {Column, true, "mode = \"off\""}, true},
+    // A statement whose value nobody reads still runs, and fails, as in the tree.
+    {"a = x*2; 1/x; return a", kThrowing, true},
+    {"a = x*2; 1/x; return a", kPlain, true},
     // What stays with the tree.
     {"{x}*2", kThrowing, false},
     {"a = x*2; s = \"t\"; return a", kThrowing, false},
@@ -163,5 +193,146 @@ TEST(RowProgramRuns, VariablesAndGettersChangedAfterCompiling)
     host.EvaluateSeries(values.data(), valid.data(), 0, 3);
     EXPECT_EQ(values[1], 70.0);
 }
+
+// Over a longer column: series that start and end inside the stretches
+// between two stop checks, cells that are not valid at the stretches' edges,
+// a column without validity bytes, a series that goes past the column's end
+// (whose last stretch the one-step loop leaves to the steps).  Every row is
+// compared with the nodes, bit for bit.
+struct LongCase
+{
+    const char *text;
+    const char *variables; // run first in the tree
+    bool throwing;
+    bool validity; // the column has validity bytes
+    int first, last;
+    bool oneStep;
+};
+
+class RowProgramLong : public testing::TestWithParam<LongCase>
+{
+};
+
+constexpr int kLongRows = 700;
+constexpr int kLongColumn = 690; // the column is shorter than the longest series
+
+struct LongOutcome
+{
+    std::vector<double> values = std::vector<double>(kLongRows, kUntouched);
+    std::vector<unsigned char> valid = std::vector<unsigned char>(kLongRows, 9);
+    int good = -1;
+    std::string thrown, error;
+    bool oneStep = false;
+};
+
+const std::vector<double> &longColumn()
+{
+    static const std::vector<double> x = [] {
+        // Past the column's end lie numbers that no row may read.
+        std::vector<double> v(kLongRows, 1000.0);
+        for (int i = 0; i < kLongColumn; ++i)
+            v[std::size_t(i)] = i % 9 - 4 + (i % 7) * 0.25; // a zero every 252 rows
+        v[300] = kNaN;
+        v[301] = -kInf;
+        v[302] = 1e-310;
+        v[303] = 0.0;
+        return v;
+    }();
+    return x;
+}
+
+const std::vector<unsigned char> &longValidity()
+{
+    static const std::vector<unsigned char> ok = [] {
+        std::vector<unsigned char> v(kLongRows, 1);
+        for (int row : {0, 255, 256, 257, 511, 600})
+            v[std::size_t(row)] = row == 600 ? 2 : 0;
+        return v;
+    }();
+    return ok;
+}
+
+LongOutcome runLong(const LongCase &c, bool nodes)
+{
+    CEquationTree tree;
+    LongOutcome o;
+    tree.BindColumn(QStringLiteral("x"), longColumn().data(), c.validity ? longValidity().data() : nullptr,
+                    kLongColumn);
+    if (c.variables) {
+        EXPECT_TRUE(tree.Compile(QString::fromLatin1(c.variables)));
+        CRpnData ignored;
+        tree.Run(ignored);
+    }
+    tree.throwOnError = c.throwing;
+    EXPECT_TRUE(tree.Compile(QString::fromLatin1(c.text), nullptr, true, kMatcher)) << c.text;
+    CRpnNode *top = tree.GetRoot();
+    while (top && top->IsList() && !top->IsMultiOperand() && top->GetOperandCount() == 1)
+        top = top->GetOperand(0);
+    std::unique_ptr<CRpnRowProgram> steps;
+    try {
+        if (nodes) {
+            WalkTree(tree.GetRoot(), [](CRpnNode *node) {
+                node->m_fastPath = node->m_fastValue = false;
+                return 0;
+            });
+            o.good = 0;
+            for (int r = c.first; r <= c.last; ++r) {
+                tree.m_rowIndex = r;
+                unsigned char st = 1;
+                double x = top->EvaluateReal(st);
+                o.valid[std::size_t(r)] = RpnSeriesValidity(x, st);
+                o.values[std::size_t(r)] = x;
+                o.good += o.valid[std::size_t(r)] == 1;
+            }
+        } else {
+            steps = CRpnRowProgram::Build(&tree, top);
+            EXPECT_TRUE(steps) << c.text;
+            if (steps)
+                o.good = steps->Series(&tree, top, o.values.data(), o.valid.data(), c.first, c.last);
+        }
+    } catch (const std::exception &e) {
+        o.thrown = std::to_string(tree.m_rowIndex) + ": " + message(e);
+        o.good = -1;
+    }
+    o.error = tree.GetErrorMessage().toStdString();
+    o.oneStep = steps && steps->RunsOneStep();
+    return o;
+}
+
+TEST_P(RowProgramLong, SameRowsAsTheNodes)
+{
+    const LongCase &c = GetParam();
+    const LongOutcome steps = runLong(c, false), nodes = runLong(c, true);
+    EXPECT_EQ(steps.oneStep, c.oneStep) << c.text;
+    EXPECT_EQ(steps.good, nodes.good) << c.text;
+    EXPECT_EQ(steps.thrown, nodes.thrown) << c.text;
+    EXPECT_EQ(steps.error, nodes.error) << c.text;
+    for (int r = 0; r < kLongRows; ++r) {
+        const double a = steps.values[std::size_t(r)], b = nodes.values[std::size_t(r)];
+        const bool same = (std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0;
+        ASSERT_TRUE(same && steps.valid[std::size_t(r)] == nodes.valid[std::size_t(r)])
+            << c.text << " row " << r << ": " << int(steps.valid[std::size_t(r)]) << ':' << a << " against "
+            << int(nodes.valid[std::size_t(r)]) << ':' << b;
+    }
+}
+
+const LongCase kLongCases[] = {
+    {"x*2+1", nullptr, false, true, 0, kLongRows - 1, true},
+    {"x*2+1", nullptr, false, false, 0, kLongRows - 1, true},
+    {"x*2+1", nullptr, false, true, 100, 620, true},
+    {"x*2+1", nullptr, false, false, 0, kLongColumn, true}, // one row past the column
+    {"x*2+1", nullptr, true, true, 1, 254, true},
+    {"x*2+1", nullptr, true, true, 1, kLongRows - 1, true},
+    {"1/x", nullptr, false, true, 3, 688, true},
+    {"1/x", nullptr, true, false, 0, kLongRows - 1, true},
+    {"x % x", nullptr, false, false, 0, 400, true},
+    {"x*2 + x", nullptr, false, true, 0, kLongRows - 1, false},
+    {"x*k", "k = 3", true, true, 5, 300, false},
+    {"iif(mode == \"on\", x*2, 1/x)", "mode = \"on\"", false, true, 0, kLongRows - 1, true},
+    {"iif(mode == \"on\", x*2, 1/x)", "mode = \"off\"", false, true, 0, kLongRows - 1, true},
+    {"iif(mode != \"on\", x*2, x) - 1", "mode = \"on\"", true, true, 0, 520, true},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, RowProgramLong, testing::ValuesIn(kLongCases));
 
 } // namespace

@@ -74,14 +74,19 @@ TEST(RpnStopThreads, StopEndsASeries)
     // Row by row through the tree (IsEmpty takes no fast path), and a block
     // at a time (the block evaluator looks at Stop between blocks).  In the
     // tree, the row being evaluated when Stop comes passes on the value of
-    // the node that was running: the tick read inside IsEmpty.
+    // the node that was running: the tick read inside IsEmpty.  The row
+    // steps of the throwing mode look at Stop every 256 rows, as the blocks.
     const struct {
         const char *text;
+        bool throwing;
         int firstStopped;
         double rowValue;
-    } cases[] = {{"IsEmpty(tick) + tick * 2", 501, 500.0}, {"tick * 2", 512, 1000.0}};
+    } cases[] = {{"IsEmpty(tick) + tick * 2", false, 501, 500.0},
+                 {"tick * 2", false, 512, 1000.0},
+                 {"tick * 2", true, 512, 1000.0}};
     for (const auto &c : cases) {
         CEquationTree tree;
+        tree.throwOnError = c.throwing;
         tree.m_freeVariables = 1;
         tree.SetVariableAccess(meetingGet, nullptr);
         ASSERT_TRUE(tree.Compile(QString::fromLatin1(c.text)));

@@ -146,6 +146,15 @@ TEST(RpnArrays, ChangesInPlaceAndCopies)
         // In depth: the inner array of a copy is a record of its own.
         {"a = {{1, 2}, 3}; c = Copy(a); AddToArray(c[0], 9)", "a", "ARRAY:{{1,2},3}"},
         {"a = {{1, 2}, 3}; c = Copy(a); AddToArray(c[0], 9)", "c", "ARRAY:{{1,2,9},3}"},
+        // An array held twice is copied once: the copy shares it within
+        // itself as the original does, and not with the original.
+        {"x = {1, 2}; a = {x, {x, 5}}; c = Copy(a); AddToArray(c[0], 9)", "c", "ARRAY:{{1,2,9},{{1,2,9},5}}"},
+        {"x = {1, 2}; a = {x, {x, 5}}; c = Copy(a); AddToArray(c[0], 9)", "a", "ARRAY:{{1,2},{{1,2},5}}"},
+        {"x = {1, 2}; a = {x, {x, 5}}; c = Copy(a, 1); AddToArray(c[0][0], 9)", "{a, c}",
+         "ARRAY:{{{1,2},{{1,2},5}},{{{1,2,9},5}}}"},
+        // A list 300,000 deep is copied to its bottom.
+        {"l = {}; i = 0; while (i < 300000) { l = {i, l}; i++ }; c = Copy(l, 0, 2); c[1][0] = -5",
+         "{l[1][0], c[1][0], SizeOf(c[1][1][1][1][1][1])}", "ARRAY:{299998,-5,2}"},
     });
 }
 

@@ -85,6 +85,54 @@ TEST(RpnNumeric, ValuesOfTheFunctions)
     EXPECT_DOUBLE_EQ(j.GetImagValue(), 1.0);
 }
 
+TEST(RpnNumeric, ComplexAndPolarGoIntoDeepAndSharedArrays)
+{
+    // l is a list nested 300,000 deep, {n-1, {n-2, ... {0, {}}}}; a is {1}
+    // doubled twenty times, 2^20 cells in 21 arrays.
+    constexpr int kDeep = 300000, kDoublings = 20;
+    struct Case
+    {
+        const char *expression;
+        int depth;             // levels down the second cell (l) or the first (a)
+        bool shared;           // the halves of each level are one array
+        double real, imag;     // the first cell of the deepest level, for l at 0
+    };
+    const Case cases[] = {
+        {"Complex(l, 1)", kDeep, false, double(kDeep - 1), 1},
+        {"Polar(l, 0)", kDeep, false, double(kDeep - 1), 0},
+        {"Complex(2, l)", kDeep, false, 2, double(kDeep - 1)},
+        {"Complex(a, a)", kDoublings, true, 1, 1},
+        {"Polar(a, {0, 0})", kDoublings, true, 1, 0},
+    };
+    CEquationTree maker;
+    ASSERT_TRUE(maker.Compile(QStringLiteral("l = {}; i = 0; while (i < %1) { l = {i, l}; i++ }; "
+                                             "a = {1}; i = 0; while (i < %2) { a = {a, a}; i++ }")
+                                  .arg(kDeep)
+                                  .arg(kDoublings)));
+    CRpnData made;
+    ASSERT_EQ(maker.Run(made), 1) << maker.GetErrorMessage().toStdString();
+    for (const Case &c : cases) {
+        CEquationTree tree;
+        tree.GetVariables()->SetAt(QStringLiteral("l"), *maker.GetVariables()->Find(QStringLiteral("l")));
+        tree.GetVariables()->SetAt(QStringLiteral("a"), *maker.GetVariables()->Find(QStringLiteral("a")));
+        ASSERT_TRUE(tree.Compile(QString::fromLatin1(c.expression))) << c.expression;
+        CRpnData v;
+        ASSERT_EQ(tree.Run(v), 1) << c.expression << ": " << tree.GetErrorMessage().toStdString();
+        const CRpnData top = v;
+        int depth = 0;
+        while (v.GetKind() == RPN_ARRAY && v.GetSize() == 2 && v.GetAt(c.shared ? 0 : 1).GetKind() == RPN_ARRAY) {
+            if (c.shared) {
+                ASSERT_TRUE(v.GetAt(0).IsSameAs(v.GetAt(1))) << c.expression << " at depth " << depth;
+            }
+            v = v.GetAt(c.shared ? 0 : 1);
+            ++depth;
+        }
+        EXPECT_EQ(depth, c.depth) << c.expression;
+        const std::complex<double> first = top.GetAt(0).GetComplex();
+        EXPECT_EQ(first, std::complex<double>(c.real, c.imag)) << c.expression;
+    }
+}
+
 TEST(RpnNumeric, AFailingCellLeavesTheOthersComputed)
 {
     // The run fails; the node's own value shows every cell.
