@@ -435,6 +435,10 @@ bool CNode_Function::EvaluateFast(double &out)
     // m_fastPath: every argument may give its double this way.
     if (!m_fastPath || !function || !function->m_body)
         return false;
+    if (function->m_fastBody == 0) {
+        closeFastPath(this);
+        return false;
+    }
     if (function->m_fastBody < 0) {
         function->m_fastSteps.clear();
         if (fastBody(function)) {
@@ -442,11 +446,9 @@ bool CNode_Function::EvaluateFast(double &out)
             function->m_fastBody = 1;
         } else {
             function->m_fastBody = 0;
+            closeFastPath(this);
+            return false;
         }
-    }
-    if (function->m_fastBody == 0) {
-        closeFastPath(this);
-        return false;
     }
     CEquationTree *owner = function->m_owner ? function->m_owner : m_tree;
     // The limits and a stop are the ordinary path's to report, and a run

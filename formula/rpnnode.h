@@ -281,7 +281,8 @@ public:
     // Evaluates an operand of a composite into `value`.  False when the
     // composite must return at once with `result` as set here: null after a
     // failure, the operand's value while a `return` unwinds or a stop is asked.
-    bool EvaluateOrPass(CRpnNode *operand, CRpnData &value, CRpnData &result, unsigned char &status)
+    [[gnu::always_inline]] bool EvaluateOrPass(CRpnNode *operand, CRpnData &value, CRpnData &result,
+                                               unsigned char &status)
     {
         if (!HasStackRoom(status)) {
             result.SetNull();

@@ -460,15 +460,21 @@ void CNodeDoubleOperand::combine(CRpnData &a, const CRpnData &b, CRpnData &resul
         // double operation: the double, without the value arithmetic's detour
         // (and for the operations marked by PrepareFastPath without a call).
         const double x = a.GetRealValue(), y = b.GetRealValue();
+        double r = 0.0;
+        bool done = true;
         switch (m_fastOp) {
-        case RPN_FAST_OP_ADD: result.SetDouble(x + y); return;
-        case RPN_FAST_OP_SUBTRACT: result.SetDouble(x - y); return;
-        case RPN_FAST_OP_MULTIPLY: result.SetDouble(x * y); return;
-        case RPN_FAST_OP_LESS: result.SetDouble(x < y ? 1.0 : 0.0); return;
-        case RPN_FAST_OP_GREATER: result.SetDouble(x > y ? 1.0 : 0.0); return;
-        case RPN_FAST_OP_LESS_EQUAL: result.SetDouble(x <= y ? 1.0 : 0.0); return;
-        case RPN_FAST_OP_GREATER_EQUAL: result.SetDouble(x >= y ? 1.0 : 0.0); return;
-        default: break;
+        case RPN_FAST_OP_ADD: r = x + y; break;
+        case RPN_FAST_OP_SUBTRACT: r = x - y; break;
+        case RPN_FAST_OP_MULTIPLY: r = x * y; break;
+        case RPN_FAST_OP_LESS: r = x < y ? 1.0 : 0.0; break;
+        case RPN_FAST_OP_GREATER: r = x > y ? 1.0 : 0.0; break;
+        case RPN_FAST_OP_LESS_EQUAL: r = x <= y ? 1.0 : 0.0; break;
+        case RPN_FAST_OP_GREATER_EQUAL: r = x >= y ? 1.0 : 0.0; break;
+        default: done = false; break;
+        }
+        if (done) {
+            result.SetDouble(r);
+            return;
         }
         switch (GetKind()) {
         case RPN_NODE_PLUS:
@@ -993,24 +999,24 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
         CNodeVariable *variable = m_left->AsVariable();
         CRpnData *slot = variable ? variable->FindStorage() : nullptr;
         if (slot && slot->IsString()) {
-            // The node's own copy of the last value read must not count as a
-            // sharer, nor what the last append left as the caller's value
-            // (a loop whose body is this one statement hands that back).
+            // The node's own copy of the last value read must not count as a sharer.
             if (variable->m_value.IsSameAs(*slot))
                 variable->m_value.SetNull();
-            if (&result != slot && result.IsSameAs(*slot))
-                result.SetNull();
-            bool appended;
-            if (value.IsSameAs(*slot)) {
-                // `s += s`: the value read is the text itself; without that
-                // read's share the text is appended to itself where it lies.
+            // `s += s`: the value read is the text itself; without that
+            // read's share the text is appended to itself where it lies.
+            const bool self = value.IsSameAs(*slot);
+            if (self)
                 value.SetNull();
-                appended = slot->AppendOwnText();
-                if (!appended)
-                    value = *slot; // shared elsewhere: the sum below makes a new text
-            } else {
-                appended = slot->AppendText(value.GetTextValue());
+            const auto append = [&] { return self ? slot->AppendOwnText() : slot->AppendText(value.GetTextValue()); };
+            bool appended = append();
+            if (!appended && &result != slot && result.IsSameAs(*slot)) {
+                // Nor does what the last append left as the caller's value (a
+                // loop whose body is this one statement hands that back).
+                result.SetNull();
+                appended = append();
             }
+            if (!appended && self)
+                value = *slot; // shared elsewhere: the sum below makes a new text
             if (appended) {
                 result = *slot;
                 if (m_tree)

@@ -523,30 +523,43 @@ bool CRpnRowProgram::IsFor(const CEquationTree *tree) const
     return reinterpret_cast<void *>(tree->m_getVariable) == m_getter;
 }
 
-bool CRpnRowProgram::guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end)
+namespace {
+
+// What tells whether a report is new.
+struct ErrorState
+{
+    bool hadError;
+    int listed, errorRow, errorCol;
+};
+
+void takeBackReports(CEquationTree *tree, const ErrorState &before)
+{
+    if (!before.hadError && tree->HasError()) {
+        tree->errorText.clear();
+        tree->errorToken.clear();
+        tree->errorRow = before.errorRow;
+        tree->errorCol = before.errorCol;
+    }
+    tree->TruncateErrorList(before.listed);
+}
+
+} // namespace
+
+RPN_STEPS_INLINE bool CRpnRowProgram::guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end)
 {
     // A function that fails may report, and in the throwing mode throw:
     // what it reported is taken back, since the tree does the row again
     // (and reports, or throws, if the row itself fails).  Nothing is saved
     // but what tells whether a report is new.
-    const bool hadError = tree->HasError();
-    const int listed = int(tree->GetErrorList().size());
-    const int errorRow = tree->errorRow, errorCol = tree->errorCol;
+    const ErrorState before{tree->HasError(), int(tree->GetErrorList().size()), tree->errorRow, tree->errorCol};
     bool done = false;
     try {
         done = RpnRunSteps(begin, end);
     } catch (...) {
         done = false;
     }
-    if (!done) {
-        if (!hadError && tree->HasError()) {
-            tree->errorText.clear();
-            tree->errorToken.clear();
-            tree->errorRow = errorRow;
-            tree->errorCol = errorCol;
-        }
-        tree->TruncateErrorList(listed);
-    }
+    if (!done) [[unlikely]]
+        takeBackReports(tree, before);
     return done;
 }
 

@@ -81,7 +81,7 @@ public:
 
 private:
     class Builder;
-    static bool guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end);
+    static inline bool guarded(CEquationTree *tree, const CRpnStep *begin, const CRpnStep *end);
     // The value of the formula for `row` into `out`; false (and nothing
     // changed but the program's own cells) when the row needs the tree.
     template <bool Pure>

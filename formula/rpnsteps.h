@@ -55,9 +55,11 @@ struct CRpnStep
 #endif
 
 // One step of the codes that need no node, on its operands' values; false
-// where a guarded step fails (`out` is then not written).  The steps below
-// and the row kernels of a series (rpnrowprogram.cpp) both compute here, so
-// that a kernel gives bit for bit what the steps give.
+// where a guarded step fails (`out` is then not written).  The one-step
+// loops of a series (rpnrowprogram.cpp) compute here; each code is the very
+// operation of its case in RpnRunSteps below, which reads its operands
+// where they lie (a product by zero does not even read its other side), as
+// the loops of several steps run fastest that way.
 template <CRpnStep::Code K>
 RPN_STEPS_INLINE bool RpnStep(double a, double b, double c, double &out)
 {
@@ -103,49 +105,52 @@ RPN_STEPS_INLINE bool RpnStep(double a, double b, double c, double &out)
 // call would cost as much as they do.
 RPN_STEPS_INLINE bool RpnRunSteps(const CRpnStep *s, const CRpnStep *end)
 {
-    using S = CRpnStep;
     for (; s != end; ++s) {
         const double a = *s->a;
-        // A step reads only the operands it has (a unary step of a loop
-        // may have no second one).
         switch (s->code) {
-        case S::Move: RpnStep<S::Move>(a, 0.0, 0.0, *s->out); break;
-        case S::Add: RpnStep<S::Add>(a, *s->b, 0.0, *s->out); break;
-        case S::Subtract: RpnStep<S::Subtract>(a, *s->b, 0.0, *s->out); break;
-        case S::Multiply: RpnStep<S::Multiply>(a, *s->b, 0.0, *s->out); break;
-        case S::MultiplyCut: RpnStep<S::MultiplyCut>(a, *s->b, 0.0, *s->out); break;
-        case S::Divide: RpnStep<S::Divide>(a, *s->b, 0.0, *s->out); break;
-        case S::Modulo: RpnStep<S::Modulo>(a, *s->b, 0.0, *s->out); break;
-        case S::Negate: RpnStep<S::Negate>(a, 0.0, 0.0, *s->out); break;
-        case S::Less: RpnStep<S::Less>(a, *s->b, 0.0, *s->out); break;
-        case S::Greater: RpnStep<S::Greater>(a, *s->b, 0.0, *s->out); break;
-        case S::LessEqual: RpnStep<S::LessEqual>(a, *s->b, 0.0, *s->out); break;
-        case S::GreaterEqual: RpnStep<S::GreaterEqual>(a, *s->b, 0.0, *s->out); break;
-        case S::NotEqualBoth: RpnStep<S::NotEqualBoth>(a, *s->b, 0.0, *s->out); break;
-        case S::AndCut: RpnStep<S::AndCut>(a, *s->b, 0.0, *s->out); break;
-        case S::EitherNotZero: RpnStep<S::EitherNotZero>(a, *s->b, 0.0, *s->out); break;
-        case S::IsZero: RpnStep<S::IsZero>(a, 0.0, 0.0, *s->out); break;
-        case S::Power: RpnStep<S::Power>(a, *s->b, 0.0, *s->out); break;
-        case S::Square: RpnStep<S::Square>(a, 0.0, 0.0, *s->out); break;
-        case S::Select: RpnStep<S::Select>(a, *s->b, *s->c, *s->out); break;
-        case S::MultiplyAdd: RpnStep<S::MultiplyAdd>(a, *s->b, *s->c, *s->out); break;
-        case S::DivideChecked:
-            if (!RpnStep<S::DivideChecked>(a, *s->b, 0.0, *s->out))
-                return false;
+        case CRpnStep::Move: *s->out = a; break;
+        case CRpnStep::Add: *s->out = a + *s->b; break;
+        case CRpnStep::Subtract: *s->out = a - *s->b; break;
+        case CRpnStep::Multiply: *s->out = a * *s->b; break;
+        case CRpnStep::MultiplyCut: *s->out = a == 0.0 ? a : a * *s->b; break;
+        case CRpnStep::Divide: *s->out = a / *s->b; break;
+        case CRpnStep::Modulo: *s->out = std::fmod(a, *s->b); break;
+        case CRpnStep::Negate: *s->out = -a; break;
+        case CRpnStep::Less: *s->out = a < *s->b ? 1.0 : 0.0; break;
+        case CRpnStep::Greater: *s->out = a > *s->b ? 1.0 : 0.0; break;
+        case CRpnStep::LessEqual: *s->out = a <= *s->b ? 1.0 : 0.0; break;
+        case CRpnStep::GreaterEqual: *s->out = a >= *s->b ? 1.0 : 0.0; break;
+        case CRpnStep::NotEqualBoth: *s->out = a != 0.0 && *s->b != 0.0 ? 1.0 : 0.0; break;
+        case CRpnStep::AndCut: *s->out = a == 0.0 ? a : (*s->b != 0.0 ? 1.0 : 0.0); break;
+        case CRpnStep::EitherNotZero: *s->out = a != 0.0 || *s->b != 0.0 ? 1.0 : 0.0; break;
+        case CRpnStep::IsZero: *s->out = a == 0.0 ? 1.0 : 0.0; break;
+        case CRpnStep::Power: *s->out = RpnPower(a, *s->b); break;
+        case CRpnStep::Square: *s->out = a * a; break;
+        case CRpnStep::Select: *s->out = *s->c != 0.0 ? a : *s->b; break;
+        case CRpnStep::MultiplyAdd: {
+            const double product = a == 0.0 ? a : a * *s->b;
+            *s->out = product + *s->c;
             break;
-        case S::ModuloChecked:
-            if (!RpnStep<S::ModuloChecked>(a, *s->b, 0.0, *s->out))
+        }
+        case CRpnStep::DivideChecked:
+            if (*s->b == 0.0)
                 return false;
+            *s->out = a / *s->b;
             break;
-        case S::Apply1:
-        case S::Apply2: {
+        case CRpnStep::ModuloChecked:
+            if (*s->b == 0.0)
+                return false;
+            *s->out = std::fmod(a, *s->b);
+            break;
+        case CRpnStep::Apply1:
+        case CRpnStep::Apply2: {
             unsigned char status = 1;
-            *s->out = s->node->ApplyReal(a, s->code == S::Apply2 ? *s->b : 0.0, status);
+            *s->out = s->node->ApplyReal(a, s->code == CRpnStep::Apply2 ? *s->b : 0.0, status);
             if (status != 1)
                 return false;
             break;
         }
-        case S::Truth: {
+        case CRpnStep::Truth: {
             CRpnData value;
             unsigned char status = 1;
             s->node->Evaluate(value, status);
