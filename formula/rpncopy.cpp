@@ -5,6 +5,8 @@
 #include "formula/rpndictionary.h"
 #include "formula/rpnseams.h"
 
+#include <QVarLengthArray>
+
 #include <algorithm>
 #include <cstring>
 #include <unordered_map>
@@ -145,7 +147,7 @@ bool CRpnData::HoldsAny(const CRpnData *const *containers, std::size_t count) co
     };
     // Walked from a list of pending payloads; one that several cells hold
     // is gone into once.
-    std::vector<const CRpnPayload *> pending{m_u.p};
+    QVarLengthArray<const CRpnPayload *, 32> pending{m_u.p};
     std::unordered_set<const CRpnPayload *> seen;
     const auto visit = [&](const CRpnData &item) {
         if (!isContainer(item))
