@@ -2,6 +2,7 @@
 // message, the table's sizes agree with its arrays, and lookups anywhere in
 // and around it stay inside the arrays.
 #include "functions/rpntablefunctions.h"
+#include "support/languagestring.h"
 
 #include <cmath>
 #include <cstdint>
@@ -10,6 +11,11 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
+    // A refusal's message is a numbered text: the reader needs the texts,
+    // as it has them in the programs.
+    static const bool texts = LoadLanguageFile(QStringLiteral(TARN_EN_LANG));
+    if (!texts)
+        std::abort();
     if (size == 0)
         return 0;
     // The first byte picks the type, the rest is the text.
