@@ -5,9 +5,12 @@
 #include "formula/rpndictionary.h"
 #include "formula/rpnseams.h"
 
+#include <QVarLengthArray>
+
 #include <algorithm>
 #include <cstring>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -128,6 +131,45 @@ void CRpnData::DeepCopy(const CRpnData &from)
         return;
     }
     *this = std::move(copy);
+}
+
+bool CRpnData::HoldsAny(const CRpnData *const *containers, std::size_t count) const
+{
+    const auto isContainer = [](const CRpnData &v) { return v.m_kind == RPN_ARRAY || v.m_kind == RPN_DICTIONARY; };
+    if (!isContainer(*this))
+        return false;
+    const auto isTarget = [&](const CRpnPayload *p) {
+        for (std::size_t i = 0; i < count; ++i) {
+            if (isContainer(*containers[i]) && containers[i]->m_u.p == p)
+                return true;
+        }
+        return false;
+    };
+    // Walked from a list of pending payloads; one that several cells hold
+    // is gone into once.
+    QVarLengthArray<const CRpnPayload *, 32> pending{m_u.p};
+    std::unordered_set<const CRpnPayload *> seen;
+    const auto visit = [&](const CRpnData &item) {
+        if (!isContainer(item))
+            return;
+        if (item.m_u.p->m_refs > 1 && !seen.insert(item.m_u.p).second)
+            return;
+        pending.push_back(item.m_u.p);
+    };
+    while (!pending.empty()) {
+        const CRpnPayload *p = pending.back();
+        pending.pop_back();
+        if (isTarget(p))
+            return true;
+        if (p->m_kind == RPN_ARRAY) {
+            for (int i = 0; i < p->m_count; ++i)
+                visit(p->m_items[i]);
+        } else if (const CMapStringToRpnData *map = p->m_map) {
+            for (int i = 0; i < map->GetCount(); ++i)
+                visit(map->GetValueAt(i));
+        }
+    }
+    return false;
 }
 
 void CRpnData::CopyRange(const CRpnData &from, int start, int length)

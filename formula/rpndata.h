@@ -422,6 +422,17 @@ public:
 
     // --- copies --------------------------------------------------------------------
     void DeepCopy(const CRpnData &from);
+    // True when this value is one of the `count` containers, or holds one
+    // of them at some depth through arrays and dictionaries.  A value put
+    // into a container that it holds would come to hold itself, which no
+    // walk over it could finish: those who store into a container in place
+    // store a copy of such a value (rpncopy.cpp).
+    bool HoldsAny(const CRpnData *const *containers, std::size_t count) const;
+    bool Holds(const CRpnData &container) const
+    {
+        const CRpnData *one = &container;
+        return HoldsAny(&one, 1);
+    }
     // The language's Copy(value, start, count): see rpncopy.cpp.
     void CopyRange(const CRpnData &from, int start, int length);
 

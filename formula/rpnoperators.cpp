@@ -93,13 +93,31 @@ void reportNotIndexable(CRpnNode *node, unsigned char &status)
     ReportRpnError(node->m_tree, status, RpnMessage(kMsgIndexOutside), QStringLiteral("["), node->m_row, node->m_col);
 }
 
+// The containers above the one that an indexed store is in, on the stack
+// for all but the longest chains of indices.
+using CRpnContainerPath = QVarLengthArray<const CRpnData *, 8>;
+
 // Stores `value` at indices[k...] inside `container`, which is changed in
 // place or replaced (texts are made anew); the caller writes it back.
+// `outer` holds the containers above this one.  A value that holds one of
+// them, or this one, is stored as a copy of what it is now, so that no
+// container comes to hold itself.
 void storeInto(CRpnNode *node, CRpnData &container, const CRpnData *indices, std::size_t count, std::size_t k,
-               const CRpnData &value, unsigned char &status)
+               const CRpnData &given, unsigned char &status, CRpnContainerPath &outer)
 {
     const CRpnData &index = indices[k];
     const bool last = k + 1 == count;
+    CRpnData copy;
+    const CRpnData *put = &given;
+    if (last) {
+        outer.push_back(&container);
+        if (given.HoldsAny(outer.data(), std::size_t(outer.size()))) {
+            copy.DeepCopy(given);
+            put = &copy;
+        }
+        outer.pop_back();
+    }
+    const CRpnData &value = *put;
     switch (container.GetKind()) {
     case RPN_ARRAY:
     case RPN_ARRAY_R: {
@@ -124,7 +142,9 @@ void storeInto(CRpnNode *node, CRpnData &container, const CRpnData *indices, std
             return;
         }
         CRpnData child = container.GetAt(i);
-        storeInto(node, child, indices, count, k + 1, value, status);
+        outer.push_back(&container);
+        storeInto(node, child, indices, count, k + 1, value, status, outer);
+        outer.pop_back();
         if (status != 0)
             container.SetAt(i, child);
         return;
@@ -157,7 +177,9 @@ void storeInto(CRpnNode *node, CRpnData &container, const CRpnData *indices, std
             return;
         }
         CRpnData child = container.DictGet(key);
-        storeInto(node, child, indices, count, k + 1, value, status);
+        outer.push_back(&container);
+        storeInto(node, child, indices, count, k + 1, value, status, outer);
+        outer.pop_back();
         if (status != 0)
             container.DictSet(key, child);
         return;
@@ -907,7 +929,8 @@ void CNodeAssignment::Store(CRpnNode *node, CRpnNode *target, const CRpnData &va
         indices.push_back(CRpnData());
     // The value is changed where it lies when it has a place of its own.
     if (CRpnData *slot = variable->FindStorage()) {
-        storeInto(node, *slot, indices.data(), std::size_t(indices.size()), 0, value, status);
+        CRpnContainerPath outer;
+        storeInto(node, *slot, indices.data(), std::size_t(indices.size()), 0, value, status, outer);
         if (status == 0) {
             result.SetNull();
             return;
@@ -918,7 +941,8 @@ void CNodeAssignment::Store(CRpnNode *node, CRpnNode *target, const CRpnData &va
     }
     CRpnData current;
     variable->GetValue(current);
-    storeInto(node, current, indices.data(), std::size_t(indices.size()), 0, value, status);
+    CRpnContainerPath outer;
+    storeInto(node, current, indices.data(), std::size_t(indices.size()), 0, value, status, outer);
     if (status == 0) {
         result.SetNull();
         return;

@@ -362,6 +362,15 @@ void CNodeAddToArray::Evaluate(CRpnData &result, unsigned char &status)
         result = std::move(target);
         return;
     }
+    // A value that holds the array itself goes in as a copy of what it is
+    // now, so that the array never holds itself.
+    for (int i = 0; i < added; ++i) {
+        if (values[i].Holds(target)) {
+            CRpnData copy;
+            copy.DeepCopy(values[i]);
+            values[i] = std::move(copy);
+        }
+    }
     const bool reals = target.GetKind() == RPN_ARRAY_R;
     const int old = target.GetSize();
     const double total = double(old) + added;

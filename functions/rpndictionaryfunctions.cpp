@@ -64,6 +64,13 @@ void CNodeDictSet::Evaluate(CRpnData &result, unsigned char &status)
         return;
     if (!EvaluateArgument(this, 2, value, result, status))
         return;
+    // A value that holds the dictionary itself goes in as a copy of what it
+    // is now, so that the dictionary never holds itself.
+    if (value.Holds(dictionary)) {
+        CRpnData copy;
+        copy.DeepCopy(value);
+        value = std::move(copy);
+    }
     dictionary.GetDictionary()->SetAt(key.GetTextValue(), value);
     result.SetNull();
 }

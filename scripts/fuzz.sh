@@ -14,6 +14,8 @@ for t in "${targets[@]}"; do
   mkdir -p "$corpus"
   args=("$corpus")
   [ -d "$TARN_ROOT/fuzz/corpus/$t" ] && args+=("$TARN_ROOT/fuzz/corpus/$t")
+  # A word list of the input's language, where the target has one.
+  [ -f "$TARN_ROOT/fuzz/$t.dict" ] && args=(-dict="$TARN_ROOT/fuzz/$t.dict" "${args[@]}")
   echo "== $t for ${secs}s =="
   "$TARN_ROOT/build-fuzz/fuzz/$t" -max_total_time="$secs" -timeout=10 "${args[@]}"
 done

@@ -152,6 +152,13 @@ TEST(RpnArrays, ChangesInPlaceAndCopies)
         {"x = {1, 2}; a = {x, {x, 5}}; c = Copy(a); AddToArray(c[0], 9)", "a", "ARRAY:{{1,2},{{1,2},5}}"},
         {"x = {1, 2}; a = {x, {x, 5}}; c = Copy(a, 1); AddToArray(c[0][0], 9)", "{a, c}",
          "ARRAY:{{{1,2},{{1,2},5}},{{{1,2,9},5}}}"},
+        // A value that holds the array goes in as a copy of what it is: the
+        // array never holds itself, and the operators over it end.
+        {"a = {1, 2}; AddToArray(a, a, 3)", "a", "ARRAY:{1,2,{1,2},3}"},
+        {"a = {1, 2}; b = {0, {a}}; AddToArray(a, b); b = 0", "a", "ARRAY:{1,2,{0,{{1,2}}}}"},
+        {"a = {1, 2}; AddToArray(a, a); b = -a", "b", "ARRAY:{-1,-2,{-1,-2}}"},
+        {"a = {1, {2, 3}}; a[1][0] = a", "a", "ARRAY:{1,{{1,{2,3}},3}}"},
+        {"a = {1, {2, 3}}; b = {a}; a[1][] = b", "a", "ARRAY:{1,{2,3,{{1,{2,3}}}}}"},
         // A list 300,000 deep is copied to its bottom.
         {"l = {}; i = 0; while (i < 300000) { l = {i, l}; i++ }; c = Copy(l, 0, 2); c[1][0] = -5",
          "{l[1][0], c[1][0], SizeOf(c[1][1][1][1][1][1])}", "ARRAY:{299998,-5,2}"},

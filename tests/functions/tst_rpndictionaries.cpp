@@ -50,6 +50,15 @@ TEST(RpnDictionaries, MessagesAndValues)
         // A copy is a record of its own, in depth.
         {"d = Dictionary(); Dict_Set(d, \"k\", {1}); c = Copy(d); Dict_Set(c, \"n\", 2); AddToArray(Dict_Get(c, \"k\"), 5)",
          "ToString(d)", "STRING:{k,1}"},
+        // A value that holds the dictionary goes in as a copy of what it is:
+        // the dictionary never holds itself, and copies and prints end.
+        {"d = Dictionary(); Dict_Set(d, \"a\", 1); Dict_Set(d, \"k\", d); c = Copy(d)", "ToString(c)",
+         "STRING:{{a,1},{k,{a,1}}}"},
+        {"d = Dictionary(); x = {1, d}; Dict_Set(d, \"k\", x); Dict_Set(d, \"n\", 2)", "ToString(d)",
+         "STRING:{{k,{1,}},{n,2}}"},
+        {"d = Dictionary(); d[\"k\"] = d; d[\"n\"] = {d, 1}", "ToString(d)", "STRING:{{k,},{n,{{k,},1}}}"},
+        {"a = {1, 2}; d = Dictionary(); Dict_Set(d, \"a\", a); a[0] = d", "{SizeOf(a), a[1], a[0][\"a\"]}",
+         "ARRAY:{2,2,{1,2}}"},
         // DictionaryToArray: pairs, and the keys and values written back.
         {"d = Dictionary(); Dict_Set(d, \"a\", 1); Dict_Set(d, \"b\", \"x\"); k = 0; v = 0; p = DictionaryToArray(d, k, v)",
          "p", "ARRAY:{{a,1},{b,x}}"},
