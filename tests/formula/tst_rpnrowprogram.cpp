@@ -102,6 +102,7 @@ const RowCase kRowCases[] = {
     {"x + 0.5", kPlain, true, true},
     {"x < 1", kPlain, true, true},
     {"x > 0", kThrowing, true, true},
+    {"x <= 1", kPlain, true, true},
     {"0 >= x", kPlain, true, true},
     {"x*x + 1", kPlain, true, true},
     {"x*2 + x", kPlain, true, false},
