@@ -997,7 +997,8 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
     }
     if (!evaluated && !EvaluateOrPass(m_right, value, result, status))
         return;
-    if (IsSelf() && GetKind() == RPN_NODE_ADD_ASSIGN && value.IsString()) {
+    const bool self = IsSelf();
+    if (self && GetKind() == RPN_NODE_ADD_ASSIGN && value.IsString()) {
         // Text onto text: appended where the text lies when no other handle
         // shares it, so that a loop of appends stays linear.
         CNodeVariable *variable = m_left->AsVariable();
@@ -1008,10 +1009,10 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
                 variable->m_value.SetNull();
             // `s += s`: the value read is the text itself; without that
             // read's share the text is appended to itself where it lies.
-            const bool self = value.IsSameAs(*slot);
-            if (self)
+            const bool itself = value.IsSameAs(*slot);
+            if (itself)
                 value.SetNull();
-            const auto append = [&] { return self ? slot->AppendOwnText() : slot->AppendText(value.GetTextValue()); };
+            const auto append = [&] { return itself ? slot->AppendOwnText() : slot->AppendText(value.GetTextValue()); };
             bool appended = append();
             if (!appended && &result != slot && result.IsSameAs(*slot)) {
                 // Nor does what the last append left as the caller's value (a
@@ -1019,7 +1020,7 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
                 result.SetNull();
                 appended = append();
             }
-            if (!appended && self)
+            if (!appended && itself)
                 value = *slot; // shared elsewhere: the sum below makes a new text
             if (appended) {
                 result = *slot;
@@ -1029,7 +1030,7 @@ void CNodeAssignment::Evaluate(CRpnData &result, unsigned char &status)
             }
         }
     }
-    if (IsSelf()) {
+    if (self) {
         CRpnData current;
         m_left->Evaluate(current, status);
         if (status == 0) {

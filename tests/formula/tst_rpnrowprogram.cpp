@@ -196,15 +196,14 @@ TEST(RowProgramRuns, VariablesAndGettersChangedAfterCompiling)
 
 // Over a longer column: series that start and end inside the stretches
 // between two stop checks, cells that are not valid at the stretches' edges,
-// a column without validity bytes, a series that goes past the column's end
-// (whose last stretch the one-step loop leaves to the steps).  Every row is
-// compared with the nodes, bit for bit.
+// a column without validity bytes, a series past the column's end (beyond
+// which lie numbers no row may read).  Every row is compared with the
+// nodes, bit for bit.
 struct LongCase
 {
     const char *text;
     const char *variables; // run first in the tree
-    bool throwing;
-    bool validity; // the column has validity bytes
+    bool throwing, validity;
     int first, last;
     bool oneStep;
 };
@@ -213,10 +212,9 @@ class RowProgramLong : public testing::TestWithParam<LongCase>
 {
 };
 
-constexpr int kLongRows = 700;
-constexpr int kLongColumn = 690; // the column is shorter than the longest series
+constexpr int kLongRows = 700, kLongColumn = 690;
 
-struct LongOutcome
+struct LongRun
 {
     std::vector<double> values = std::vector<double>(kLongRows, kUntouched);
     std::vector<unsigned char> valid = std::vector<unsigned char>(kLongRows, 9);
@@ -225,52 +223,32 @@ struct LongOutcome
     bool oneStep = false;
 };
 
-const std::vector<double> &longColumn()
+LongRun runLong(const LongCase &c, bool nodes)
 {
-    static const std::vector<double> x = [] {
-        // Past the column's end lie numbers that no row may read.
-        std::vector<double> v(kLongRows, 1000.0);
-        for (int i = 0; i < kLongColumn; ++i)
-            v[std::size_t(i)] = i % 9 - 4 + (i % 7) * 0.25; // a zero every 252 rows
-        v[300] = kNaN;
-        v[301] = -kInf;
-        v[302] = 1e-310;
-        v[303] = 0.0;
-        return v;
-    }();
-    return x;
-}
-
-const std::vector<unsigned char> &longValidity()
-{
-    static const std::vector<unsigned char> ok = [] {
-        std::vector<unsigned char> v(kLongRows, 1);
-        for (int row : {0, 255, 256, 257, 511, 600})
-            v[std::size_t(row)] = row == 600 ? 2 : 0;
-        return v;
-    }();
-    return ok;
-}
-
-LongOutcome runLong(const LongCase &c, bool nodes)
-{
+    std::vector<double> x(kLongRows, 1000.0);
+    std::vector<unsigned char> ok(kLongRows, 1);
+    for (int i = 0; i < kLongColumn; ++i)
+        x[std::size_t(i)] = i % 9 - 4 + (i % 7) * 0.25; // zeros now and then
+    x[300] = kNaN, x[301] = -kInf, x[302] = 1e-310;
+    for (int row : {0, 255, 256, 257, 511, 600})
+        ok[std::size_t(row)] = row == 600 ? 2 : 0;
     CEquationTree tree;
-    LongOutcome o;
-    tree.BindColumn(QStringLiteral("x"), longColumn().data(), c.validity ? longValidity().data() : nullptr,
-                    kLongColumn);
-    if (c.variables) {
-        EXPECT_TRUE(tree.Compile(QString::fromLatin1(c.variables)));
-        CRpnData ignored;
-        tree.Run(ignored);
-    }
+    tree.BindColumn(QStringLiteral("x"), x.data(), c.validity ? ok.data() : nullptr, kLongColumn);
+    CRpnData ignored;
+    if (c.variables && (!tree.Compile(QString::fromLatin1(c.variables)) || tree.Run(ignored) != 1))
+        ADD_FAILURE() << c.variables;
     tree.throwOnError = c.throwing;
     EXPECT_TRUE(tree.Compile(QString::fromLatin1(c.text), nullptr, true, kMatcher)) << c.text;
     CRpnNode *top = tree.GetRoot();
     while (top && top->IsList() && !top->IsMultiOperand() && top->GetOperandCount() == 1)
         top = top->GetOperand(0);
-    std::unique_ptr<CRpnRowProgram> steps;
+    std::unique_ptr<CRpnRowProgram> steps = nodes ? nullptr : CRpnRowProgram::Build(&tree, top);
+    EXPECT_TRUE(nodes || steps) << c.text;
+    LongRun o;
     try {
-        if (nodes) {
+        if (steps) {
+            o.good = steps->Series(&tree, top, o.values.data(), o.valid.data(), c.first, c.last);
+        } else {
             WalkTree(tree.GetRoot(), [](CRpnNode *node) {
                 node->m_fastPath = node->m_fastValue = false;
                 return 0;
@@ -279,16 +257,11 @@ LongOutcome runLong(const LongCase &c, bool nodes)
             for (int r = c.first; r <= c.last; ++r) {
                 tree.m_rowIndex = r;
                 unsigned char st = 1;
-                double x = top->EvaluateReal(st);
-                o.valid[std::size_t(r)] = RpnSeriesValidity(x, st);
-                o.values[std::size_t(r)] = x;
+                double value = top->EvaluateReal(st);
+                o.valid[std::size_t(r)] = RpnSeriesValidity(value, st);
+                o.values[std::size_t(r)] = value;
                 o.good += o.valid[std::size_t(r)] == 1;
             }
-        } else {
-            steps = CRpnRowProgram::Build(&tree, top);
-            EXPECT_TRUE(steps) << c.text;
-            if (steps)
-                o.good = steps->Series(&tree, top, o.values.data(), o.valid.data(), c.first, c.last);
         }
     } catch (const std::exception &e) {
         o.thrown = std::to_string(tree.m_rowIndex) + ": " + message(e);
@@ -302,17 +275,16 @@ LongOutcome runLong(const LongCase &c, bool nodes)
 TEST_P(RowProgramLong, SameRowsAsTheNodes)
 {
     const LongCase &c = GetParam();
-    const LongOutcome steps = runLong(c, false), nodes = runLong(c, true);
+    const LongRun steps = runLong(c, false), nodes = runLong(c, true);
     EXPECT_EQ(steps.oneStep, c.oneStep) << c.text;
     EXPECT_EQ(steps.good, nodes.good) << c.text;
-    EXPECT_EQ(steps.thrown, nodes.thrown) << c.text;
-    EXPECT_EQ(steps.error, nodes.error) << c.text;
-    for (int r = 0; r < kLongRows; ++r) {
-        const double a = steps.values[std::size_t(r)], b = nodes.values[std::size_t(r)];
-        const bool same = (std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0;
-        ASSERT_TRUE(same && steps.valid[std::size_t(r)] == nodes.valid[std::size_t(r)])
-            << c.text << " row " << r << ": " << int(steps.valid[std::size_t(r)]) << ':' << a << " against "
-            << int(nodes.valid[std::size_t(r)]) << ':' << b;
+    EXPECT_EQ(steps.thrown + " | " + steps.error, nodes.thrown + " | " + nodes.error) << c.text;
+    for (std::size_t r = 0; r < std::size_t(kLongRows); ++r) {
+        const double a = steps.values[r], b = nodes.values[r];
+        ASSERT_TRUE(((std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0)
+                    && steps.valid[r] == nodes.valid[r])
+            << c.text << " row " << r << ": " << int(steps.valid[r]) << ':' << a << " against " << int(nodes.valid[r])
+            << ':' << b;
     }
 }
 

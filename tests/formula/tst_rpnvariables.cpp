@@ -74,7 +74,7 @@ const ScriptCase kScripts[] = {
      "ARRAY:{abb,acc}"},
     {"text_append_number_is_sum", "s = \"2\"; s += 3; s", "ARRAY:{2,5,5}"},
     // A text appended to itself: in a loop, in a function, with a copy
-    // that keeps its value, and a number added to itself.
+    // that keeps its value.
     {"text_append_self_in_loop", "s = \"ab\"; i = 0; while (i < 3) { s += s; i++ }; s",
      "ARRAY:{ab,0,0,abababababababab}"},
     {"text_append_self_loop_of_one_statement", "s = \"xy\"; while (s != \"xyxyxyxy\") { s += s }; s",
@@ -83,7 +83,6 @@ const ScriptCase kScripts[] = {
      "ARRAY:{ab,ab,abab,abab,abababab,{abababab,ab,abab}}"},
     {"text_append_self_in_function", "function f(x) { s = x; s += s; s += \"-\"; s += s; return s }; {f(\"a\"), f(\"b\")}",
      "ARRAY:{aa-aa-,bb-bb-}"},
-    {"number_added_to_itself", "x = 3; x += x; x += x; x", "ARRAY:{3,6,12,12}"},
     {"array_append_keeps_copy", "a = {1}; b = a; b[] = 2; b[0] = 7; {a, b}",
      "ARRAY:{{1},{7,2},2,7,{{1},{7,2}}}"},
     {"array_append_by_reference", "a = {1}; function f(_ref x) { x[] = 2; x[] = 3 }; f(a); a",
