@@ -241,6 +241,11 @@ bool parseGrid(Cursor &c, int type, CRpnTableRecord &t, QString &error)
         return true;
     if (!checkCells(std::max(double(n1) * double(n2) * double(n3), double(n1) + double(n2) + double(n3)), error))
         return false;
+    // Each slice of a cube is a record of its own, worth about four cells of
+    // memory however few cells it holds: a header of a few rows and millions
+    // of slices asks for as much as millions of cells.
+    if (cube && !checkCells(double(n1) * double(n2) * double(n3) + double(n1) + double(n2) + 5.0 * double(n3), error))
+        return false;
     c.nextLine();
     t.count1 = n1;
     t.count2 = n2;

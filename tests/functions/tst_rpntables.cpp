@@ -125,6 +125,12 @@ TEST(RpnTables, HeaderAndRowErrors)
         {"early.txt", "3 3\n1 2 3\n", "2DI", QString()}, // the rest stays 0
         {"huge.txt", "100000 100000\n1\n", "2DI",
          RpnMessage(43415, {QStringLiteral("10000000000"), std::int64_t(RpnMaxTableCells)})},
+        // Millions of slices of few cells: each slice counts as four cells more.
+        {"slices.txt", "1 1 33333333\n", "3DIP",
+         RpnMessage(43415, {QStringLiteral("200000000"), std::int64_t(RpnMaxTableCells)})},
+        {"noRows.txt", "0 2 61002100\n", "3DIP",
+         RpnMessage(43415, {QStringLiteral("305010502"), std::int64_t(RpnMaxTableCells)})},
+        {"fewSlices.txt", "2 2 1000\n", "3DIP", QString()},
     };
     for (const Case &c : cases) {
         const QString path = files.write(c.name, c.text);
